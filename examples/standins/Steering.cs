@@ -1,0 +1,112 @@
+using System;
+using System.Collections.Generic;
+using System.Globalization;
+using System.Reflection;
+using System.Threading;
+using loginManagerUtils;
+
+namespace OrvelLoginClient
+{
+    /// Lets a test decide what the stand-in does. The environment variable ORVEL_STANDIN, read whenever a manager is
+    /// created, holds `member=command` pairs separated by ";". A member is one of the manager's or the record's, or
+    /// "events" for how events are raised.
+    ///
+    ///     null          gives back null
+    ///     echo          gives back the argument (login: as userName and firstName)
+    ///     status N      throws a LoginManagerException with that status
+    ///     throw TYPE    throws an exception of that type of mscorlib's, with the message "on request"
+    ///     load NAME     loads an assembly by that display name; gives back where from, or "not found"
+    ///     collect       runs the garbage collector
+    ///     thread        raises events on a thread of their own
+    ///     pool          raises events on a thread of the pool
+    static class Steering
+    {
+        static Dictionary<string, string> commands; // null when nothing is steered, so that then nothing is slowed
+
+        public static void Read()
+        {
+            string text = Environment.GetEnvironmentVariable("ORVEL_STANDIN");
+            commands = null;
+            if (string.IsNullOrEmpty(text))
+                return;
+            var read = new Dictionary<string, string>();
+            foreach (string pair in text.Split(';'))
+            {
+                int equals = pair.IndexOf('=');
+                read[pair.Substring(0, equals)] = pair.Substring(equals + 1);
+            }
+            commands = read;
+        }
+
+        public static bool Nulls(string member)
+        {
+            return Obey(member) == "null";
+        }
+
+        public static bool Echoes(string member)
+        {
+            return commands != null && Obey(member) == "echo";
+        }
+
+        public static string Text(string member, string otherwise)
+        {
+            string command = Obey(member);
+            if (command == null)
+                return otherwise;
+            if (command == "null")
+                return null;
+            return command.StartsWith("load ", StringComparison.Ordinal) ? Load(command.Substring(5)) : otherwise;
+        }
+
+        /// Throws or collects if the member is to; returns its command, or null if it has none.
+        public static string Obey(string member)
+        {
+            string command;
+            if (commands == null || !commands.TryGetValue(member, out command))
+                return null;
+            if (command.StartsWith("status ", StringComparison.Ordinal))
+                throw new LoginManagerException((loginManagerStatusCode)int.Parse(command.Substring(7), CultureInfo.InvariantCulture), "on request");
+            if (command.StartsWith("throw ", StringComparison.Ordinal))
+                throw (Exception)Activator.CreateInstance(Type.GetType(command.Substring(6), true), "on request");
+            if (command == "collect")
+            {
+                GC.Collect();
+                GC.WaitForPendingFinalizers();
+            }
+            return command;
+        }
+
+        public static void Raise(Action handler)
+        {
+            string command = Obey("events");
+            if (command == "thread")
+            {
+                var thread = new Thread(() => handler());
+                thread.Start();
+                thread.Join();
+            }
+            else if (command == "pool")
+            {
+                using (var done = new ManualResetEvent(false))
+                {
+                    ThreadPool.QueueUserWorkItem(state => { handler(); done.Set(); });
+                    done.WaitOne();
+                }
+            }
+            else
+                handler();
+        }
+
+        static string Load(string name)
+        {
+            try
+            {
+                return Assembly.Load(name).Location;
+            }
+            catch (System.IO.FileNotFoundException)
+            {
+                return "not found";
+            }
+        }
+    }
+}

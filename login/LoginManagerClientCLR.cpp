@@ -1,0 +1,231 @@
+#include "login/LoginManagerClientCLR.h"
+
+#include "login/RuntimeFailure.h"
+
+namespace OrvelLoginClientCLR {
+
+void (*myLoginHandler)() = nullptr;
+void (*myLogoutHandler)() = nullptr;
+
+namespace {
+
+TextArgument argument(const std::wstring& text) {
+    return {text.data(), managedLength(text.size())};
+}
+
+// Calls a managed member; an exception of the manager's passes untranslated like any other.
+template <class Member, class... Arguments>
+void call(Member member, Arguments... arguments) {
+    ManagedFailure failure;
+    if (member(arguments..., &failure) != 0) {
+        throwUntranslated(failure);
+    }
+}
+
+// Calls a managed member; an exception of the manager's becomes the native one.
+template <class Member, class... Arguments>
+void callTranslated(Member member, Arguments... arguments) {
+    ManagedFailure failure;
+    if (member(arguments..., &failure) != 0) {
+        if (failure.isManagerException) {
+            throw new loginManagerException(getStatusCode(failure.status));
+        }
+        throwUntranslated(failure);
+    }
+}
+
+}  // namespace
+
+void LoginEventHandler() noexcept {
+    if (void (*handler)() = myLoginHandler) {
+        handler();
+    }
+}
+
+void LogoutEventHandler() noexcept {
+    if (void (*handler)() = myLogoutHandler) {
+        handler();
+    }
+}
+
+std::int32_t getLangCode(uiLang langIn) {
+    const auto value = static_cast<std::int32_t>(langIn);
+    return value >= 0 && value <= 13 ? value : 0;
+}
+
+statusCode getStatusCode(std::int32_t statCode) {
+    return statCode >= 0 && statCode <= 8 ? static_cast<statusCode>(statCode) : statusCodeOther;
+}
+
+LoginResponse parseLoginResponse(const ManagedRecord& resp) {
+    LoginResponse native;
+    if (!resp.present) {
+        throw new loginManagerException(statusCodeNoResponse);
+    }
+    native.statusDescription = resp.statusDescription.toNative();
+    native.userName = resp.userName.toNative();
+    native.firstName = resp.firstName.toNative();
+    native.lastName = resp.lastName.toNative();
+    native.rowId = resp.rowId.toNative();
+    native.aliasName = resp.aliasName.toNative();
+    native.domainName = resp.domainName.toNativeOrEmpty();
+    return native;
+}
+
+ManagedClient::~ManagedClient() {
+    if (valid()) {
+        ManagedFailure dropped;  // a destructor has nobody to tell
+        managerMembers().dispose(handle, &dropped);
+    }
+}
+
+LoginManagerClientCLR::LoginManagerClientCLR(void (*loginCallBack)(), void (*logoutCallBack)(), uiLang langIn) {
+    myLoginHandler = loginCallBack;
+    myLogoutHandler = logoutCallBack;
+    const ManagerMembers& members = managerMembers();
+    pinLibrary();
+    call(members.create, loginCallBack ? &LoginEventHandler : nullptr, logoutCallBack ? &LogoutEventHandler : nullptr,
+         getLangCode(langIn), managedClient.receive());
+}
+
+LoginResponse LoginManagerClientCLR::login() {
+    ManagedRecord response;
+    if (managedClient.valid()) {
+        callTranslated(managerMembers().login, managedClient.get(), &response);
+    }
+    return parseLoginResponse(response);
+}
+
+LoginResponse LoginManagerClientCLR::login(const std::wstring& userName, const std::wstring& password) {
+    const TextArgument user = argument(userName);
+    const TextArgument secret = argument(password);
+    ManagedRecord response;
+    if (managedClient.valid()) {
+        callTranslated(managerMembers().loginWith, managedClient.get(), &user, &secret, &response);
+    }
+    return parseLoginResponse(response);
+}
+
+LoginResponse LoginManagerClientCLR::getLoggedInUser() {
+    ManagedRecord response;
+    if (managedClient.valid()) {
+        callTranslated(managerMembers().getLoggedInUser, managedClient.get(), &response);
+    }
+    return parseLoginResponse(response);
+}
+
+void LoginManagerClientCLR::logout() {
+    if (managedClient.valid()) {
+        callTranslated(managerMembers().Logout, managedClient.get());
+    }
+}
+
+std::wstring LoginManagerClientCLR::getAccessToken() {
+    ManagedString token;
+    if (managedClient.valid()) {
+        callTranslated(managerMembers().getAccessToken, managedClient.get(), &token);
+    }
+    return token.toNativeOrEmpty();
+}
+
+std::wstring LoginManagerClientCLR::formatAccessUrl(std::wstring targeturl) {
+    const TextArgument url = argument(targeturl);
+    if (!managedClient.valid()) {
+        return targeturl;
+    }
+    ManagedString formatted;
+    callTranslated(managerMembers().formatAccessURL, managedClient.get(), &url, &formatted);
+    return formatted.toNative();
+}
+
+std::wstring LoginManagerClientCLR::plainGetter(ManagerMembers::Text member) {
+    ManagedString text;
+    if (managedClient.valid()) {
+        call(member, managedClient.get(), &text);
+    }
+    return text.toNativeOrEmpty();
+}
+
+std::wstring LoginManagerClientCLR::getPlatFormURL() {
+    return plainGetter(managerMembers().getPlatformURL);
+}
+
+std::wstring LoginManagerClientCLR::getRegistryURL() {
+    return plainGetter(managerMembers().getRegistryURL);
+}
+
+std::wstring LoginManagerClientCLR::getPassportURL() {
+    return plainGetter(managerMembers().getPassportURL);
+}
+
+std::wstring LoginManagerClientCLR::getCASCookie() {
+    return plainGetter(managerMembers().getCASCookie);
+}
+
+std::wstring LoginManagerClientCLR::getmyAppsURL() {
+    return plainGetter(managerMembers().getmyAppsURL);
+}
+
+std::wstring LoginManagerClientCLR::getKelpaURL() {
+    return plainGetter(managerMembers().getKelpaURL);
+}
+
+std::wstring LoginManagerClientCLR::getTenantName() {
+    return plainGetter(managerMembers().getTenantName);
+}
+
+std::wstring LoginManagerClientCLR::getTenantId() {
+    return plainGetter(managerMembers().getTenantId);
+}
+
+std::wstring LoginManagerClientCLR::getTenantIds() {
+    return plainGetter(managerMembers().getTenantIds);
+}
+
+std::wstring LoginManagerClientCLR::getSpaceURL() {
+    return plainGetter(managerMembers().getSpaceURL);
+}
+
+std::wstring LoginManagerClientCLR::getLoginTicket(std::wstring spaceurl) {
+    if (!managedClient.valid()) {
+        return spaceurl;
+    }
+    const TextArgument url = argument(spaceurl);
+    ManagedString ticket;
+    call(managerMembers().getLoginTicket, managedClient.get(), &url, &ticket);
+    return ticket.toNative();
+}
+
+void LoginManagerClientCLR::stopDNMListener() {
+    // Called on an empty handle too: the managed side then fails as on any null reference.
+    call(managerMembers().stopDNMListener, managedClient.get());
+}
+
+// The manager's remaining members are static and would work without an object; they are called only with one.
+
+void LoginManagerClientCLR::DunmoreLoginBrowser(const std::wstring& serverDNM, const std::wstring& clientId) {
+    if (managedClient.valid()) {
+        const TextArgument server = argument(serverDNM);
+        const TextArgument client = argument(clientId);
+        callTranslated(managerMembers().DunmoreLoginBrowser, &server, &client);
+    }
+}
+
+std::wstring LoginManagerClientCLR::getDNMAccessToken() {
+    ManagedString token;
+    if (managedClient.valid()) {
+        call(managerMembers().getDNMAccessToken, &token);
+    }
+    return token.toNative();
+}
+
+bool LoginManagerClientCLR::isDunmorePlatformTokenExpired(const std::wstring& t) {
+    std::int32_t expired = 0;
+    if (managedClient.valid()) {
+        const TextArgument token = argument(t);
+        call(managerMembers().isDunmorePlatformTokenExpired, &token, &expired);
+    }
+    return expired != 0;
+}
+
+}  // namespace OrvelLoginClientCLR

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <string>
+
+#include "login/LoginResponse.h"
+#include "login/ManagedPart.h"
+#include "login/loginManagerException.h"
+#include "login/uiLang.h"
+
+/// The bridge between the native client and the managed login manager.
+namespace OrvelLoginClientCLR {
+
+/// The host's callbacks. Process-wide: each bridge that is made overwrites both, with null too.
+extern void (*myLoginHandler)();
+extern void (*myLogoutHandler)();
+
+/// Targets of the manager's events, on whatever thread it raises them: call what the slot holds at that moment.
+void LoginEventHandler() noexcept;
+void LogoutEventHandler() noexcept;
+
+/// The manager's number of a language: 0 to 13 as they are, anything else 0.
+std::int32_t getLangCode(uiLang langIn);
+
+/// The native code of the manager's status: 0 to 8 as they are, anything else 8.
+statusCode getStatusCode(std::int32_t statCode);
+
+/// The native form of a response record. Throws `loginManagerException*` with code 6 for no record, and
+/// `loginRuntimeException` when a field other than `domainName` is null.
+LoginResponse parseLoginResponse(const ManagedRecord& resp);
+
+/// Owns a managed object; disposes it, if it can be disposed, and lets it go at the end.
+class ManagedClient {
+public:
+    ManagedClient() = default;
+    ManagedClient(const ManagedClient&) = delete;
+    ManagedClient& operator=(const ManagedClient&) = delete;
+    ~ManagedClient();
+
+    bool valid() const { return handle != 0; }
+    ManagerHandle get() const { return handle; }
+    ManagerHandle* receive() { return &handle; }
+
+private:
+    ManagerHandle handle = 0;
+};
+
+/// One managed login manager and the rules by which its members are called. The members' contracts are those of
+/// `LoginManagerClient`, without the offline flag.
+class LoginManagerClientCLR {
+public:
+    LoginManagerClientCLR(void (*loginCallBack)(), void (*logoutCallBack)(), uiLang langIn);
+
+    LoginResponse login();
+    LoginResponse login(const std::wstring& userName, const std::wstring& password);
+    LoginResponse getLoggedInUser();
+    void logout();
+    std::wstring getAccessToken();
+    std::wstring formatAccessUrl(std::wstring targeturl);
+    std::wstring getPlatFormURL();
+    std::wstring getRegistryURL();
+    std::wstring getPassportURL();
+    std::wstring getCASCookie();
+    std::wstring getmyAppsURL();
+    std::wstring getKelpaURL();
+    std::wstring getTenantName();
+    std::wstring getTenantId();
+    std::wstring getTenantIds();
+    std::wstring getSpaceURL();
+    std::wstring getLoginTicket(std::wstring spaceurl);
+    void stopDNMListener();
+    void DunmoreLoginBrowser(const std::wstring& serverDNM, const std::wstring& clientId);
+    std::wstring getDNMAccessToken();
+    bool isDunmorePlatformTokenExpired(const std::wstring& t);
+
+private:
+    std::wstring plainGetter(ManagerMembers::Text member);
+
+    ManagedClient managedClient;
+};
+
+}  // namespace OrvelLoginClientCLR

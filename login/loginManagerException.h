@@ -1,0 +1,36 @@
+#pragma once
+
+#include <exception>
+
+/// Outcome that the login manager reports with a failure: the number of its `loginManagerStatusCode`, 0 to 8.
+///
+/// What a number stands for is laid down by the login manager that you deploy, but for the two that this library
+/// itself gives a meaning.
+enum statusCode : int {
+    statusCode0 = 0,
+    statusCode1 = 1,
+    statusCode2 = 2,
+    statusCode3 = 3,
+    statusCode4 = 4,
+    statusCode5 = 5,
+    statusCode6 = 6,
+    statusCode7 = 7,
+    statusCode8 = 8,
+    statusCodeNoResponse = statusCode6,  ///< also: the manager gave back no response record at all
+    statusCodeOther = statusCode8,       ///< also: any number of the manager's outside 0 to 8
+};
+
+/// A failure that the login manager itself reported (a refused password, a server that does not answer, ...).
+///
+/// Thrown by pointer, as a heap object that the catcher deletes:
+///
+///     catch (loginManagerException* refused) { ... refused->code ...; delete refused; }
+///
+/// A `catch (const std::exception&)` does not see it; `catch (std::exception*)` does. `what()` is the standard
+/// library's default text and says nothing: read `code`.
+class loginManagerException : public std::exception {
+public:
+    explicit loginManagerException(statusCode codeIn) : code(codeIn) {}
+
+    statusCode code;
+};

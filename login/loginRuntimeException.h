@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <string>
+#include <utility>
+
+/// A failure that is not the login manager's own report: an exception of the managed runtime that passed through a
+/// member untranslated, or a runtime that could not be started.
+///
+/// Thrown by value; catch it as `const loginRuntimeException&` or as `const std::exception&`.
+class loginRuntimeException : public std::exception {
+public:
+    /// Made by the library. `textIn` is what `what()` gives, in UTF-8.
+    loginRuntimeException(std::wstring typeNameIn, std::wstring messageIn, std::int32_t hresultIn, std::string textIn)
+        : typeName(std::move(typeNameIn)), message(std::move(messageIn)), hresult(hresultIn), text(std::move(textIn)) {}
+
+    /// Type and message in UTF-8: "System.IO.FileNotFoundException: Could not load ...". The message alone, with the
+    /// HRESULT in it, when the runtime could not be started.
+    const char* what() const noexcept override { return text.c_str(); }
+
+    std::wstring typeName;  ///< full name of the managed type; empty when no managed exception stands behind it
+    std::wstring message;   ///< the managed exception's message, in the language the runtime chose
+    std::int32_t hresult;   ///< the exception's HRESULT, or the one that starting the runtime ended with
+
+private:
+    std::string text;
+};

@@ -1,0 +1,25 @@
+using System;
+using System.Runtime.InteropServices;
+
+namespace OrvelLoginClientCLR
+{
+    /// How a member ended when it did not return. Layout: `ManagedFailure` in login/ManagedPart.h.
+    [StructLayout(LayoutKind.Sequential)]
+    struct Failure
+    {
+        public int isManagerException;
+        public int status;
+        public int hresult;
+        public IntPtr typeName;
+        public IntPtr message;
+
+        /// Takes down `e` and returns the outcome that says so.
+        public int Report(Exception e)
+        {
+            hresult = Marshal.GetHRForException(e);
+            typeName = Marshal.StringToBSTR(e.GetType().FullName);
+            message = Marshal.StringToBSTR(e.Message);
+            return 1;
+        }
+    }
+}

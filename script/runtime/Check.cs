@@ -1,0 +1,25 @@
+// Answers whether the managed runtime in the Wine prefix is the one wanted: 32-bit, win32 class library, texts in place.
+using System;
+using System.IO;
+
+static class Check
+{
+    static int Main()
+    {
+        if (IntPtr.Size != 4 || Path.DirectorySeparatorChar != '\\' || !File.Exists("c:\\windows\\explorer.exe"))
+            return 1;
+        if (typeof(object).Assembly.GetName().Version != new Version(4, 0, 0, 0))
+            return 2;
+        Span<byte> bytes = new byte[40];
+        bytes.Fill(3);
+        try
+        {
+            int.Parse("99999999999");
+        }
+        catch (OverflowException e)
+        {
+            return e.Message == "Value was either too large or too small for an Int32." ? 0 : 3;
+        }
+        return 4;
+    }
+}
