@@ -103,9 +103,9 @@ void calls() {
 
 double workingSet() {
     execute(L"Bench.LoginBench", L"Collect", L"");
-    PROCESS_MEMORY_COUNTERS memory = {};
-    GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof memory);
-    return static_cast<double>(memory.WorkingSetSize);
+    PROCESS_MEMORY_COUNTERS counters = {};
+    GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
+    return static_cast<double>(counters.WorkingSetSize);
 }
 
 void memory() {
