@@ -2,11 +2,14 @@
 
 find_program(MCS mcs REQUIRED)
 
-# add_managed(NAME OUTPUT folder SOURCES file... [REFERENCES name...])
-# Builds the assembly NAME into a folder. A reference is the NAME of another add_managed.
-function(add_managed name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "OUTPUT" "SOURCES;REFERENCES")
-  set(file ${arg_OUTPUT}/${name}.dll)
+# add_managed(TARGET OUTPUT folder SOURCES file... [NAME name] [REFERENCES target...])
+# Builds an assembly, called like the target unless told, into a folder. A reference is the target of another one.
+function(add_managed target)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "OUTPUT;NAME" "SOURCES;REFERENCES")
+  if(NOT arg_NAME)
+    set(arg_NAME ${target})
+  endif()
+  set(file ${arg_OUTPUT}/${arg_NAME}.dll)
   # Sources that configure made have full paths already.
   list(TRANSFORM arg_SOURCES PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/ REGEX "^[^/]")
   set(references)
@@ -21,11 +24,11 @@ function(add_managed name)
     COMMAND ${MCS} -nologo -target:library -platform:x86 -unsafe -optimize -langversion:6 -warn:4 -warnaserror
             -out:${file} ${reference_options} ${arg_SOURCES}
     DEPENDS ${arg_SOURCES} ${references}
-    COMMENT "Compiling ${name}.dll"
+    COMMENT "Compiling ${arg_NAME}.dll"
     VERBATIM)
-  add_custom_target(${name} ALL DEPENDS ${file})
-  set_target_properties(${name} PROPERTIES MANAGED_FILE ${file})
+  add_custom_target(${target} ALL DEPENDS ${file})
+  set_target_properties(${target} PROPERTIES MANAGED_FILE ${file})
   if(arg_REFERENCES)
-    add_dependencies(${name} ${arg_REFERENCES})
+    add_dependencies(${target} ${arg_REFERENCES})
   endif()
 endfunction()

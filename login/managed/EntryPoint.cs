@@ -2,6 +2,7 @@ using System;
 using System.Globalization;
 using System.IO;
 using System.Reflection;
+using System.Runtime.CompilerServices;
 using System.Runtime.InteropServices;
 
 namespace OrvelLoginClientCLR
@@ -51,13 +52,20 @@ namespace OrvelLoginClientCLR
                 // why, but a load by name is tried again.
                 foreach (AssemblyName name in Assembly.GetExecutingAssembly().GetReferencedAssemblies())
                     Assembly.Load(name);
-                ManagerMembers.Bind(table);
+                Bind(table);
                 return 0;
             }
             catch (Exception e)
             {
                 return failure->Report(e);
             }
+        }
+
+        // A method of its own, compiled when it is called: compiling it makes the runtime look at the outside types.
+        [MethodImpl(MethodImplOptions.NoInlining)]
+        static void Bind(IntPtr* table)
+        {
+            ManagerMembers.Bind(table);
         }
 
         /// Finds any assembly that the runtime cannot find in the folder `OrvelLoginManagerClient` next to the library,

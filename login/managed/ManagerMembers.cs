@@ -80,38 +80,38 @@ namespace OrvelLoginClientCLR
         [UnmanagedFunctionPointer(CallingConvention.Cdecl)]
         delegate int StaticTestCall(Text* text, int* result, Failure* failure);
 
-        // Native code holds their addresses, so they must live as long as the process. Order: `ManagerMembers` in
-        // login/ManagedPart.h.
-        static readonly Delegate[] members =
-        {
-            new CreateCall(Create),
-            new PlainCall(Dispose),
-            Record(manager => manager.login()),
-            LoginWith((manager, userName, password) => manager.login(userName, password)),
-            Record(manager => manager.getLoggedInUser()),
-            Plain(manager => manager.Logout()),
-            Text(manager => manager.getAccessToken()),
-            TextOfText((manager, url) => manager.formatAccessURL(url)),
-            Text(manager => manager.getPlatformURL()),
-            Text(manager => manager.getRegistryURL()),
-            Text(manager => manager.getPassportURL()),
-            Text(manager => manager.getCASCookie()),
-            Text(manager => manager.getmyAppsURL()),
-            Text(manager => manager.getKelpaURL()),
-            Text(manager => manager.getTenantName()),
-            Text(manager => manager.getTenantId()),
-            Text(manager => manager.getTenantIds()),
-            Text(manager => manager.getSpaceURL()),
-            TextOfText((manager, url) => manager.getLoginTicket(url)),
-            Plain(manager => manager.stopDNMListener()),
-            StaticTwoTexts((server, clientId) => LoginManagerClient.DunmoreLoginBrowser(server, clientId)),
-            StaticText(() => LoginManagerClient.getDNMAccessToken()),
-            StaticTest(token => LoginManagerClient.isDunmorePlatformTokenExpired(token)),
-        };
+        static Delegate[] members;
 
-        /// Writes the members' addresses, in order.
+        /// Writes the members' addresses in the order of `ManagerMembers` in login/ManagedPart.h. Native code calls them from
+        /// then on, so the delegates live as long as the process.
         public static void Bind(IntPtr* table)
         {
+            members = new Delegate[]
+            {
+                new CreateCall(Create),
+                new PlainCall(Dispose),
+                Record(manager => manager.login()),
+                LoginWith((manager, userName, password) => manager.login(userName, password)),
+                Record(manager => manager.getLoggedInUser()),
+                Plain(manager => manager.Logout()),
+                Text(manager => manager.getAccessToken()),
+                TextOfText((manager, url) => manager.formatAccessURL(url)),
+                Text(manager => manager.getPlatformURL()),
+                Text(manager => manager.getRegistryURL()),
+                Text(manager => manager.getPassportURL()),
+                Text(manager => manager.getCASCookie()),
+                Text(manager => manager.getmyAppsURL()),
+                Text(manager => manager.getKelpaURL()),
+                Text(manager => manager.getTenantName()),
+                Text(manager => manager.getTenantId()),
+                Text(manager => manager.getTenantIds()),
+                Text(manager => manager.getSpaceURL()),
+                TextOfText((manager, url) => manager.getLoginTicket(url)),
+                Plain(manager => manager.stopDNMListener()),
+                StaticTwoTexts(DunmoreLoginBrowser),
+                StaticText(GetDNMAccessToken),
+                StaticTest(IsDunmorePlatformTokenExpired),
+            };
             for (int i = 0; i < members.Length; i++)
                 table[i] = Marshal.GetFunctionPointerForDelegate(members[i]);
         }
@@ -260,6 +260,24 @@ namespace OrvelLoginClientCLR
             }
         }
 
+        // Methods, not lambdas as above: of a lambda that only passes its arguments on, the compiler makes a delegate to the
+        // manager's own method, and then one that is missing fails the binding of all.
+
+        static void DunmoreLoginBrowser(string server, string clientId)
+        {
+            LoginManagerClient.DunmoreLoginBrowser(server, clientId);
+        }
+
+        static string GetDNMAccessToken()
+        {
+            return LoginManagerClient.getDNMAccessToken();
+        }
+
+        static bool IsDunmorePlatformTokenExpired(string token)
+        {
+            return LoginManagerClient.isDunmorePlatformTokenExpired(token);
+        }
+
         static LoginManagerClient NewManager(IntPtr login, IntPtr logout, int language)
         {
             return new LoginManagerClient(
@@ -277,7 +295,9 @@ namespace OrvelLoginClientCLR
         {
             try
             {
-                var disposable = Managers.At(manager) as IDisposable;
+                // An object, so that the runtime looks what it implements: not every manager has what the one compiled against has.
+                object released = Managers.Release(manager);
+                var disposable = released as IDisposable;
                 if (disposable != null)
                     disposable.Dispose();
                 return 0;
@@ -285,10 +305,6 @@ namespace OrvelLoginClientCLR
             catch (Exception e)
             {
                 return Report(e, failure);
-            }
-            finally
-            {
-                Managers.Release(manager);
             }
         }
 

@@ -38,12 +38,14 @@ namespace OrvelLoginClientCLR
             }
         }
 
-        public static void Release(IntPtr handle)
+        public static LoginManagerClient Release(IntPtr handle)
         {
             lock (changing)
             {
+                LoginManagerClient manager = held[(int)handle];
                 held[(int)handle] = null;
                 free.Add((int)handle);
+                return manager;
             }
         }
     }

@@ -131,6 +131,17 @@ TEST(Deployment, MissingOrBrokenManagedPartIsNamed) {
     EXPECT_THAT(printed, HasSubstr("\\OrvelLoginClientCLR.dll (HRESULT 0x80070002)\n"));
 }
 
+TEST(Deployment, ManagerOfAnotherVersionServesAsFarAsItHasTheMembers) {
+    const Deployment deployment;
+    fs::copy_file(fs::path(PROBE_FOLDER) / L"old" / L"OrvelLoginClient.dll", deployment / manager,
+                  fs::copy_options::overwrite_existing);
+    // What is missing is found out inside a call and must not end the process.
+    const std::string printed = deployment.run(L"construct tenant token login tenant destroy");
+    EXPECT_THAT(printed, HasSubstr("construct: done\ntenant: Old Works\ntoken: System.MissingMethodException: "));
+    EXPECT_THAT(printed, HasSubstr("\nlogin: System.MissingFieldException: "));
+    EXPECT_THAT(printed, HasSubstr("\ntenant: Old Works\ndestroy: done\n"));
+}
+
 TEST(Deployment, HandlerServesAnyAssemblyByItsSimpleNameAndNothingElse) {
     struct {
         const wchar_t* name;

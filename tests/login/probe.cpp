@@ -24,6 +24,8 @@ std::wstring carryOut(const std::wstring& step) {
         return client->login(L"ada@example.com", L"analytical engine").userName;
     } else if (step == L"tenant") {
         return client->getTenantName();
+    } else if (step == L"token") {
+        return client->getAccessToken();
     } else if (step == L"destroy") {
         client.reset();
     } else if (step == L"repair") {
