@@ -1,4 +1,4 @@
-# Version information, made from project(VERSION), for what a customer gets to see.
+# Version information, made from the version of the project orvellogin, for what a customer gets to see.
 
 # add_version_info(TARGET DESCRIPTION [MANIFEST file])
 # A program without a manifest of its own gets cmake/program.manifest.
@@ -9,7 +9,7 @@ function(add_version_info target description)
     set(file_type VFT_APP)
     set(file_name ${target}.exe)
     if(NOT arg_MANIFEST)
-      set(arg_MANIFEST ${PROJECT_SOURCE_DIR}/cmake/program.manifest)
+      set(arg_MANIFEST ${orvellogin_SOURCE_DIR}/cmake/program.manifest)
     endif()
     # 24 is RT_MANIFEST, 1 the manifest that a process is created with.
     file(CONFIGURE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/${target}_manifest.rc CONTENT "1 24 \"${arg_MANIFEST}\"\n")
@@ -20,6 +20,6 @@ function(add_version_info target description)
     set(file_type VFT_DLL)
     set(file_name ${target}.dll)
   endif()
-  configure_file(${PROJECT_SOURCE_DIR}/cmake/version.rc.in ${CMAKE_CURRENT_BINARY_DIR}/${target}_version.rc @ONLY)
+  configure_file(${orvellogin_SOURCE_DIR}/cmake/version.rc.in ${CMAKE_CURRENT_BINARY_DIR}/${target}_version.rc @ONLY)
   target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${target}_version.rc)
 endfunction()

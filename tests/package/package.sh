@@ -22,17 +22,25 @@ cmake -E tar xf ./*.zip
 package=$(echo "$scratch"/orvellogin-*-mingw-x86)
 expect "one package" [ -d "$package" ]
 
+cross=(-G Ninja --toolchain "$source/cmake/mingw-x86.cmake" "-DCMAKE_PREFIX_PATH=$package"
+  -DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=BOTH)
+
 echo "== a project outside the tree"
 mkdir project
 cp "$source/tests/package/consumer/CMakeLists.txt" project/
 # shellcheck disable=SC2016  # the backquotes are README's
 sed -n '/^```cpp$/,/^```$/{/^```/d;p}' "$source/README.md" > project/host.cpp
-cmake -S project -B "project/build" -G Ninja -Wno-dev --toolchain "$source/cmake/mingw-x86.cmake" -DCMAKE_PREFIX_PATH="$package" \
-  -DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=BOTH
+cmake -S project -B project/build "${cross[@]}"
 cmake --build project/build
 cp -r "$package/share/orvellogin/examples/standins/OrvelLoginManagerClient" project/build/
 output=$("$source/script/wine-run" project/build/host.exe | tr -d '\r')
 expect "the host signs in: $output" [ "$output" = "signed in: Ada Lovelace" ]
+
+echo "== the examples in the package"
+for example in "$package"/share/orvellogin/examples/signin*; do
+  cmake -S "$example" -B "${example##*/}" "${cross[@]}"
+  cmake --build "${example##*/}"
+done
 
 echo "== headers alone"
 gcc=$(dirname "$(i686-w64-mingw32-g++-posix -print-libgcc-file-name)")
