@@ -39,8 +39,8 @@ struct serviceconfiguration {
 ///
 /// Any thread may call; nothing is kept between calls.
 ///
-/// Paths take either separator. Beyond 259 UTF-16 units (247 for a new folder) the system finds no file, unless the
-/// path starts with `\\?\`.
+/// Paths of files take either separator; the operations on a path's mere text (9, 11, 12) want the backslash. Beyond
+/// 259 UTF-16 units (247 for a new folder) the system finds no file, unless the path starts with `\\?\`.
 ///
 /// The number in front is the operation's slot in the virtual table; slot 0 is the destructor.
 class platform {
@@ -74,17 +74,17 @@ public:
     virtual bool createdirectory(const std::string& path) const = 0;
 
     /// 9. `path` and `more` with one separator between them and "." and ".." resolved. `more` replaces `path` when it
-    /// names a drive or a UNC share. Empty when the result would exceed 259 UTF-16 units.
+    /// names a drive or a UNC share. Empty when one of the three exceeds 259 UTF-16 units.
     virtual std::string appendpath(const std::string& path, const std::string& more) const = 0;
 
     /// 10. File name of the process's executable; empty when its full path exceeds 259 UTF-16 units.
     virtual std::string executablename() const = 0;
 
-    /// 11. `path` without its last component and the separator in front of it; a root stays as it is. After a trailing
-    /// separator the last component is empty, so that only the separator goes.
+    /// 11. `path` without its last component and the separator in front of it. A drive's root stays as it is; a path of
+    /// one component becomes empty. After a trailing separator the last component is empty: only the separator goes.
     virtual std::string parentfolder(const std::string& path) const = 0;
 
-    /// 12. The last component of `path`. A trailing separator stays with it; a root stays as it is.
+    /// 12. The last component of `path`, a trailing separator included; of a drive's root, all of it.
     virtual std::string filename(const std::string& path) const = 0;
 
     /// 13. The values of a group in one scope. Empty when the group is not there; values that are malformed or of a

@@ -39,10 +39,9 @@ std::string knownfolder(const KNOWNFOLDERID& id) {
 }
 
 // The shell's path operations work in place and take MAX_PATH units for granted.
-std::wstring pathbuffer(const std::string& path) {
-    std::wstring buffer = toutf16(path);
-    buffer.resize(std::max<std::size_t>(buffer.size() + 1, MAX_PATH));
-    return buffer;
+std::wstring pathbuffer(std::wstring path) {
+    path.resize(std::max<std::size_t>(path.size() + 1, MAX_PATH));
+    return path;
 }
 
 std::wstring modulepath() {
@@ -66,8 +65,7 @@ bool ensuredirectory(const std::wstring& path) {
     if (GetLastError() != ERROR_PATH_NOT_FOUND) {
         return false;
     }
-    std::wstring parent = path;
-    parent.resize(std::max<std::size_t>(parent.size() + 1, MAX_PATH));
+    std::wstring parent = pathbuffer(path);
     return PathRemoveFileSpecW(parent.data()) && ensuredirectory(parent.c_str()) &&
            CreateDirectoryW(path.c_str(), nullptr);
 }
@@ -146,8 +144,13 @@ bool platformwindows::createdirectory(const std::string& path) const {
 }
 
 std::string platformwindows::appendpath(const std::string& path, const std::string& more) const {
-    std::wstring buffer = pathbuffer(path);
-    return PathAppendW(buffer.data(), toutf16(more).c_str()) ? toutf8(buffer.c_str()) : std::string();
+    const std::wstring appended = toutf16(more);
+    std::wstring buffer = pathbuffer(toutf16(path));
+    // The shell would cut some paths that are too long and refuse others.
+    if (buffer.size() > MAX_PATH || appended.size() >= MAX_PATH || !PathAppendW(buffer.data(), appended.c_str())) {
+        return std::string();
+    }
+    return toutf8(buffer.c_str());
 }
 
 std::string platformwindows::executablename() const {
@@ -157,13 +160,13 @@ std::string platformwindows::executablename() const {
 }
 
 std::string platformwindows::parentfolder(const std::string& path) const {
-    std::wstring buffer = pathbuffer(path);
+    std::wstring buffer = pathbuffer(toutf16(path));
     PathRemoveFileSpecW(buffer.data());
     return toutf8(buffer.c_str());
 }
 
 std::string platformwindows::filename(const std::string& path) const {
-    std::wstring buffer = pathbuffer(path);
+    std::wstring buffer = pathbuffer(toutf16(path));
     PathStripPathW(buffer.data());
     return toutf8(buffer.c_str());
 }
@@ -231,7 +234,7 @@ std::string platformwindows::programfilesx86folder() const {
 }
 
 std::string platformwindows::macaddress() const {
-    return std::string();
+    return std::string();  // until the WMI query is there
 }
 
 bool platformwindows::filetimes(const std::string& path, std::int64_t& creation, std::int64_t& lastaccess,
