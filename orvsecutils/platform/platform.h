@@ -69,8 +69,9 @@ public:
     /// 7. The user's profile folder.
     virtual std::string profilefolder() const = 0;
 
-    /// 8. Makes a folder, with every parent that is missing. True when the folder is there afterwards, also when it was
-    /// there before; false when a file has that name. Parents made on the way to a failure stay.
+    /// 8. Makes a folder, with every parent that is missing. True when it was made or is there already; false when a
+    /// file has that name. Parents made on the way to a failure stay. Give it no trailing separator: if a parent is
+    /// missing, the folder is then made as its own parent and the answer is false.
     virtual bool createdirectory(const std::string& path) const = 0;
 
     /// 9. `path` and `more` with one separator between them and "." and ".." resolved. `more` replaces `path` when it
