@@ -42,7 +42,8 @@ struct serviceconfiguration {
 /// Paths of files take either separator; the operations on a path's mere text (9, 11, 12) want the backslash. Beyond
 /// 259 UTF-16 units (247 for a new folder) the system finds no file, unless the path starts with `\\?\`.
 ///
-/// The number in front is the operation's slot in the virtual table; slot 0 is the destructor.
+/// The number in front is the operation's slot in the virtual table; slot 0 is the destructor. platformwindows.cpp has
+/// the operations under the same names, in the same order.
 class platform {
 public:
     virtual ~platform() = default;
@@ -103,9 +104,10 @@ public:
     /// 16. Folder of the process's executable; empty when its full path exceeds 259 UTF-16 units.
     virtual std::string executablefolder() const = 0;
 
-    /// 17. Starts `file` (a program, or a document with the program that opens it), waits for its end and returns the
-    /// 32 bits of its exit code; -1 when no process was started. The arguments are joined by joinarguments(): one with
-    /// a space in it must bring its own quotes. A program named without a folder is searched for as the shell does.
+    /// 17. Starts `file` (a program, or a document with the program that opens it), waits for its end, however long,
+    /// and returns the 32 bits of its exit code; -1 when no process was started, of which the shell may tell the user
+    /// in a message box. The arguments are joined by joinarguments(): one with a space in it must bring its own quotes.
+    /// A program named without a folder is searched for as the shell does.
     virtual int runprocess(const std::string& file, const std::vector<std::string>& arguments) const = 0;
 
     /// 18. Whether a file or folder has that path.
