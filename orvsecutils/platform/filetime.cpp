@@ -1,0 +1,27 @@
+#include "orvsecutils/platform/filetime.h"
+
+namespace orvsecutils {
+
+std::tm brokendowntime(const SYSTEMTIME& local) {
+    std::tm fields = {};
+    fields.tm_year = local.wYear - 1900;
+    fields.tm_mon = local.wMonth - 1;
+    fields.tm_mday = local.wDay;
+    fields.tm_hour = local.wHour;
+    fields.tm_min = local.wMinute;
+    fields.tm_sec = local.wSecond;
+    fields.tm_isdst = -1;
+    return fields;
+}
+
+std::int64_t calendartime(const FILETIME& time) {
+    FILETIME local = {};
+    SYSTEMTIME fields = {};
+    if (!FileTimeToLocalFileTime(&time, &local) || !FileTimeToSystemTime(&local, &fields)) {
+        return -1;
+    }
+    std::tm broken = brokendowntime(fields);
+    return _mktime64(&broken);
+}
+
+}  // namespace orvsecutils
