@@ -19,7 +19,8 @@ public:
     Deployment() {
         const fs::path built = programFolder();
         // Neither the library's folder nor the host's may be taken through a code page.
-        folder = fs::temp_directory_path() / (L"вход ñ " + std::to_wstring(GetCurrentProcessId()));
+        folder = fs::temp_directory_path() /
+                 (L"вход ñ " + std::to_wstring(GetCurrentProcessId()) + L" " + std::to_wstring(GetTickCount64()));
         fs::create_directories(folder);
         for (const wchar_t* name : {L"orvellogin.dll", L"OrvelLoginClientCLR.dll", L"libgcc_s_dw2-1.dll",
                                     L"libstdc++-6.dll", L"libwinpthread-1.dll"}) {
@@ -31,8 +32,12 @@ public:
         fs::copy(built / L"OrvelLoginManagerClient", folder / L"OrvelLoginManagerClient");
     }
     ~Deployment() {
-        std::error_code ignored;
-        fs::remove_all(folder, ignored);
+        // The system may hold a program's files for a moment after it has ended.
+        std::error_code failed;
+        for (int attempt = 0; attempt < 100 && (fs::remove_all(folder, failed), failed); ++attempt) {
+            Sleep(20);
+        }
+        EXPECT_FALSE(failed) << failed.message();
     }
 
     fs::path operator/(const wchar_t* name) const { return folder / name; }
