@@ -17,6 +17,7 @@ namespace OrvelLoginClient
     ///     throw TYPE    throws an exception of that type of mscorlib's, with the message "on request"
     ///     load NAME     loads an assembly by that display name; gives back where from, or "not found"
     ///     collect       runs the garbage collector
+    ///     wait NAME     waits until the event of that name is set
     ///     event         Dispose: raises the sign-out event
     ///     thread        raises events on a thread of their own
     ///     pool          raises events on a thread of the pool
@@ -59,7 +60,7 @@ namespace OrvelLoginClient
             return command.StartsWith("load ", StringComparison.Ordinal) ? Load(command.Substring(5)) : otherwise;
         }
 
-        /// Throws or collects if the member is to; returns its command, or null if it has none.
+        /// Throws, waits or collects if the member is to; returns its command, or null if it has none.
         public static string Obey(string member)
         {
             string command;
@@ -69,6 +70,11 @@ namespace OrvelLoginClient
                 throw new LoginManagerException((loginManagerStatusCode)int.Parse(command.Substring(7), CultureInfo.InvariantCulture), "on request");
             if (command.StartsWith("throw ", StringComparison.Ordinal))
                 throw (Exception)Activator.CreateInstance(Type.GetType(command.Substring(6), true), "on request");
+            if (command.StartsWith("wait ", StringComparison.Ordinal))
+            {
+                using (var gate = EventWaitHandle.OpenExisting(command.Substring(5)))
+                    gate.WaitOne();
+            }
             if (command == "collect")
             {
                 GC.Collect();

@@ -1,0 +1,126 @@
+#include "ClientWorker.h"
+
+#include <atomic>
+
+#include "login/LoginManagerClient.h"
+#include "texts.h"
+
+namespace {
+
+// The library's callbacks carry no context, may arrive on any thread, and may outlive the client.
+std::atomic<HWND> listener;
+
+void tell(UINT message) {
+    if (const HWND window = listener) {
+        PostMessageW(window, message, 0, 0);
+    }
+}
+
+void signedIn() {
+    tell(WM_APP_SIGNED_IN);
+}
+
+void signedOut() {
+    tell(WM_APP_SIGNED_OUT);
+}
+
+using Getter = std::wstring (LoginManagerClient::*)();
+const std::pair<const wchar_t*, Getter> getters[] = {
+    {L"Tenant", &LoginManagerClient::getTenantName},
+    {L"Tenant identifier", &LoginManagerClient::getTenantId},
+    {L"Platform", &LoginManagerClient::getPlatFormURL},
+    {L"Registry", &LoginManagerClient::getRegistryURL},
+    {L"Passport service", &LoginManagerClient::getPassportURL},
+    {L"Applications", &LoginManagerClient::getmyAppsURL},
+    {L"Kelpa service", &LoginManagerClient::getKelpaURL},
+    {L"Space", &LoginManagerClient::getSpaceURL},
+};
+
+/// Adds to `answer` what is known of the user. A getter that fails leaves what was learnt before it.
+// cppcheck-suppress constParameter ; the getters, which are not const, are called through pointers
+void describe(LoginManagerClient& client, const LoginResponse& user, Answer& answer) {
+    answer.details = {
+        {L"Account", user.userName}, {L"First name", user.firstName}, {L"Last name", user.lastName},
+        {L"Alias", user.aliasName},  {L"Domain", user.domainName},    {L"Record", user.rowId},
+    };
+    for (const auto& [name, getter] : getters) {
+        answer.details.emplace_back(name, (client.*getter)());
+    }
+    answer.status = user.statusDescription;
+}
+
+void carryOut(LoginManagerClient& client, const Request& request, Answer& answer) {
+    client.setOrvelOfflineMode(request.offline);
+    switch (request.action) {
+        case Request::signIn:
+            // The client takes strings by value: the one made here is out of reach afterwards, and not wiped.
+            describe(client, client.login(request.account, request.password.c_str()), answer);
+            break;
+        case Request::refresh:
+            describe(client, client.getLoggedInUser(false), answer);
+            break;
+        case Request::signOut:
+            client.logout();
+            answer.status = L"Signed out.";
+            break;
+    }
+}
+
+}  // namespace
+
+ClientWorker::ClientWorker(HWND windowIn) : window(windowIn) {
+    listener = window;
+    thread = std::thread([this] { run(); });
+}
+
+ClientWorker::~ClientWorker() {
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        stopping = true;
+    }
+    changed.notify_one();
+    thread.join();
+    listener = nullptr;
+}
+
+void ClientWorker::ask(Request next) {
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        request.emplace(std::move(next));
+    }
+    changed.notify_one();
+}
+
+Answer ClientWorker::takeAnswer() {
+    const std::lock_guard<std::mutex> lock(mutex);
+    return std::move(answer);
+}
+
+void ClientWorker::run() noexcept {
+    std::optional<LoginManagerClient> client;  // made and destroyed on this thread, like every call in between
+    std::unique_lock<std::mutex> lock(mutex);
+    for (;;) {
+        changed.wait(lock, [this] { return stopping || request; });
+        if (stopping) {
+            return;
+        }
+        const Request current = std::move(*request);  // wiped at the end of its turn
+        request.reset();
+        lock.unlock();
+        Answer result;
+        try {
+            if (!client) {  // not sooner: a runtime that is missing is then reported like any other failure
+                client.emplace(signedIn, signedOut, uiLangFallback);
+            }
+            carryOut(*client, current, result);
+        } catch (loginManagerException* report) {  // the manager's own: thrown by pointer, ours to delete
+            result.status = sentence(report->code);
+            delete report;
+        } catch (const std::exception& failure) {  // loginRuntimeException, and whatever else
+            result.status = widened(failure.what());
+        }
+        lock.lock();
+        answer = std::move(result);
+        PostMessageW(window, WM_APP_ANSWERED, 0, 0);
+    }
+}

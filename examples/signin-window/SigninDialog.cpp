@@ -1,0 +1,166 @@
+#include "SigninDialog.h"
+
+#include <commctrl.h>
+
+#include <string>
+#include <utility>
+
+namespace {
+
+constexpr wchar_t askingForDetails[] = L"Asking for the details…";
+
+}  // namespace
+
+int SigninDialog::run(HINSTANCE instance) {
+    const INITCOMMONCONTROLSEX classes = {sizeof classes, ICC_LISTVIEW_CLASSES};
+    InitCommonControlsEx(&classes);
+    SigninDialog dialog;
+    const INT_PTR result =
+        DialogBoxParamW(instance, MAKEINTRESOURCEW(IDD_SIGNIN), nullptr, procedure, reinterpret_cast<LPARAM>(&dialog));
+    return result == -1 ? 1 : 0;
+}
+
+// No exception may pass through the system's frames: what reaches here (out of memory) ends the process.
+INT_PTR CALLBACK SigninDialog::procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+    if (message == WM_INITDIALOG) {
+        SetWindowLongPtrW(window, DWLP_USER, lParam);
+        reinterpret_cast<SigninDialog*>(lParam)->open(window);
+        return TRUE;
+    }
+    auto* dialog = reinterpret_cast<SigninDialog*>(GetWindowLongPtrW(window, DWLP_USER));
+    return dialog && dialog->handle(message, wParam);  // the first messages come before WM_INITDIALOG
+}
+
+void SigninDialog::open(HWND windowIn) {
+    window = windowIn;
+    worker.emplace(window);
+
+    const HWND list = item(IDC_DETAILS);
+    ListView_SetExtendedListViewStyle(list, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER);
+    RECT area;
+    GetClientRect(list, &area);
+    const std::pair<const wchar_t*, int> columns[] = {{L"Name", area.right / 3}, {L"Value", area.right * 2 / 3}};
+    for (int i = 0; i < 2; ++i) {
+        LVCOLUMNW column = {};
+        column.mask = LVCF_TEXT | LVCF_WIDTH;
+        column.pszText = const_cast<wchar_t*>(columns[i].first);
+        column.cx = columns[i].second;
+        ListView_InsertColumn(list, i, &column);
+    }
+    SetDlgItemTextW(window, IDC_STATUS, L"Nobody is signed in.");
+    enableControls();
+}
+
+bool SigninDialog::handle(UINT message, WPARAM wParam) {
+    switch (message) {
+        case WM_COMMAND:
+            command(LOWORD(wParam), HIWORD(wParam));
+            return true;
+        case WM_APP_ANSWERED:
+            answered();
+            return true;
+        // Whoever signed in or out: this window, another part of the host, or the manager itself.
+        case WM_APP_SIGNED_IN:
+            signedIn = true;
+            if (!busy) {
+                ask({Request::refresh, offline()}, askingForDetails);
+            }
+            return true;
+        case WM_APP_SIGNED_OUT:
+            signedIn = false;
+            ListView_DeleteAllItems(item(IDC_DETAILS));
+            SetDlgItemTextW(window, IDC_STATUS, L"Signed out.");
+            enableControls();
+            return true;
+        default:
+            return false;
+    }
+}
+
+void SigninDialog::command(int id, int notification) {
+    if (id == IDCANCEL) {  // the Escape key, and the system's close button too
+        close();
+    } else if (id == IDC_ACCOUNT && notification == EN_CHANGE) {
+        enableControls();
+    } else if (busy || notification != BN_CLICKED) {
+        return;
+    } else if (id == IDC_SIGN_IN) {
+        std::wstring account(static_cast<std::size_t>(GetWindowTextLengthW(item(IDC_ACCOUNT))), L'\0');
+        GetDlgItemTextW(window, IDC_ACCOUNT, &account[0], static_cast<int>(account.size()) + 1);
+        ask({Request::signIn, offline(), std::move(account), takePassword()}, L"Signing in…");
+    } else if (id == IDC_SIGN_OUT) {
+        ask({Request::signOut, offline()}, L"Signing out…");
+    } else if (id == IDC_OFFLINE && signedIn) {
+        ask({Request::refresh, offline()}, askingForDetails);
+    }
+}
+
+void SigninDialog::close() {
+    if (busy) {
+        // The call into the manager cannot be broken off; the dialog ends with it, out of sight until then.
+        closing = true;
+        ShowWindow(window, SW_HIDE);
+    } else {
+        EndDialog(window, 0);
+    }
+}
+
+void SigninDialog::ask(Request request, const wchar_t* progress) {
+    busy = true;
+    focus = GetFocus();
+    SetFocus(item(IDC_DETAILS));  // stays enabled: a control that is disabled while it has the focus takes it along
+    enableControls();
+    SetDlgItemTextW(window, IDC_STATUS, progress);
+    worker->ask(std::move(request));
+}
+
+void SigninDialog::answered() {
+    busy = false;
+    if (closing) {
+        EndDialog(window, 0);
+        return;
+    }
+    const Answer answer = worker->takeAnswer();
+    show(answer);
+    enableControls();
+    if (GetFocus() == item(IDC_DETAILS) && IsWindowEnabled(focus)) {
+        SendMessageW(window, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(focus), TRUE);
+    }
+}
+
+Secret SigninDialog::takePassword() {
+    const HWND edit = item(IDC_PASSWORD);
+    const int length = GetWindowTextLengthW(edit);
+    Secret password(static_cast<std::size_t>(length));
+    GetWindowTextW(edit, password.data(), password.capacity());
+    // The control keeps its memory when it is emptied, so that is overwritten first.
+    SetWindowTextW(edit, std::wstring(static_cast<std::size_t>(length), L'*').c_str());
+    SetWindowTextW(edit, L"");
+    return password;
+}
+
+void SigninDialog::show(const Answer& answer) {
+    SetDlgItemTextW(window, IDC_STATUS, answer.status.c_str());
+    if (answer.details.empty()) {
+        return;  // a refused sign-in leaves whoever is signed in
+    }
+    const HWND list = item(IDC_DETAILS);
+    ListView_DeleteAllItems(list);
+    int row = 0;
+    for (const auto& [name, value] : answer.details) {
+        LVITEMW entry = {};
+        entry.mask = LVIF_TEXT;
+        entry.iItem = row++;
+        entry.pszText = const_cast<wchar_t*>(name);
+        const int at = ListView_InsertItem(list, &entry);
+        ListView_SetItemText(list, at, 1, const_cast<wchar_t*>(value.c_str()));
+    }
+}
+
+void SigninDialog::enableControls() {
+    EnableWindow(item(IDC_ACCOUNT), !busy);
+    EnableWindow(item(IDC_PASSWORD), !busy);
+    EnableWindow(item(IDC_OFFLINE), !busy);
+    EnableWindow(item(IDC_SIGN_IN), !busy && GetWindowTextLengthW(item(IDC_ACCOUNT)) > 0);
+    EnableWindow(item(IDC_SIGN_OUT), !busy && signedIn);
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <windows.h>
+
+#include <optional>
+
+#include "ClientWorker.h"
+#include "Secret.h"
+#include "resource.h"
+
+/// The window. It makes no call into the login client itself, so it answers at all times.
+class SigninDialog {
+public:
+    /// Shows the window until it is closed. Returns the program's exit code.
+    static int run(HINSTANCE instance);
+
+private:
+    static INT_PTR CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
+    void open(HWND windowIn);
+    bool handle(UINT message, WPARAM wParam);
+    void command(int id, int notification);
+    void close();
+
+    void ask(Request request, const wchar_t* progress);
+    void answered();
+    Secret takePassword();
+    void show(const Answer& answer);
+    void enableControls();
+    HWND item(int id) const { return GetDlgItem(window, id); }
+    bool offline() const { return IsDlgButtonChecked(window, IDC_OFFLINE) == BST_CHECKED; }
+
+    HWND window = nullptr;
+    HWND focus = nullptr;   // the control that had it before the running request
+    bool signedIn = false;  // as the manager's events tell
+    bool busy = false;
+    bool closing = false;
+    std::optional<ClientWorker> worker;
+};
