@@ -8,12 +8,12 @@
 ///
 /// There is no status here: a sign-in that did not throw succeeded.
 struct ORVELLOGIN_API LoginResponse {
-    LoginResponse();
-    LoginResponse(const LoginResponse& other);
-    LoginResponse(LoginResponse&& other) noexcept;
-    LoginResponse& operator=(const LoginResponse& other);
-    LoginResponse& operator=(LoginResponse&& other) noexcept;
-    ~LoginResponse();
+    LoginResponse();                                           ///< every field empty
+    LoginResponse(const LoginResponse& other);                 ///< field by field
+    LoginResponse(LoginResponse&& other) noexcept;             ///< leaves `other` fit for assignment only
+    LoginResponse& operator=(const LoginResponse& other);      ///< field by field
+    LoginResponse& operator=(LoginResponse&& other) noexcept;  ///< leaves `other` fit for assignment only
+    ~LoginResponse();                                          ///< frees the fields
 
     std::wstring statusDescription;  ///< outcome of the sign-in, as the manager phrased it
     std::wstring userName;           ///< account name

@@ -30,7 +30,8 @@ enum statusCode : int {
 /// library's default text and says nothing: read `code`.
 class loginManagerException : public std::exception {
 public:
+    /// Made by the library.
     explicit loginManagerException(statusCode codeIn) : code(codeIn) {}
 
-    statusCode code;
+    statusCode code;  ///< what the manager reported
 };

@@ -62,7 +62,8 @@ namespace OrvelLoginClient
 
         public void Dispose()
         {
-            Steering.Obey("Dispose");
+            if (Steering.Obey("Dispose") == "event" && loggedOut != null)
+                loggedOut();
         }
 
         public LoginResponse login()

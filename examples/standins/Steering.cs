@@ -17,6 +17,7 @@ namespace OrvelLoginClient
     ///     throw TYPE    throws an exception of that type of mscorlib's, with the message "on request"
     ///     load NAME     loads an assembly by that display name; gives back where from, or "not found"
     ///     collect       runs the garbage collector
+    ///     event         Dispose: raises the sign-out event
     ///     thread        raises events on a thread of their own
     ///     pool          raises events on a thread of the pool
     static class Steering

@@ -47,8 +47,8 @@ namespace OrvelLoginClientCLR
         {
             try
             {
-                // Before any type of theirs is touched: a class that failed to load for want of them might stay failed, but a
-                // load of the assembly is tried again.
+                // Before any type of theirs is touched: a reference that could not be bound stays broken, and says less about
+                // why, but a load by name is tried again.
                 foreach (AssemblyName name in Assembly.GetExecutingAssembly().GetReferencedAssemblies())
                     Assembly.Load(name);
                 ManagerMembers.Bind(table);

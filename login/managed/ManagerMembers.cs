@@ -125,7 +125,7 @@ namespace OrvelLoginClientCLR
             {
                 try
                 {
-                    member(Manager(manager));
+                    member(Managers.At(manager));
                     return 0;
                 }
                 catch (Exception e)
@@ -141,7 +141,7 @@ namespace OrvelLoginClientCLR
             {
                 try
                 {
-                    response->Fill(member(Manager(manager)));
+                    response->Fill(member(Managers.At(manager)));
                     return 0;
                 }
                 catch (Exception e)
@@ -157,7 +157,7 @@ namespace OrvelLoginClientCLR
             {
                 try
                 {
-                    response->Fill(member(Manager(manager), userName->ToString(), password->ToString()));
+                    response->Fill(member(Managers.At(manager), userName->ToString(), password->ToString()));
                     return 0;
                 }
                 catch (Exception e)
@@ -173,7 +173,7 @@ namespace OrvelLoginClientCLR
             {
                 try
                 {
-                    *result = Marshal.StringToBSTR(member(Manager(manager)));
+                    *result = Marshal.StringToBSTR(member(Managers.At(manager)));
                     return 0;
                 }
                 catch (Exception e)
@@ -189,7 +189,7 @@ namespace OrvelLoginClientCLR
             {
                 try
                 {
-                    *result = Marshal.StringToBSTR(member(Manager(manager), text->ToString()));
+                    *result = Marshal.StringToBSTR(member(Managers.At(manager), text->ToString()));
                     return 0;
                 }
                 catch (Exception e)
@@ -251,7 +251,7 @@ namespace OrvelLoginClientCLR
         {
             try
             {
-                *manager = GCHandle.ToIntPtr(GCHandle.Alloc(NewManager(login, logout, language)));
+                *manager = Managers.Hold(NewManager(login, logout, language));
                 return 0;
             }
             catch (Exception e)
@@ -275,10 +275,9 @@ namespace OrvelLoginClientCLR
 
         static int Dispose(IntPtr manager, Failure* failure)
         {
-            var handle = GCHandle.FromIntPtr(manager);
             try
             {
-                var disposable = handle.Target as IDisposable;
+                var disposable = Managers.At(manager) as IDisposable;
                 if (disposable != null)
                     disposable.Dispose();
                 return 0;
@@ -289,13 +288,8 @@ namespace OrvelLoginClientCLR
             }
             finally
             {
-                handle.Free();
+                Managers.Release(manager);
             }
-        }
-
-        static LoginManagerClient Manager(IntPtr handle)
-        {
-            return handle == IntPtr.Zero ? null : (LoginManagerClient)GCHandle.FromIntPtr(handle).Target;
         }
 
         static int Report(Exception e, Failure* failure)

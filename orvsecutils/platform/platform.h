@@ -42,7 +42,8 @@ struct serviceconfiguration {
 /// Paths of files take either separator; the operations on a path's mere text (9, 11, 12) want the backslash. Beyond
 /// 259 UTF-16 units (247 for a new folder) the system finds no file, unless the path starts with `\\?\`.
 ///
-/// The number in front is the operation's slot in the virtual table; slot 0 is the destructor.
+/// The number in front is the operation's slot in the virtual table; slot 0 is the destructor. platformwindows.cpp has
+/// the operations under the same names, in the same order.
 class platform {
 public:
     virtual ~platform() = default;
@@ -69,8 +70,9 @@ public:
     /// 7. The user's profile folder.
     virtual std::string profilefolder() const = 0;
 
-    /// 8. Makes a folder, with every parent that is missing. True when the folder is there afterwards, also when it was
-    /// there before; false when a file has that name. Parents made on the way to a failure stay.
+    /// 8. Makes a folder, with every parent that is missing. True when it was made or is there already; false when a
+    /// file has that name. Parents made on the way to a failure stay. Give it no trailing separator: if a parent is
+    /// missing, the folder is then made as its own parent and the answer is false.
     virtual bool createdirectory(const std::string& path) const = 0;
 
     /// 9. `path` and `more` with one separator between them and "." and ".." resolved. `more` replaces `path` when it
@@ -102,9 +104,10 @@ public:
     /// 16. Folder of the process's executable; empty when its full path exceeds 259 UTF-16 units.
     virtual std::string executablefolder() const = 0;
 
-    /// 17. Starts `file` (a program, or a document with the program that opens it), waits for its end and returns the
-    /// 32 bits of its exit code; -1 when no process was started. The arguments are joined by joinarguments(): one with
-    /// a space in it must bring its own quotes. A program named without a folder is searched for as the shell does.
+    /// 17. Starts `file` (a program, or a document with the program that opens it), waits for its end, however long,
+    /// and returns the 32 bits of its exit code; -1 when no process was started, of which the shell may tell the user
+    /// in a message box. The arguments are joined by joinarguments(): one with a space in it must bring its own quotes.
+    /// A program named without a folder is searched for as the shell does.
     virtual int runprocess(const std::string& file, const std::vector<std::string>& arguments) const = 0;
 
     /// 18. Whether a file or folder has that path.

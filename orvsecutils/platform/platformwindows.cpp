@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "orvsecutils/platform/arguments.h"
+#include "orvsecutils/platform/dependencies.h"
 #include "orvsecutils/platform/filetime.h"
 #include "orvsecutils/platform/handles.h"
 #include "orvsecutils/platform/languagecode.h"
@@ -73,20 +74,6 @@ bool ensuredirectory(const std::wstring& path) {
 
 std::string textorempty(const wchar_t* text) {
     return text ? toutf8(text) : std::string();
-}
-
-// A list in which an empty text comes last, as one text with a zero between each two.
-std::string joinedlist(const wchar_t* list) {
-    std::string joined;
-    while (list && *list) {
-        const std::wstring_view text(list);
-        if (!joined.empty()) {
-            joined += '\0';
-        }
-        joined += toutf8(text);
-        list += text.size() + 1;
-    }
-    return joined;
 }
 
 }  // namespace
@@ -306,7 +293,7 @@ bool platformwindows::serviceconfig(const std::string& service, serviceconfigura
                      textorempty(record->lpBinaryPathName),
                      textorempty(record->lpLoadOrderGroup),
                      record->dwTagId,
-                     joinedlist(record->lpDependencies),
+                     joindependencies(record->lpDependencies),
                      textorempty(record->lpServiceStartName),
                      textorempty(record->lpDisplayName)};
     return true;

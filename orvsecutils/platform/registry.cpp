@@ -37,7 +37,8 @@ registrykey openforwriting(settingsscope scope, const settingsdef& definition) {
     return registrykey(key);
 }
 
-std::optional<std::wstring> expand(const wchar_t* text) {
+// The text with its environment variables put in, in UTF-8.
+std::optional<std::string> expand(const wchar_t* text) {
     const DWORD size = ExpandEnvironmentStringsW(text, nullptr, 0);
     if (size == 0) {
         return std::nullopt;
@@ -47,7 +48,7 @@ std::optional<std::wstring> expand(const wchar_t* text) {
     if (needed == 0 || needed > size) {  // more than before: a variable has grown in between
         return std::nullopt;
     }
-    return std::wstring(buffer.c_str());
+    return toutf8(buffer.c_str());
 }
 
 // Reads the values of one key. Its buffer serves all of them.
@@ -71,6 +72,11 @@ public:
     }
 
 private:
+    struct fetched {
+        DWORD type;
+        DWORD bytes;
+    };
+
     std::unique_ptr<setting> readnumber(const wchar_t* name) const {
         std::uint32_t data = 0;
         DWORD type = REG_NONE;
@@ -95,8 +101,8 @@ private:
         if (type == REG_SZ) {
             return makesetting(toutf8(*decoded));
         }
-        const std::optional<std::wstring> expanded = expand(decoded->data());
-        return expanded ? makesetting(toutf8(*expanded)) : nullptr;
+        std::optional<std::string> expanded = expand(decoded->data());
+        return expanded ? makesetting(std::move(*expanded)) : nullptr;
     }
 
     std::unique_ptr<setting> readlist(const wchar_t* name) {
@@ -115,11 +121,6 @@ private:
         }
         return makesetting(std::move(texts));
     }
-
-    struct fetched {
-        DWORD type;
-        DWORD bytes;
-    };
 
     // Reads a value's data into the buffer; REG_NONE when that fails.
     fetched fetch(const wchar_t* name) {
@@ -175,15 +176,17 @@ settingsmap readgroup(settingsscope scope, const settingsdef& definition) {
         return values;
     }
     valuereader reader(key.get());
-    std::wstring name = utf16buffer(namebufferunits);
+    // Not filled beforehand: that alone would cost as much as opening the key.
+    const std::unique_ptr<wchar_t[]> name(new wchar_t[namebufferunits]);
     for (DWORD index = 0; index < count; ++index) {
         DWORD units = namebufferunits;
         DWORD type = REG_NONE;
-        if (RegEnumValueW(key.get(), index, name.data(), &units, nullptr, &type, nullptr, nullptr) != ERROR_SUCCESS) {
+        if (RegEnumValueW(key.get(), index, name.get(), &units, nullptr, &type, nullptr, nullptr) != ERROR_SUCCESS) {
             continue;
         }
-        if (std::unique_ptr<setting> value = reader.read(name.c_str(), type)) {
-            values.insert_or_assign(toutf8({name.data(), units}), std::move(value));
+        if (std::unique_ptr<setting> value = reader.read(name.get(), type)) {
+            // The hint: the registry tends to deliver names in order.
+            values.insert_or_assign(values.end(), toutf8({name.get(), units}), std::move(value));
         }
     }
     return values;

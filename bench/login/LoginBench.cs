@@ -1,0 +1,68 @@
+using System;
+using System.Globalization;
+using System.Runtime.InteropServices;
+using loginManagerUtils;
+using OrvelLoginClient;
+
+/// What the library's members are measured against: the same members of the same manager, called through bare function
+/// pointers with the same conversions, and from managed code.
+namespace Bench
+{
+public static unsafe class LoginBench
+{
+    [UnmanagedFunctionPointer(CallingConvention.Cdecl)]
+    delegate IntPtr TextCall();
+
+    [UnmanagedFunctionPointer(CallingConvention.Cdecl)]
+    delegate IntPtr TextOfTextCall(char* text, int length);
+
+    [UnmanagedFunctionPointer(CallingConvention.Cdecl)]
+    delegate int TestCall(char* text, int length);
+
+    [UnmanagedFunctionPointer(CallingConvention.Cdecl)]
+    delegate void Loop(int calls);
+
+    static LoginManagerClient manager;
+    static string url;
+    static string token;
+
+    static readonly Delegate[] entries =
+    {
+        new TextCall(() => Marshal.StringToBSTR(manager.getAccessToken())),
+        new TextOfTextCall((text, length) => Marshal.StringToBSTR(manager.formatAccessURL(new string(text, 0, length)))),
+        new TestCall((text, length) => LoginManagerClient.isDunmorePlatformTokenExpired(new string(text, 0, length)) ? 1 : 0),
+        new Loop(calls => { for (int i = 0; i < calls; i++) manager.getAccessToken(); }),
+        new Loop(calls => { for (int i = 0; i < calls; i++) manager.formatAccessURL(url); }),
+        new Loop(calls => { for (int i = 0; i < calls; i++) LoginManagerClient.isDunmorePlatformTokenExpired(token); }),
+    };
+
+    public static int Enter(string table)
+    {
+        manager = new LoginManagerClient(null, null, langCode.English);
+        manager.login("ada@example.com", "analytical engine");
+        LoginManagerClient.DunmoreLoginBrowser("https://dunmore.example.com", "bench");
+        token = LoginManagerClient.getDNMAccessToken();
+        url = new string('u', 100);
+        var addresses = (IntPtr*)long.Parse(table, CultureInfo.InvariantCulture);
+        for (int i = 0; i < entries.Length; i++)
+            addresses[i] = Marshal.GetFunctionPointerForDelegate(entries[i]);
+        return 0;
+    }
+
+    /// Leaves only what is in use, so that memory can be compared.
+    public static int Collect(string ignored)
+    {
+        GC.Collect();
+        return 0;
+    }
+}
+
+/// For the bare start of the runtime: needs no other assembly.
+public static class Runtime
+{
+    public static int Start(string ignored)
+    {
+        return 0;
+    }
+}
+}

@@ -1,0 +1,208 @@
+// What a call through the library costs beside a bare call into the runtime, and what a client and a start cost.
+
+#include <windows.h>
+
+#include <oleauto.h>
+#include <psapi.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "../timing.h"
+#include "login/ClrRuntime.h"
+#include "login/LoginManagerClient.h"
+
+namespace {
+
+struct Bare {
+    BSTR (*getAccessToken)();
+    BSTR (*formatAccessURL)(const wchar_t* text, int length);
+    int (*isDunmorePlatformTokenExpired)(const wchar_t* text, int length);
+    void (*loopGetAccessToken)(int calls);
+    void (*loopFormatAccessURL)(int calls);
+    void (*loopIsExpired)(int calls);
+} bare;
+
+std::wstring programPath() {
+    std::wstring path(1024, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, &path[0], 1024));
+    return path;
+}
+
+void execute(const wchar_t* type, const wchar_t* method, const std::wstring& argument) {
+    const std::wstring assembly = (std::filesystem::path(programPath()).parent_path() / L"LoginBench.dll").wstring();
+    OrvelLoginClientCLR::executeInDefaultAppDomain(assembly, type, method, argument);
+}
+
+std::wstring take(BSTR text) {
+    struct Free {
+        void operator()(wchar_t* chars) const { SysFreeString(chars); }
+    };
+    const std::unique_ptr<wchar_t, Free> owner(text);
+    return std::wstring(text, SysStringLen(text));
+}
+
+// The bare calls have the signatures of the library's members, strings by value included.
+
+__attribute__((noinline)) std::wstring bareGetAccessToken() {
+    return take(bare.getAccessToken());
+}
+
+__attribute__((noinline)) std::wstring bareFormatAccessUrl(std::wstring url) {
+    return take(bare.formatAccessURL(url.data(), static_cast<int>(url.size())));
+}
+
+__attribute__((noinline)) bool bareIsExpired(std::wstring token) {
+    return bare.isDunmorePlatformTokenExpired(token.data(), static_cast<int>(token.size())) != 0;
+}
+
+template <class Call>
+std::function<void(int)> repeat(Call call) {
+    return [call](int calls) {
+        for (int i = 0; i < calls; ++i) {
+            call();
+        }
+    };
+}
+
+void calls() {
+    LoginManagerClient client(nullptr, nullptr, uiLangFallback);
+    client.login(L"ada@example.com", L"analytical engine");
+    execute(L"Bench.LoginBench", L"Enter", std::to_wstring(reinterpret_cast<std::uintptr_t>(&bare)));
+    const std::wstring token = client.getDNMAccessToken();
+    const std::wstring url(100, L'u');
+
+    struct Row {
+        const char* name;
+        std::vector<std::function<void(int)>> ways;
+    };
+    const Row rows[] = {
+        {"`getAccessToken`",
+         {repeat([&] { client.getAccessToken(); }), repeat([] { bareGetAccessToken(); }), bare.loopGetAccessToken}},
+        {"`formatAccessUrl`, 100 units",
+         {repeat([&] { client.formatAccessUrl(url); }), repeat([&] { bareFormatAccessUrl(url); }),
+          bare.loopFormatAccessURL}},
+        {"`isDunmorePlatformTokenExpired`",
+         {repeat([&] { client.isDunmorePlatformTokenExpired(token); }), repeat([&] { bareIsExpired(token); }),
+          bare.loopIsExpired}},
+    };
+    std::printf(
+        "| call | library, ns | bare pointer, ns | library : bare | managed to managed, ns | library : managed |\n");
+    std::printf("|---|---|---|---|---|---|\n");
+    for (const Row& row : rows) {
+        const std::vector<double> ns = medianNanoseconds(31, 20000, row.ways);
+        std::printf("| %s | %.0f | %.0f | %.2f | %.0f | %.1f |\n", row.name, ns[0], ns[1], ns[0] / ns[1], ns[2],
+                    ns[0] / ns[2]);
+    }
+}
+
+double workingSet() {
+    execute(L"Bench.LoginBench", L"Collect", L"");
+    PROCESS_MEMORY_COUNTERS counters = {};
+    GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
+    return static_cast<double>(counters.WorkingSetSize);
+}
+
+void memory() {
+    constexpr int count = 2000;
+    std::vector<std::unique_ptr<LoginManagerClient>> clients;
+    clients.reserve(4 * count);
+    const auto perClient = [&](bool withManager) {
+        const double before = workingSet();
+        for (int i = 0; i < count; ++i) {
+            clients.push_back(std::make_unique<LoginManagerClient>(nullptr, nullptr, uiLangFallback));
+            if (withManager) {
+                clients.back()->stopDNMListener();
+            }
+        }
+        return (workingSet() - before) / count;
+    };
+    perClient(true);  // grows the heaps once
+    const double withManager = perClient(true);
+    const double withoutManager = perClient(false);
+    std::printf("\n| memory, working set | bytes |\n|---|---|\n");
+    std::printf("| per client without a manager | %.0f |\n", withoutManager);
+    std::printf("| per client with its manager (the stand-in) | %.0f |\n", withManager);
+}
+
+// Runs in a process of its own; its exit code is the time since the process began, in microseconds.
+int childFirstCall(const char* what) {
+    if (std::strcmp(what, "call") == 0) {
+        LoginManagerClient client(nullptr, nullptr, uiLangFallback);
+        if (client.getTenantName().empty()) {
+            return -1;
+        }
+    } else if (std::strcmp(what, "runtime") == 0) {
+        execute(L"Bench.Runtime", L"Start", L"");
+    }
+    FILETIME created;
+    FILETIME ignored;
+    FILETIME now;
+    GetProcessTimes(GetCurrentProcess(), &created, &ignored, &ignored, &ignored);
+    GetSystemTimePreciseAsFileTime(&now);
+    const auto ticks = [](const FILETIME& time) {
+        return (std::uint64_t(time.dwHighDateTime) << 32) | time.dwLowDateTime;
+    };
+    return static_cast<int>((ticks(now) - ticks(created)) / 10);
+}
+
+double runChild(const wchar_t* what) {
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process = {};
+    std::wstring command = L"bench --child " + std::wstring(what);
+    if (!CreateProcessW(programPath().c_str(), &command[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                        &process)) {
+        return -1;
+    }
+    WaitForSingleObject(process.hProcess, INFINITE);
+    DWORD microseconds = 0;
+    GetExitCodeProcess(process.hProcess, &microseconds);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    return microseconds / 1000.0;
+}
+
+void start() {
+    const wchar_t* const kinds[] = {L"nothing", L"runtime", L"call"};
+    std::vector<double> samples[3];
+    for (int round = 0; round < 25; ++round) {
+        for (int i = 0; i < 3; ++i) {
+            samples[i].push_back(runChild(kinds[i]));
+        }
+    }
+    const auto median = [](std::vector<double>& values) {
+        std::sort(values.begin(), values.end());
+        return values[values.size() / 2];
+    };
+    const double empty = median(samples[0]);
+    const double runtime = median(samples[1]);
+    const double call = median(samples[2]);
+    std::printf("\n| from process start to | ms |\n|---|---|\n");
+    std::printf("| `main` | %.1f |\n| the runtime running its first managed method | %.1f |\n", empty, runtime);
+    std::printf("| the library's first answered call | %.1f |\n", call);
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    if (count == 3 && std::strcmp(arguments[1], "--child") == 0) {
+        return childFirstCall(arguments[2]);
+    }
+    std::printf("## Login library\n\n");
+    try {
+        calls();
+        memory();
+        start();
+        std::printf("\n");
+        return 0;
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "%s\n", failure.what());
+        return 1;
+    }
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <windows.h>
+
+#include <algorithm>
+#include <functional>
+#include <vector>
+
+/// Nanoseconds per call of each of several things, measured side by side: they take turns in every round, so that what
+/// the machine does meanwhile hits all of them, and each one's median over the rounds counts.
+inline std::vector<double> medianNanoseconds(int rounds, int calls,
+                                             const std::vector<std::function<void(int)>>& things) {
+    LARGE_INTEGER frequency;
+    QueryPerformanceFrequency(&frequency);
+    std::vector<std::vector<double>> samples(things.size());
+    for (int round = 0; round < rounds + 1; ++round) {
+        for (std::size_t i = 0; i < things.size(); ++i) {
+            LARGE_INTEGER from;
+            LARGE_INTEGER to;
+            QueryPerformanceCounter(&from);
+            things[i](calls);
+            QueryPerformanceCounter(&to);
+            if (round > 0) {  // the first warms up
+                samples[i].push_back(1e9 * static_cast<double>(to.QuadPart - from.QuadPart) /
+                                     static_cast<double>(frequency.QuadPart) / calls);
+            }
+        }
+    }
+    std::vector<double> medians;
+    for (std::vector<double>& sample : samples) {
+        std::nth_element(sample.begin(), sample.begin() + sample.size() / 2, sample.end());
+        medians.push_back(sample[sample.size() / 2]);
+    }
+    return medians;
+}

@@ -1,0 +1,155 @@
+// What a host gets to see when files of the deployment are missing, broken or elsewhere.
+
+#include <gmock/gmock.h>
+#include <windows.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+namespace {
+
+/// A folder with all that a host needs, removed at the end.
+class Deployment {
+public:
+    Deployment() {
+        const fs::path built = programFolder();
+        // Neither the library's folder nor the host's may be taken through a code page.
+        folder = fs::temp_directory_path() / (L"вход ñ " + std::to_wstring(GetCurrentProcessId()));
+        fs::create_directories(folder);
+        for (const wchar_t* name : {L"orvellogin.dll", L"OrvelLoginClientCLR.dll", L"libgcc_s_dw2-1.dll",
+                                    L"libstdc++-6.dll", L"libwinpthread-1.dll"}) {
+            fs::copy_file(built / name, folder / name);
+        }
+        for (const wchar_t* name : {L"probe.exe", L"HostAssembly.dll"}) {
+            fs::copy_file(fs::path(PROBE_FOLDER) / name, folder / name);
+        }
+        fs::copy(built / L"OrvelLoginManagerClient", folder / L"OrvelLoginManagerClient");
+    }
+    ~Deployment() {
+        std::error_code ignored;
+        fs::remove_all(folder, ignored);
+    }
+
+    fs::path operator/(const wchar_t* name) const { return folder / name; }
+
+    void spoil(const wchar_t* name) const { std::ofstream(folder / name, std::ios::trunc) << "no assembly"; }
+
+    /// What the probe prints for these steps.
+    std::string run(const std::wstring& steps) const {
+        const fs::path output = folder / L"output.txt";
+        SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
+        STARTUPINFOW startup = {};
+        startup.cb = sizeof startup;
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdOutput =
+            CreateFileW(output.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherit, CREATE_ALWAYS, 0, nullptr);
+        PROCESS_INFORMATION process = {};
+        std::wstring command = L"probe.exe " + steps;
+        const bool started = CreateProcessW((folder / L"probe.exe").c_str(), &command[0], nullptr, nullptr, TRUE, 0,
+                                            nullptr, folder.c_str(), &startup, &process) != 0;
+        CloseHandle(startup.hStdOutput);
+        if (!started) {
+            return "the probe did not start";
+        }
+        WaitForSingleObject(process.hProcess, 60000);
+        CloseHandle(process.hThread);
+        CloseHandle(process.hProcess);
+        std::ifstream file(output);
+        return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    }
+
+private:
+    static fs::path programFolder() {
+        wchar_t path[1024];
+        GetModuleFileNameW(nullptr, path, 1024);
+        return fs::path(path).parent_path();
+    }
+
+    fs::path folder;
+};
+
+const wchar_t* const manager = L"OrvelLoginManagerClient\\OrvelLoginClient.dll";
+const wchar_t* const managerTypes = L"OrvelLoginManagerClient\\loginManagerUtils.dll";
+
+TEST(Deployment, WorksFromAFolderOutsideAscii) {
+    EXPECT_EQ(Deployment().run(L"construct login destroy"), "construct: done\nlogin: ada@example.com\ndestroy: done\n");
+}
+
+TEST(Deployment, JoinsARuntimeThatTheHostStarted) {
+    EXPECT_EQ(Deployment().run(L"start construct login"), "start: done\nconstruct: done\nlogin: ada@example.com\n");
+}
+
+TEST(Deployment, ConstructionNeedsNoOutsideAssemblyAndNamesTheMissingOneLater) {
+    struct {
+        const wchar_t* missing;
+        const char* named;
+    } const rows[] = {
+        {L"OrvelLoginManagerClient", "OrvelLoginClient"},
+        {manager, "OrvelLoginClient"},
+        {managerTypes, "loginManagerUtils"},
+    };
+    for (const auto& row : rows) {
+        const Deployment deployment;
+        fs::remove_all(deployment / row.missing);
+        const std::string printed = deployment.run(L"construct login tenant destroy");
+        EXPECT_THAT(printed, HasSubstr("construct: done\nlogin: System.IO.FileNotFoundException: "));
+        EXPECT_THAT(printed, HasSubstr("\ntenant: System.IO.FileNotFoundException: "));
+        EXPECT_THAT(printed, HasSubstr(row.named));
+        EXPECT_THAT(printed, HasSubstr("destroy: done\n"));
+    }
+}
+
+TEST(Deployment, FailedConstructionSucceedsOnceTheFolderIsThere) {
+    const Deployment deployment;
+    fs::rename(deployment / L"OrvelLoginManagerClient", deployment / L"elsewhere");
+    const std::string printed = deployment.run(L"construct login repair login");
+    EXPECT_THAT(printed, HasSubstr("login: System.IO.FileNotFoundException: "));
+    EXPECT_THAT(printed, HasSubstr("repair: done\nlogin: ada@example.com\n"));
+}
+
+TEST(Deployment, FileThatIsNoAssemblyIsReportedAsSuch) {
+    for (const wchar_t* name : {manager, managerTypes}) {
+        const Deployment deployment;
+        deployment.spoil(name);
+        EXPECT_THAT(deployment.run(L"construct login"), HasSubstr("login: System.BadImageFormatException: "));
+    }
+}
+
+TEST(Deployment, MissingOrBrokenManagedPartIsNamed) {
+    const Deployment deployment;
+    deployment.spoil(L"OrvelLoginClientCLR.dll");
+    EXPECT_THAT(deployment.run(L"construct"),
+                HasSubstr("construct: the runtime cannot run OrvelLoginClientCLR.EntryPoint"));
+    fs::remove(deployment / L"OrvelLoginClientCLR.dll");
+    const std::string printed = deployment.run(L"construct");
+    EXPECT_THAT(printed, HasSubstr("construct: the managed part of the login library is missing: "));
+    EXPECT_THAT(printed, HasSubstr("\\OrvelLoginClientCLR.dll (HRESULT 0x80070002)\n"));
+}
+
+TEST(Deployment, HandlerServesAnyAssemblyByItsSimpleNameAndNothingElse) {
+    struct {
+        const wchar_t* name;
+        const char* found;
+    } const rows[] = {
+        {L"HostAssembly", "\\OrvelLoginManagerClient\\HostAssembly.dll\n"},
+        {L"HostAssembly, Version=9.8.7.6, Culture=de, PublicKeyToken=b77a5c561934e089",
+         "\\OrvelLoginManagerClient\\HostAssembly.dll\n"},
+        {L"HostAssembly.resources, Version=1.0.0.0, Culture=de, PublicKeyToken=null", "tenant: not found\n"},
+        {L"Missing", "tenant: not found\n"},
+        {L"Above|x", "tenant: not found\n"},
+    };
+    for (const auto& row : rows) {
+        const Deployment deployment;
+        fs::rename(deployment / L"HostAssembly.dll", deployment / L"OrvelLoginManagerClient\\HostAssembly.dll");
+        SetEnvironmentVariableW(L"ORVEL_STANDIN", (std::wstring(L"getTenantName=load ") + row.name).c_str());
+        EXPECT_THAT(deployment.run(L"construct tenant"), HasSubstr(row.found)) << row.found;
+    }
+    SetEnvironmentVariableW(L"ORVEL_STANDIN", nullptr);
+}
+
+}  // namespace

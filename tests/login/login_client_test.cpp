@@ -1,0 +1,327 @@
+// The library as a host sees it, with the stand-ins behind it. What the stand-ins do is steered by an environment
+// variable; see examples/standins/Steering.cs.
+
+#include <gmock/gmock.h>
+#include <windows.h>
+
+#include <psapi.h>
+
+#include <cstdint>
+#include <string>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+#include "login/LoginManagerClient.h"
+#include "outcome.h"
+
+using testing::ElementsAre;
+
+namespace {
+
+struct Calls {
+    int signIns = 0;
+    int signOuts = 0;
+    DWORD thread = 0;
+} calls;
+
+void onSignIn() {
+    ++calls.signIns;
+    calls.thread = GetCurrentThreadId();
+}
+
+void onSignOut() {
+    ++calls.signOuts;
+    calls.thread = GetCurrentThreadId();
+}
+
+/// A client whose manager was created under the given commands.
+struct Steered : LoginManagerClient {
+    explicit Steered(const std::wstring& commands, uiLang language = uiLangFallback)
+        : LoginManagerClient(onSignIn, onSignOut, language) {
+        SetEnvironmentVariableW(L"ORVEL_STANDIN", commands.c_str());
+        calls = Calls();
+    }
+    ~Steered() { SetEnvironmentVariableW(L"ORVEL_STANDIN", nullptr); }
+
+    LoginResponse signIn() { return login(L"ada@example.com", L"analytical engine"); }
+};
+
+const char* const nullFailure = "System.ArgumentNullException: NULLPTR is not supported for this conversion.";
+
+struct Member {
+    const wchar_t* managed;  // the manager's member behind it
+    std::wstring (*call)(LoginManagerClient&);
+    bool translates;      // the manager's exception arrives as loginManagerException*
+    const char* forNull;  // outcome when the manager gives back null; null where it gives back nothing
+    bool quietOffline;    // empty without a call while offline
+};
+
+const Member members[] = {
+    {L"login", [](LoginManagerClient& c) { return c.login().userName; }, true, "code 6", false},
+    {L"login", [](LoginManagerClient& c) { return c.login(L"u", L"p").userName; }, true, "code 6", false},
+    {L"login", [](LoginManagerClient& c) { return c.getLoggedInUser(true).userName; }, true, "code 6", false},
+    {L"getLoggedInUser", [](LoginManagerClient& c) { return c.getLoggedInUser(false).userName; }, true, "code 6",
+     false},
+    {L"Logout", [](LoginManagerClient& c) { return c.logout(), std::wstring(); }, true, nullptr, false},
+    {L"getAccessToken", [](LoginManagerClient& c) { return c.getAccessToken(); }, true, "", true},
+    {L"formatAccessURL", [](LoginManagerClient& c) { return c.formatAccessUrl(L"u"); }, true, nullFailure, true},
+    {L"getPlatformURL", [](LoginManagerClient& c) { return c.getPlatFormURL(); }, false, "", true},
+    {L"getRegistryURL", [](LoginManagerClient& c) { return c.getRegistryURL(); }, false, "", true},
+    {L"getPassportURL", [](LoginManagerClient& c) { return c.getPassportURL(); }, false, "", true},
+    {L"getCASCookie", [](LoginManagerClient& c) { return c.getCASCookie(); }, false, "", true},
+    {L"getmyAppsURL", [](LoginManagerClient& c) { return c.getmyAppsURL(); }, false, "", true},
+    {L"getKelpaURL", [](LoginManagerClient& c) { return c.getKelpaURL(); }, false, "", true},
+    {L"getTenantName", [](LoginManagerClient& c) { return c.getTenantName(); }, false, "", true},
+    {L"getTenantId", [](LoginManagerClient& c) { return c.getTenantId(); }, false, "", true},
+    {L"getTenantIds", [](LoginManagerClient& c) { return c.getTenantIds(); }, false, "", true},
+    {L"getSpaceURL", [](LoginManagerClient& c) { return c.getSpaceURL(); }, false, "", true},
+    {L"getLoginTicket", [](LoginManagerClient& c) { return c.getLoginTicket(L"s"); }, false, nullFailure, true},
+    {L"stopDNMListener", [](LoginManagerClient& c) { return c.stopDNMListener(), std::wstring(); }, false, nullptr,
+     false},
+    {L"DunmoreLoginBrowser", [](LoginManagerClient& c) { return c.DunmoreLoginBrowser(L"s", L"c"), std::wstring(); },
+     true, nullptr, false},
+    {L"getDNMAccessToken", [](LoginManagerClient& c) { return c.getDNMAccessToken(); }, false, nullFailure, false},
+    {L"isDunmorePlatformTokenExpired",
+     [](LoginManagerClient& c) { return std::to_wstring(c.isDunmorePlatformTokenExpired(L"t")); }, false, nullptr,
+     false},
+};
+
+TEST(EveryMember, TranslatesTheManagersExceptionOrLetsItPass) {
+    for (const Member& member : members) {
+        for (const int status : {0, 3, 8, 42, -1}) {
+            Steered client(std::wstring(member.managed) + L"=status " + std::to_wstring(status));
+            const std::string code = "code " + std::to_string(status < 0 || status > 8 ? 8 : status);
+            EXPECT_EQ(outcome([&] { return member.call(client); }),
+                      member.translates ? code : "loginManagerUtils.LoginManagerException: on request")
+                << utf8(member.managed) << " " << status;
+        }
+    }
+}
+
+TEST(EveryMember, LetsOtherExceptionsPassWithTypeMessageAndHresult) {
+    for (const Member& member : members) {
+        Steered client(std::wstring(member.managed) + L"=throw System.InvalidOperationException");
+        try {
+            member.call(client);
+            ADD_FAILURE() << utf8(member.managed);
+        } catch (const loginRuntimeException& failure) {
+            EXPECT_EQ(failure.typeName, L"System.InvalidOperationException");
+            EXPECT_EQ(failure.message, L"on request");
+            EXPECT_EQ(static_cast<unsigned>(failure.hresult), 0x80131509u);  // COR_E_INVALIDOPERATION
+            EXPECT_STREQ(failure.what(), "System.InvalidOperationException: on request");
+        }
+    }
+}
+
+TEST(EveryMember, TurnsNullIntoWhatItsContractSays) {
+    for (const Member& member : members) {
+        if (member.forNull) {
+            Steered client(std::wstring(member.managed) + L"=null");
+            EXPECT_EQ(outcome([&] { return member.call(client); }), member.forNull) << utf8(member.managed);
+        }
+    }
+}
+
+TEST(EveryMember, WhileOfflineIsQuietOrReachesTheManager) {
+    for (const Member& member : members) {
+        Steered client(L"constructor=throw System.TimeoutException");
+        client.setOrvelOfflineMode(true);
+        EXPECT_TRUE(client.isOrvelOfflineMode());
+        EXPECT_EQ(outcome([&] { return member.call(client); }),
+                  member.quietOffline ? "" : "System.TimeoutException: on request")
+            << utf8(member.managed);
+        client.setOrvelOfflineMode(false);
+        EXPECT_EQ(outcome([&] { return member.call(client); }), "System.TimeoutException: on request");
+    }
+}
+
+TEST(Construction, ThatFailsIsTriedAgainByTheNextCall) {
+    Steered client(L"constructor=status 5");
+    // The constructor is no member whose report is translated.
+    EXPECT_EQ(outcome([&] { return client.getTenantName(); }), "loginManagerUtils.LoginManagerException: on request");
+    EXPECT_EQ(outcome([&] { return client.signIn().userName; }), "loginManagerUtils.LoginManagerException: on request");
+    SetEnvironmentVariableW(L"ORVEL_STANDIN", nullptr);
+    EXPECT_EQ(outcome([&] { return client.getTenantName(); }), "Example Works");
+}
+
+TEST(Response, KeepsEachFieldInItsPlace) {
+    Steered client(L"");
+    const LoginResponse user = client.signIn();
+    EXPECT_THAT(
+        (std::vector<std::wstring>{user.statusDescription, user.userName, user.firstName, user.lastName, user.rowId,
+                                   user.aliasName, user.domainName}),
+        ElementsAre(L"Ada signed in", L"ada@example.com", L"Ada", L"Lovelace", L"1815", L"Countess", L"example.com"));
+    EXPECT_EQ(client.getLoggedInUser(false).statusDescription, L"Ada is signed in");
+    EXPECT_EQ(client.getLoggedInUser(true).statusDescription, L"Ada signed in again");
+    const LoginResponse zoe = client.login(L"zoe@example.com", L"κωδικός");
+    EXPECT_EQ(zoe.aliasName, L"Zoë 🦉");
+    EXPECT_EQ(zoe.domainName, L"");
+}
+
+TEST(Response, WithANullFieldOtherThanTheDomainFailsTheConversion) {
+    for (const wchar_t* field :
+         {L"statusDescription", L"userName", L"firstName", L"lastName", L"rowId", L"aliasName"}) {
+        Steered client(std::wstring(field) + L"=null");
+        EXPECT_EQ(outcome([&] { return client.signIn().userName; }), nullFailure) << utf8(field);
+    }
+    Steered client(L"domainName=null");
+    EXPECT_EQ(outcome([&] { return client.signIn().domainName + L"/" + client.signIn().aliasName; }), "/Countess");
+}
+
+TEST(Strings, CrossBothWaysUnitForUnit) {
+    Steered client(L"login=echo;formatAccessURL=echo;getLoginTicket=echo");
+    const std::wstring texts[] = {
+        L"",
+        L"x",
+        std::wstring(L"\0a\0\0b\0", 6),
+        L"\xd83e\xdd89",
+        L"\xd800 lone high",
+        L"lone low \xdc00",
+        L"\xdc00\xd800",
+        std::wstring(1000000, L'\x4e16') + L"end",
+    };
+    for (const std::wstring& text : texts) {
+        EXPECT_TRUE(client.formatAccessUrl(text) == text) << text.size();
+        EXPECT_TRUE(client.getLoginTicket(text) == text) << text.size();
+        const LoginResponse response = client.login(text, text + L"2");
+        EXPECT_TRUE(response.userName == text && response.firstName == text + L"2") << text.size();
+    }
+}
+
+TEST(Language, OutOfRangeIsSentAsZero) {
+    for (const int value : {-1, 0, 1, 13, 14, 1000}) {
+        Steered client(L"", static_cast<uiLang>(value));
+        EXPECT_EQ(client.getmyAppsURL(),
+                  L"https://apps.example.com/" + std::to_wstring(value > 0 && value < 14 ? value : 0));
+    }
+}
+
+TEST(Callbacks, ArriveOnTheThreadThatRaisesTheEvent) {
+    struct {
+        const wchar_t* commands;
+        bool sameThread;
+    } const rows[] = {{L"", true}, {L"events=thread", false}, {L"events=pool", false}};
+    for (const auto& row : rows) {
+        Steered client(row.commands);
+        client.signIn();
+        EXPECT_EQ(calls.signIns, 1);
+        EXPECT_EQ(calls.thread == GetCurrentThreadId(), row.sameThread);
+        client.logout();
+        EXPECT_EQ(calls.signOuts, 1);
+        EXPECT_EQ(calls.thread == GetCurrentThreadId(), row.sameThread);
+    }
+}
+
+TEST(Callbacks, SurviveGarbageCollection) {
+    Steered client(L"getTenantName=collect");
+    for (int i = 1; i <= 20; ++i) {
+        client.getTenantName();
+        client.signIn();
+        EXPECT_EQ(calls.signIns, i);
+    }
+}
+
+TEST(Callbacks, MayCallTheClient) {
+    static LoginManagerClient* current;
+    static std::wstring token;
+    LoginManagerClient client([] { token = current->getAccessToken(); }, nullptr, uiLangFallback);
+    current = &client;
+    client.login(L"ada@example.com", L"analytical engine");
+    EXPECT_EQ(token, client.getAccessToken());
+    EXPECT_FALSE(token.empty());
+}
+
+TEST(Callbacks, OfTheManagerCreatedLastServeAllClients) {
+    static int others;
+    others = 0;
+    Steered first(L"");
+    first.signIn();
+    LoginManagerClient second([] { ++others; }, nullptr, uiLangFallback);
+    first.signIn();  // the second has no manager yet
+    EXPECT_EQ(calls.signIns, 2);
+    second.getTenantName();
+    first.signIn();
+    first.logout();
+    EXPECT_EQ(calls.signIns, 2);
+    EXPECT_EQ(calls.signOuts, 0);
+    EXPECT_EQ(others, 1);
+    LoginManagerClient silent(nullptr, nullptr, uiLangFallback);
+    silent.login(L"ada@example.com", L"analytical engine");
+    first.signIn();
+    silent.logout();
+    EXPECT_EQ(others, 1);
+}
+
+TEST(Destruction, DisposesTheManagerOnceAndSignsNobodyOut) {
+    {
+        Steered client(L"Dispose=event");
+        client.signIn();
+        EXPECT_EQ(calls.signOuts, 0);
+    }
+    EXPECT_EQ(calls.signOuts, 1);
+    { Steered unused(L"constructor=throw System.TimeoutException"); }
+    {
+        Steered client(L"Dispose=throw System.TimeoutException"), other(L"");
+        other.signIn(), client.signIn();
+    }
+    {
+        Steered client(L"");
+        client.signIn();
+    }
+    EXPECT_EQ(calls.signOuts, 0);
+}
+
+TEST(Threads, AnyThreadMayCall) {
+    Steered client(L"getTenantId=status 2");
+    std::string results[2];
+    std::thread([&] {
+        results[0] = outcome([&] { return client.signIn().userName; });
+        results[1] = outcome([&] { return client.getTenantId(); });
+    }).join();
+    EXPECT_EQ(results[0], "ada@example.com");
+    EXPECT_EQ(results[1], "loginManagerUtils.LoginManagerException: on request");
+}
+
+TEST(Resources, StayFlatOverManyCallsFailuresAndClients) {
+    struct Usage {
+        std::uintptr_t handles;
+        SIZE_T bytes;
+        Usage() {
+            // Wine does not count a process's handles; the lowest free one tells as well.
+            const HANDLE next = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+            handles = reinterpret_cast<std::uintptr_t>(next) / 4;
+            CloseHandle(next);
+            PROCESS_MEMORY_COUNTERS memory = {};
+            GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof memory);
+            bytes = memory.WorkingSetSize;
+        }
+    };
+    const auto round = [] {
+        Steered client(L"getTenantId=throw System.TimeoutException");
+        client.signIn();
+        const std::wstring text(1000, L'x');
+        for (int i = 0; i < 10000; ++i) {
+            client.formatAccessUrl(text);
+            client.isDunmorePlatformTokenExpired(text);
+            if (i % 10 == 0) {
+                outcome([&] { return client.getTenantId(); });
+                Steered(L"").signIn();
+            }
+        }
+        Steered(L"getTenantName=collect").getTenantName();
+    };
+    round();
+    round();
+    const Usage before;
+    round();
+    const Usage after;
+    EXPECT_LE(after.handles, before.handles + 2);
+    // One string leaked per call would be 20 MB; the collector's own ups and downs are half a megabyte.
+    EXPECT_LT(after.bytes, before.bytes + 2 * 1024 * 1024);
+}
+
+static_assert(!std::is_copy_constructible<LoginManagerClient>::value, "two clients would own one manager");
+static_assert(std::is_nothrow_move_constructible<LoginResponse>::value, "records move");
+
+}  // namespace

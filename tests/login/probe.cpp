@@ -1,0 +1,45 @@
+// A host program for tests of deployments: carries out the steps given as arguments and prints what each ended in.
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "login/ClrRuntime.h"
+#include "login/LoginManagerClient.h"
+#include "outcome.h"
+
+namespace {
+
+std::unique_ptr<LoginManagerClient> client;
+
+std::wstring carryOut(const std::wstring& step) {
+    const std::filesystem::path folder = std::filesystem::current_path();
+    if (step == L"start") {
+        OrvelLoginClientCLR::executeInDefaultAppDomain(folder / L"HostAssembly.dll", L"Host.HostAssembly", L"Start",
+                                                       L"");
+    } else if (step == L"construct") {
+        client = std::make_unique<LoginManagerClient>(nullptr, nullptr, uiLangFallback);
+    } else if (step == L"login") {
+        return client->login(L"ada@example.com", L"analytical engine").userName;
+    } else if (step == L"tenant") {
+        return client->getTenantName();
+    } else if (step == L"destroy") {
+        client.reset();
+    } else if (step == L"repair") {
+        std::filesystem::rename(folder / L"elsewhere", folder / L"OrvelLoginManagerClient");
+    } else {
+        return L"unknown step";
+    }
+    return L"done";
+}
+
+}  // namespace
+
+int wmain(int count, wchar_t** arguments) {
+    for (int i = 1; i < count; ++i) {
+        const std::wstring step = arguments[i];
+        std::printf("%s: %s\n", utf8(step).c_str(), outcome([&] { return carryOut(step); }).c_str());
+    }
+    return 0;
+}

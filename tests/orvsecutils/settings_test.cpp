@@ -1,0 +1,276 @@
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "orvsecutils/platform/handles.h"
+#include "orvsecutils/platform/platform.h"
+#include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/settings/placement.h"
+#include "orvsecutils/settings/settings.h"
+
+using namespace orvsecutils;
+using namespace std::string_literals;
+using namespace std::string_view_literals;
+
+namespace {
+
+constexpr REGSAM view64 = KEY_WOW64_64KEY, view32 = KEY_WOW64_32KEY;
+
+std::string bytesOf(std::wstring_view units) {
+    return std::string(reinterpret_cast<const char*>(units.data()), units.size() * sizeof(wchar_t));
+}
+
+// A registry key in one view, for looking at and writing the plain bytes.
+struct RawKey {
+    RawKey(HKEY hive, REGSAM view, const std::string& path) {
+        HKEY opened = nullptr;
+        RegCreateKeyExW(hive, toutf16(path).c_str(), 0, nullptr, 0, KEY_ALL_ACCESS | view, nullptr, &opened, nullptr);
+        key.reset(opened);
+    }
+
+    void write(const std::wstring& name, DWORD type, std::string bytes) const {
+        const auto size = static_cast<DWORD>(bytes.size());
+        bytes += "\x7F\x7F\x7F";  // the system would add a terminator that it happens to find behind the data
+        ASSERT_EQ(RegSetValueExW(key.get(), name.c_str(), 0, type, reinterpret_cast<BYTE*>(bytes.data()), size), 0);
+    }
+
+    // "type:bytes" of a value, or "-".
+    std::string read(const std::wstring& name) const {
+        DWORD type = 0, size = 1000;
+        std::string bytes(size, '\0');
+        const LSTATUS status =
+            RegQueryValueExW(key.get(), name.c_str(), nullptr, &type, reinterpret_cast<BYTE*>(bytes.data()), &size);
+        return status == ERROR_SUCCESS ? std::to_string(type) + ":" + bytes.substr(0, size) : "-";
+    }
+
+    registrykey key;
+};
+
+// A value as a text that says its kind, too.
+std::string describe(const setting* value) {
+    if (!value) {
+        return "-";
+    }
+    if (value->type == settingtype::integer) {
+        return std::to_string(static_cast<const settingint*>(value)->value);
+    }
+    if (value->type == settingtype::string) {
+        return "'" + static_cast<const settingstring*>(value)->value + "'";
+    }
+    std::string texts;
+    for (const std::string& text : static_cast<const settingmultistring*>(value)->value) {
+        texts += "'" + text + "'";
+    }
+    return "[" + texts + "]";
+}
+
+class Settings : public testing::Test {
+protected:
+    ~Settings() override {
+        RegDeleteTreeW(HKEY_CURRENT_USER, toutf16("software\\" + company).c_str());
+        for (const REGSAM view : {view64, view32}) {
+            RegDeleteTreeW(RawKey(HKEY_LOCAL_MACHINE, view, "software").key.get(), toutf16(company).c_str());
+        }
+    }
+
+    const std::string company = "orvsecutils-test-" + std::to_string(GetCurrentProcessId());
+    const settingsdef definition{company, "", "group", "name \xD0\xB6", ""};
+    const std::string path = "software\\" + company + "\\group\\name \xD0\xB6";
+    const RawKey user{HKEY_CURRENT_USER, view64, path};
+    const RawKey machine{HKEY_LOCAL_MACHINE, view64, path};
+    const RawKey machine32{HKEY_LOCAL_MACHINE, view32, path};
+};
+
+}  // namespace
+
+TEST_F(Settings, RegistryDataOfAnyShapeIsReadOrLeftOut) {
+    const std::wstring longText(40000, L'\x416');
+    const struct {
+        DWORD type;
+        std::string bytes;
+        std::string expected;
+    } cases[] = {
+        {REG_DWORD, "\x07\0\0\0"s, "7"},
+        {REG_DWORD, "\xFF\xFF\xFF\xFF", "4294967295"},
+        {REG_DWORD, "", "-"},
+        {REG_DWORD, "\x01", "-"},
+        {REG_DWORD, "\x01\0"s, "-"},
+        {REG_DWORD, "\x01\0\0\0\0\0\0\0"s, "-"},
+        {REG_SZ, "", "-"},
+        {REG_SZ, "a", "-"},
+        {REG_SZ, "a\0\0"s, "-"},
+        {REG_SZ, bytesOf(L"abc"), "-"},
+        {REG_SZ, bytesOf(L"\0"sv), "''"},
+        {REG_SZ, bytesOf(L"\x416\x20AC\xD83D\xDE00\0"sv), "'\xD0\x96\xE2\x82\xAC\xF0\x9F\x98\x80'"},
+        {REG_SZ, bytesOf(L"abc\0\0"sv), "'abc'"},
+        {REG_SZ, bytesOf(L"a\0c\0"sv), "'a'"},
+        {REG_SZ, bytesOf(longText + L'\0'), "'" + toutf8(longText) + "'"},
+        {REG_EXPAND_SZ, bytesOf(L"\xE9 %OS%\0"sv), "'\xC3\xA9 Windows_NT'"},
+        {REG_EXPAND_SZ, bytesOf(L"%ORVSECUTILS_NO_SUCH%\0"sv), "'%ORVSECUTILS_NO_SUCH%'"},
+        {REG_EXPAND_SZ, bytesOf(L"%OS%"), "-"},
+        {REG_MULTI_SZ, "", "-"},
+        {REG_MULTI_SZ, bytesOf(L"\0"sv), "-"},
+        {REG_MULTI_SZ, bytesOf(L"\0\0"sv), "[]"},
+        {REG_MULTI_SZ, bytesOf(L"\0\0"sv) + '\0', "-"},
+        {REG_MULTI_SZ, bytesOf(L"a\0b\0"sv), "-"},
+        {REG_MULTI_SZ, bytesOf(L"a\0\x416\0\0"sv), "['a''\xD0\x96']"},
+        {REG_MULTI_SZ, bytesOf(L"a\0\0b\0\0"sv), "['a']"},
+        {REG_BINARY, "\x01\0\0\0"s, "-"},
+        {REG_DWORD_BIG_ENDIAN, "\x01\0\0\0"s, "-"},
+        {REG_QWORD, "\x01\0\0\0\0\0\0\0"s, "-"},
+        {77, bytesOf(L"a\0"sv), "-"},
+    };
+    for (const auto& row : cases) {
+        user.write(std::to_wstring(&row - cases), row.type, row.bytes);
+    }
+    const settings group(definition);
+    std::size_t read = 0;
+    for (const auto& row : cases) {
+        EXPECT_EQ(describe(group.find(std::to_string(&row - cases))), row.expected) << "case " << &row - cases;
+        read += row.expected != "-";
+    }
+    EXPECT_EQ(group.getnames().size(), read);
+}
+
+TEST_F(Settings, NamesOfAnyScriptAndLengthAreFound) {
+    const std::string one = "\x01\0\0\0"s;
+    const std::wstring longest(16382, L'\x5B57');
+    for (const std::wstring& name : {L""s, L"\x416\xD83D\xDE00"s, L"a\\b"s, longest}) {
+        user.write(name, REG_DWORD, one);
+    }
+    user.write(std::wstring(16383, L'z'), REG_DWORD, one);  // does not fit the buffer; the others are read all the same
+    const settings group(definition);
+    for (const std::string& name : {""s, "\xD0\x96\xF0\x9F\x98\x80"s, "a\\b"s, toutf8(longest)}) {
+        EXPECT_EQ(describe(group.find(name)), "1") << name.substr(0, 20);
+    }
+    EXPECT_EQ(group.getnames().size(), 4u);
+}
+
+TEST_F(Settings, TextThatIsNotUtf16IsReportedNotChanged) {
+    user.write(L"a", REG_SZ, bytesOf(L"\xD800\0"sv));
+    EXPECT_THROW(settings{definition}, std::range_error);
+}
+
+TEST_F(Settings, TheUsersValueWinsWhateverItsKind) {
+    user.write(L"both", REG_DWORD, "\x01\0\0\0"s);
+    machine.write(L"both", REG_DWORD, "\x02\0\0\0"s);
+    user.write(L"kinds", REG_SZ, bytesOf(L"1\0"sv));
+    machine.write(L"kinds", REG_DWORD, "\x02\0\0\0"s);
+    machine.write(L"Machine", REG_DWORD, "\xFE\xFF\xFF\xFF");
+    user.write(L"list", REG_MULTI_SZ, bytesOf(L"a\0b\0\0"sv));
+    const settings group(definition);
+    std::uint32_t number = 99;
+    std::int32_t signedNumber = 99;
+    bool truth = false;
+    std::string text = "kept";
+    std::vector<std::string> list = {"kept"};
+
+    EXPECT_FALSE(group.getint("kinds", number) || group.getint("kinds", signedNumber) || group.getbool("kinds", truth));
+    EXPECT_FALSE(group.getstring("both", text) || group.getstring("list", text) || group.getstring("none", text));
+    EXPECT_FALSE(group.getmultistring("kinds", list) || group.getmultistring("none", list));
+    EXPECT_FALSE(group.getint("machine", number)) << "names are compared exactly";
+    EXPECT_TRUE(number == 99 && signedNumber == 99 && !truth && text == "kept" && list.size() == 1);
+
+    EXPECT_TRUE(group.getint("both", number) && group.getint("Machine", signedNumber));
+    EXPECT_TRUE(group.getbool("Machine", truth) && group.getstring("kinds", text) &&
+                group.getmultistring("list", list));
+    EXPECT_TRUE(number == 1 && signedNumber == -2 && truth && text == "1");
+    EXPECT_EQ(list, (std::vector<std::string>{"a", "b"}));
+    EXPECT_EQ(group.getnames(), (std::set<std::string>{"Machine", "both", "kinds", "list"}));
+}
+
+TEST_F(Settings, SaveWritesAllItCanAndNothingElse) {
+    user.write(L"expand", REG_EXPAND_SZ, bytesOf(L"%OS%\0"sv));
+    user.write(L"binary", REG_BINARY, "\x01");
+    user.write(L"kind", REG_DWORD, "\x01\0\0\0"s);
+    machine.write(L"machine", REG_DWORD, "\x01\0\0\0"s);
+    {
+        settings forgotten(definition);
+        forgotten.setint("forgotten", 1);
+    }
+    settings group(definition);
+    group.setint("\xD0\x96", 0x80000000);
+    group.setbool("truth", true);
+    group.setstring("kind", "\xF0\x9F\x98\x80");
+    EXPECT_EQ(describe(group.find("kind")), "'\xF0\x9F\x98\x80'") << "seen before it is saved";
+    EXPECT_TRUE(group.save());
+    user.write(L"a list", REG_MULTI_SZ, bytesOf(L"a\0\0"sv));
+    settings withList(definition);
+    withList.setstring("empty", "");
+    EXPECT_FALSE(withList.save());
+
+    const struct {
+        std::wstring name;
+        std::string stored;
+    } cases[] = {
+        {L"\x416", "4:\0\0\0\x80"s},
+        {L"truth", "4:\x01\0\0\0"s},
+        {L"kind", "1:" + bytesOf(L"\xD83D\xDE00\0"sv)},
+        {L"expand", "1:" + bytesOf(L"Windows_NT\0"sv)},
+        {L"empty", "1:" + bytesOf(L"\0"sv)},
+        {L"binary", "3:\x01"},
+        {L"a list", "7:" + bytesOf(L"a\0\0"sv)},
+        {L"forgotten", "-"},
+        {L"machine", "-"},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(user.read(row.name), row.stored) << toutf8(row.name);
+    }
+
+    settings nowhere(settingsdef(company, "", "", std::string(300, 'x'), ""));
+    EXPECT_FALSE(nowhere.save()) << "no key has so long a name";
+}
+
+TEST_F(Settings, TheMachineIsReadIn64BitsAndWrittenIn32) {
+    const platform& here = currentplatform();
+    machine.write(L"value", REG_DWORD, "\x01\0\0\0"s);
+    machine32.write(L"value", REG_DWORD, "\x02\0\0\0"s);
+    EXPECT_EQ(describe(here.readsettings(settingsscope::machine, definition)["value"].get()), "1");
+    settingsmap values;
+    values["value"] = makesetting(3);
+    EXPECT_TRUE(here.writesettings(settingsscope::machine, definition, values));
+    EXPECT_EQ(machine.read(L"value"), "4:\x01\0\0\0"s);
+    EXPECT_EQ(machine32.read(L"value"), "4:\x03\0\0\0"s);
+
+    // Any other scope is the user's.
+    EXPECT_TRUE(here.writesettings(static_cast<settingsscope>(7), definition, values));
+    EXPECT_EQ(user.read(L"value"), "4:\x03\0\0\0"s);
+    EXPECT_TRUE(here.settingsexist(static_cast<settingsscope>(-1), definition));
+    EXPECT_TRUE(here.settingsexist(settingsscope::machine, definition));
+    EXPECT_FALSE(here.settingsexist(settingsscope::user, settingsdef(company, "", "no such", "", "")));
+    EXPECT_FALSE(here.settingsexist(settingsscope::user, settingsdef(company, "", "group", "", "no such")));
+}
+
+TEST_F(Settings, AGroupByNameLiesUnderTheLibrarysOwnKey) {
+    const std::string own = "software\\"s + companyname + "\\" + groupkey + "\\" + company;
+    settings group(company);
+    group.setint("a", 5);
+    EXPECT_TRUE(group.save());
+    EXPECT_EQ(RawKey(HKEY_CURRENT_USER, view64, own).read(L"a"), "4:\x05\0\0\0"s);
+    // The parents go, too, unless they hold something.
+    for (const std::string& path : {own, own.substr(0, own.rfind('\\')), "software\\"s + companyname}) {
+        RegDeleteKeyW(HKEY_CURRENT_USER, toutf16(path).c_str());
+    }
+}
+
+TEST_F(Settings, LoadingAndSavingLeavesNoHandleOpen) {
+    // Wine does not count handles; but a new one takes the first place that is free.
+    const auto firstFree = [] {
+        const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+        CloseHandle(event);
+        return event;
+    };
+    settings(definition).save();
+    const HANDLE before = firstFree();
+    for (int i = 0; i < 1000; ++i) {
+        settings group(definition);
+        group.setint("a", i);
+        ASSERT_TRUE(group.save());
+    }
+    EXPECT_EQ(firstFree(), before);
+}
