@@ -90,10 +90,10 @@ public:
             start.dwFlags = STARTF_USESTDHANDLES;
             start.hStdOutput = out.get();
             start.hStdError = err.get();
-            wchar_t folder[MAX_PATH];
-            GetModuleFileNameW(nullptr, folder, MAX_PATH);
-            PathRemoveFileSpecW(folder);
-            std::wstring line = L"\"" + std::wstring(folder) + L"\\" + commandline;
+            wchar_t own[MAX_PATH];
+            GetModuleFileNameW(nullptr, own, MAX_PATH);
+            PathRemoveFileSpecW(own);
+            std::wstring line = L"\"" + std::wstring(own) + L"\\" + commandline;
             line.insert(line.find(L".exe") + 4, L"\"");
             PROCESS_INFORMATION info = {};
             if (CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &info)) {
