@@ -110,7 +110,7 @@ void load() {
         const Group group(count);
         const settingsdef definition = group.definition();
         const std::vector<double> ns =
-            medianNanoseconds(count > 1000 ? 11 : 31, std::max(1, 1000 / count),
+            medianNanoseconds(count > 1000 ? 31 : 101, std::max(1, 1000 / count),
                               {[&](int calls) {
                                    for (int i = 0; i < calls; ++i) {
                                        sink = currentplatform().readsettings(settingsscope::user, definition).size();
