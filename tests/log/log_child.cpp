@@ -4,7 +4,6 @@
 
 #include <iomanip>
 #include <map>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -67,24 +66,23 @@ void closed() {
     one();
 }
 
-void threads() {
-    std::vector<std::thread> writers;
-    for (int writer = 0; writer < 8; ++writer) {
-        writers.emplace_back([writer] {
-            for (int line = 0; line < 500; ++line) {
-                loginfo() << GetCurrentProcessId() << '.' << writer << '.' << line << std::string(line % 50, '-')
-                          << '|';
-            }
-        });
-    }
-    for (std::thread& writer : writers) {
-        writer.join();
+void write(int writer) {
+    for (int line = 0; line < 500; ++line) {
+        loginfo() << GetCurrentProcessId() << '.' << writer << '.' << line << std::string(line % 50, '-') << '|';
     }
 }
 
 void lines() {
-    for (int line = 0; line < 500; ++line) {
-        loginfo() << GetCurrentProcessId() << ".0." << line << std::string(line % 50, '-') << '|';
+    write(0);
+}
+
+void threads() {
+    std::vector<std::thread> writers;
+    for (int writer = 0; writer < 8; ++writer) {
+        writers.emplace_back(write, writer);
+    }
+    for (std::thread& writer : writers) {
+        writer.join();
     }
 }
 

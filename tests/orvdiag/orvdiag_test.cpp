@@ -47,6 +47,7 @@ TEST(CommandLine, TellsOneThingThatIsWrong) {
         {{"logging", "On"}, "unknown word 'On'", false},
         {{"logging", "on", "off"}, "one word too many: 'off'", false},
         {{"settings"}, "GROUP is missing", false},
+        {{"login", ""}, "DIR is missing", false},
     };
     for (const auto& row : cases) {
         const request asked = parse(row.texts);

@@ -5,109 +5,72 @@
 #include <wbemcli.h>
 
 /// The members of WMI's interfaces that the library has no use for.
+#define UNUSED(member, ...)                                  \
+    HRESULT STDMETHODCALLTYPE member(__VA_ARGS__) override { \
+        return E_NOTIMPL;                                    \
+    }
+
 namespace stubs {
 
 class services : public IWbemServices {
 public:
-    HRESULT STDMETHODCALLTYPE OpenNamespace(BSTR, LONG, IWbemContext*, IWbemServices**, IWbemCallResult**) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE CancelAsyncCall(IWbemObjectSink*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE QueryObjectSink(LONG, IWbemObjectSink**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetObject(BSTR, LONG, IWbemContext*, IWbemClassObject**, IWbemCallResult**) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE GetObjectAsync(BSTR, LONG, IWbemContext*, IWbemObjectSink*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE PutClass(IWbemClassObject*, LONG, IWbemContext*, IWbemCallResult**) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE PutClassAsync(IWbemClassObject*, LONG, IWbemContext*, IWbemObjectSink*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE DeleteClass(BSTR, LONG, IWbemContext*, IWbemCallResult**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE DeleteClassAsync(BSTR, LONG, IWbemContext*, IWbemObjectSink*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE CreateClassEnum(BSTR, LONG, IWbemContext*, IEnumWbemClassObject**) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE CreateClassEnumAsync(BSTR, LONG, IWbemContext*, IWbemObjectSink*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE PutInstance(IWbemClassObject*, LONG, IWbemContext*, IWbemCallResult**) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE PutInstanceAsync(IWbemClassObject*, LONG, IWbemContext*, IWbemObjectSink*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE DeleteInstance(BSTR, LONG, IWbemContext*, IWbemCallResult**) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE DeleteInstanceAsync(BSTR, LONG, IWbemContext*, IWbemObjectSink*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE CreateInstanceEnum(BSTR, LONG, IWbemContext*, IEnumWbemClassObject**) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE CreateInstanceEnumAsync(BSTR, LONG, IWbemContext*, IWbemObjectSink*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE ExecQueryAsync(BSTR, BSTR, LONG, IWbemContext*, IWbemObjectSink*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE ExecNotificationQuery(BSTR, BSTR, LONG, IWbemContext*, IEnumWbemClassObject**) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE ExecNotificationQueryAsync(BSTR, BSTR, LONG, IWbemContext*, IWbemObjectSink*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE ExecMethod(BSTR, BSTR, LONG, IWbemContext*, IWbemClassObject*, IWbemClassObject**,
-                                         IWbemCallResult**) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE ExecMethodAsync(BSTR, BSTR, LONG, IWbemContext*, IWbemClassObject*,
-                                              IWbemObjectSink*) override {
-        return E_NOTIMPL;
-    }
+    UNUSED(OpenNamespace, BSTR, LONG, IWbemContext*, IWbemServices**, IWbemCallResult**);
+    UNUSED(CancelAsyncCall, IWbemObjectSink*);
+    UNUSED(QueryObjectSink, LONG, IWbemObjectSink**);
+    UNUSED(GetObject, BSTR, LONG, IWbemContext*, IWbemClassObject**, IWbemCallResult**);
+    UNUSED(GetObjectAsync, BSTR, LONG, IWbemContext*, IWbemObjectSink*);
+    UNUSED(PutClass, IWbemClassObject*, LONG, IWbemContext*, IWbemCallResult**);
+    UNUSED(PutClassAsync, IWbemClassObject*, LONG, IWbemContext*, IWbemObjectSink*);
+    UNUSED(DeleteClass, BSTR, LONG, IWbemContext*, IWbemCallResult**);
+    UNUSED(DeleteClassAsync, BSTR, LONG, IWbemContext*, IWbemObjectSink*);
+    UNUSED(CreateClassEnum, BSTR, LONG, IWbemContext*, IEnumWbemClassObject**);
+    UNUSED(CreateClassEnumAsync, BSTR, LONG, IWbemContext*, IWbemObjectSink*);
+    UNUSED(PutInstance, IWbemClassObject*, LONG, IWbemContext*, IWbemCallResult**);
+    UNUSED(PutInstanceAsync, IWbemClassObject*, LONG, IWbemContext*, IWbemObjectSink*);
+    UNUSED(DeleteInstance, BSTR, LONG, IWbemContext*, IWbemCallResult**);
+    UNUSED(DeleteInstanceAsync, BSTR, LONG, IWbemContext*, IWbemObjectSink*);
+    UNUSED(CreateInstanceEnum, BSTR, LONG, IWbemContext*, IEnumWbemClassObject**);
+    UNUSED(CreateInstanceEnumAsync, BSTR, LONG, IWbemContext*, IWbemObjectSink*);
+    UNUSED(ExecQueryAsync, BSTR, BSTR, LONG, IWbemContext*, IWbemObjectSink*);
+    UNUSED(ExecNotificationQuery, BSTR, BSTR, LONG, IWbemContext*, IEnumWbemClassObject**);
+    UNUSED(ExecNotificationQueryAsync, BSTR, BSTR, LONG, IWbemContext*, IWbemObjectSink*);
+    UNUSED(ExecMethod, BSTR, BSTR, LONG, IWbemContext*, IWbemClassObject*, IWbemClassObject**, IWbemCallResult**);
+    UNUSED(ExecMethodAsync, BSTR, BSTR, LONG, IWbemContext*, IWbemClassObject*, IWbemObjectSink*);
 };
 
 class object : public IWbemClassObject {
 public:
-    HRESULT STDMETHODCALLTYPE GetQualifierSet(IWbemQualifierSet**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE Get(LPCWSTR, LONG, VARIANT*, CIMTYPE*, LONG*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE Put(LPCWSTR, LONG, VARIANT*, CIMTYPE) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE Delete(LPCWSTR) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetNames(LPCWSTR, LONG, VARIANT*, SAFEARRAY**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetPropertyQualifierSet(LPCWSTR, IWbemQualifierSet**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE Clone(IWbemClassObject**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetObjectText(LONG, BSTR*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE SpawnDerivedClass(LONG, IWbemClassObject**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE SpawnInstance(LONG, IWbemClassObject**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE CompareTo(LONG, IWbemClassObject*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetPropertyOrigin(LPCWSTR, BSTR*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE InheritsFrom(LPCWSTR) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetMethod(LPCWSTR, LONG, IWbemClassObject**, IWbemClassObject**) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE PutMethod(LPCWSTR, LONG, IWbemClassObject*, IWbemClassObject*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE DeleteMethod(LPCWSTR) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE BeginMethodEnumeration(LONG) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE NextMethod(LONG, BSTR*, IWbemClassObject**, IWbemClassObject**) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE EndMethodEnumeration() override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetMethodQualifierSet(LPCWSTR, IWbemQualifierSet**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetMethodOrigin(LPCWSTR, BSTR*) override { return E_NOTIMPL; }
+    UNUSED(GetQualifierSet, IWbemQualifierSet**);
+    UNUSED(Get, LPCWSTR, LONG, VARIANT*, CIMTYPE*, LONG*);
+    UNUSED(Put, LPCWSTR, LONG, VARIANT*, CIMTYPE);
+    UNUSED(Delete, LPCWSTR);
+    UNUSED(GetNames, LPCWSTR, LONG, VARIANT*, SAFEARRAY**);
+    UNUSED(GetPropertyQualifierSet, LPCWSTR, IWbemQualifierSet**);
+    UNUSED(Clone, IWbemClassObject**);
+    UNUSED(GetObjectText, LONG, BSTR*);
+    UNUSED(SpawnDerivedClass, LONG, IWbemClassObject**);
+    UNUSED(SpawnInstance, LONG, IWbemClassObject**);
+    UNUSED(CompareTo, LONG, IWbemClassObject*);
+    UNUSED(GetPropertyOrigin, LPCWSTR, BSTR*);
+    UNUSED(InheritsFrom, LPCWSTR);
+    UNUSED(GetMethod, LPCWSTR, LONG, IWbemClassObject**, IWbemClassObject**);
+    UNUSED(PutMethod, LPCWSTR, LONG, IWbemClassObject*, IWbemClassObject*);
+    UNUSED(DeleteMethod, LPCWSTR);
+    UNUSED(BeginMethodEnumeration, LONG);
+    UNUSED(NextMethod, LONG, BSTR*, IWbemClassObject**, IWbemClassObject**);
+    UNUSED(EndMethodEnumeration, void);
+    UNUSED(GetMethodQualifierSet, LPCWSTR, IWbemQualifierSet**);
+    UNUSED(GetMethodOrigin, LPCWSTR, BSTR*);
 };
 
 class enumerator : public IEnumWbemClassObject {
 public:
-    HRESULT STDMETHODCALLTYPE Reset() override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE NextAsync(ULONG, IWbemObjectSink*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE Clone(IEnumWbemClassObject**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE Skip(LONG, ULONG) override { return E_NOTIMPL; }
+    UNUSED(Reset, void);
+    UNUSED(NextAsync, ULONG, IWbemObjectSink*);
+    UNUSED(Clone, IEnumWbemClassObject**);
+    UNUSED(Skip, LONG, ULONG);
 };
 
 }  // namespace stubs
+
+#undef UNUSED

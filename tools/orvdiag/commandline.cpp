@@ -67,7 +67,8 @@ request parse(const std::vector<std::string>& texts) {
             result.given.words.push_back(text);
         }
     }
-    if (!result.help && result.chosen->wordneeded && result.given.words.empty()) {
+    if (!result.help && result.chosen->wordneeded &&
+        (result.given.words.empty() || result.given.words.front().empty())) {
         result.complaint = std::string(result.chosen->word) + " is missing: " + usage(*result.chosen);
     }
     return result;

@@ -1,6 +1,7 @@
 // Looks at what the login library finds on a machine, for those who have to find out why somebody cannot sign in.
 
 #include <exception>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,9 @@ int run(const std::vector<std::string>& texts) {
     orvsecutils::loginfo() << call(asked);
     try {
         const outcome result = asked.chosen->run(asked.given);
+        if (!print("")) {
+            throw std::runtime_error("standard output cannot be written");
+        }
         orvsecutils::log(result.status == 0) << call(asked) << "=" << result.result.value_or("null");
         return result.status;
     } catch (const std::exception& failed) {

@@ -21,7 +21,8 @@ void claimstandardoutput() {
 }
 
 bool print(std::string_view text) {
-    return report && std::fwrite(text.data(), 1, text.size(), report) == text.size() && std::fflush(report) == 0;
+    return report && std::fwrite(text.data(), 1, text.size(), report) == text.size() && std::fflush(report) == 0 &&
+           !std::ferror(report);
 }
 
 void complain(std::string_view line) {

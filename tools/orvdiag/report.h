@@ -8,7 +8,7 @@ namespace orvdiag {
 /// error.
 void claimstandardoutput();
 
-/// Adds UTF-8 text to the report. False when nobody can receive it.
+/// Adds UTF-8 text to the report. False when that cannot be done, now or at an earlier call.
 bool print(std::string_view text);
 
 /// Writes one line about a failure to standard error.
