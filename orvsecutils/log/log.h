@@ -16,9 +16,8 @@ namespace orvsecutils {
 /// to the end of the log file (`logfile`) when logging is on (`debugsettings`), and nowhere when it is off. Levels
 /// label lines and filter none.
 ///
-/// A traced call is the record `class::method(arguments)`; its outcome is another, `class::method(arguments)=result`,
-/// or
-/// `=null` for an absent one. Texts are UTF-8. No secret belongs into a line.
+/// A traced call is the record `class::method(arguments)`. Its outcome is another, `class::method(arguments)=result`;
+/// an absent result is `null`. Texts are UTF-8. No secret belongs into a line.
 ///
 /// What keeps a record from being delivered is never the caller's concern: nothing but exhausted memory is thrown, and
 /// that by the constructor or an insertion only. A file that cannot be opened is told on standard error. Each record is

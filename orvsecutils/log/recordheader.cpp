@@ -22,7 +22,7 @@ const char* levelword(int level) {
     return level >= 0 && level < 3 ? words[level] : "unknown";
 }
 
-// By hand: the C library here writes a zone's name for its offset, and a stream takes ten times as long.
+// By hand: the C library here writes a zone's name for its offset, and a stream takes many times as long.
 std::array<char, 24> timetext(const walltime& time) {
     std::array<char, 24> text;
     char* out = text.data();
