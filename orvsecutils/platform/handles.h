@@ -20,6 +20,7 @@ struct releasing {
 
 using registrykey = std::unique_ptr<std::remove_pointer_t<HKEY>, releasing<RegCloseKey>>;
 using servicehandle = std::unique_ptr<std::remove_pointer_t<SC_HANDLE>, releasing<CloseServiceHandle>>;
+using filehandle = std::unique_ptr<void, releasing<CloseHandle>>;
 using findhandle = std::unique_ptr<void, releasing<FindClose>>;
 using taskmemory = std::unique_ptr<wchar_t, releasing<CoTaskMemFree>>;
 template <class Record>

@@ -128,8 +128,9 @@ public:
     /// 23. The folder for 32-bit programs.
     virtual std::string programfilesx86folder() const = 0;
 
-    /// 24. Address of a network adapter that speaks IP, as six two-digit hexadecimal groups with colons; empty when
-    /// there is none.
+    /// 24. Address of a network adapter that speaks IP, as six two-digit hexadecimal groups with colons; the last one's
+    /// of several. Empty when there is none, and on a thread in COM's multithreaded apartment; any other thread is in a
+    /// single-threaded one afterwards. Takes milliseconds, by WMI: keep the answer.
     virtual std::string macaddress() const = 0;
 
     /// 25. When a file or folder was made, last read and last written, in seconds since 1970-01-01 00:00 UTC, the

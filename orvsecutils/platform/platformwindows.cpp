@@ -16,6 +16,7 @@
 #include "orvsecutils/platform/filetime.h"
 #include "orvsecutils/platform/handles.h"
 #include "orvsecutils/platform/languagecode.h"
+#include "orvsecutils/platform/macaddress.h"
 #include "orvsecutils/platform/registry.h"
 #include "orvsecutils/platform/unicode.h"
 
@@ -221,7 +222,7 @@ std::string platformwindows::programfilesx86folder() const {
 }
 
 std::string platformwindows::macaddress() const {
-    return std::string();  // until the WMI query is there
+    return adapteraddress(wmi::connect().get());
 }
 
 bool platformwindows::filetimes(const std::string& path, std::int64_t& creation, std::int64_t& lastaccess,

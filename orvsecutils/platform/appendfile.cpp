@@ -1,0 +1,37 @@
+#include "orvsecutils/platform/appendfile.h"
+
+#include <windows.h>
+
+#include "orvsecutils/platform/handles.h"
+#include "orvsecutils/platform/unicode.h"
+
+namespace orvsecutils {
+
+std::string textfileform(std::string_view text) {
+    std::string form;
+    form.reserve(text.size() + 1);  // most texts are one line
+    for (const char character : text) {
+        if (character == '\n') {
+            form += '\r';
+        }
+        form += character;
+    }
+    return form;
+}
+
+bool appendtofile(const std::string& path, std::string_view text) {
+    // FILE_APPEND_DATA without FILE_WRITE_DATA: the system itself finds the end of the file, as part of the write.
+    const HANDLE file =
+        CreateFileW(toutf16(path).c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    const filehandle owner(file);
+    const std::string form = textfileform(text);
+    DWORD written = 0;
+    WriteFile(file, form.data(), static_cast<DWORD>(form.size()), &written, nullptr);
+    return true;
+}
+
+}  // namespace orvsecutils

@@ -1,0 +1,115 @@
+#include "orvsecutils/platform/wmiconnection.h"
+
+#include "orvsecutils/platform/unicode.h"
+
+namespace orvsecutils {
+
+namespace {
+
+// The enumeration of an object's properties, under way for as long as this lives.
+class propertyenumeration {
+public:
+    explicit propertyenumeration(IWbemClassObject& objectIn)
+        : object(objectIn), begun(SUCCEEDED(object.BeginEnumeration(0))) {}
+    ~propertyenumeration() {
+        if (begun) {
+            object.EndEnumeration();
+        }
+    }
+    propertyenumeration(const propertyenumeration&) = delete;
+    propertyenumeration& operator=(const propertyenumeration&) = delete;
+
+    // False at the end, and also at an error: asking on after one might never come to an end.
+    bool next(systemstring& name, variant& value) {
+        BSTR text = nullptr;
+        const HRESULT result =
+            begun ? object.Next(0, &text, &value.value, nullptr, nullptr) : HRESULT{WBEM_S_NO_MORE_DATA};
+        name.reset(text);
+        return result == WBEM_S_NO_ERROR;
+    }
+
+private:
+    IWbemClassObject& object;
+    const bool begun;
+};
+
+wmirow textproperties(IWbemClassObject& object) {
+    wmirow row;
+    propertyenumeration properties(object);
+    for (;;) {
+        systemstring name;
+        variant property;
+        if (!properties.next(name, property)) {
+            return row;
+        }
+        if (V_VT(&property.value) == VT_BSTR) {
+            row.emplace(toutf8(view(name.get())), toutf8(view(V_BSTR(&property.value))));
+        }
+    }
+}
+
+interfacepointer<IWbemClassObject> nextobject(IEnumWbemClassObject& objects) {
+    IWbemClassObject* object = nullptr;
+    ULONG count = 0;
+    const HRESULT result = objects.Next(static_cast<LONG>(WBEM_INFINITE), 1, &object, &count);
+    interfacepointer<IWbemClassObject> owner(object);
+    return result == WBEM_S_NO_ERROR ? std::move(owner) : nullptr;  // at the end it is another code of success
+}
+
+}  // namespace
+
+std::shared_ptr<wmi> wmi::connect() {
+    return wmiconnection::connect([](IWbemLocator** locator) {
+        return CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
+                                reinterpret_cast<void**>(locator));
+    });
+}
+
+std::shared_ptr<wmi> wmiconnection::connect(const locatorsource& source) {
+    const auto connection = std::make_shared<wmiconnection>();
+    return connection->open(source) ? connection : nullptr;
+}
+
+bool wmiconnection::open(const locatorsource& source) {
+    // Never undone: the thread may come to rely on it in between.
+    if (FAILED(CoInitialize(nullptr))) {
+        return false;
+    }
+    // Fails when the host has set its own, which then holds.
+    CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_DEFAULT, RPC_C_IMP_LEVEL_IMPERSONATE, nullptr,
+                         EOAC_NONE, nullptr);
+    locator = obtain<IWbemLocator>(source);
+    if (!locator) {
+        return false;
+    }
+    const systemstring space = makesystemstring(L"ROOT\\CIMV2");
+    services = obtain<IWbemServices>([&](IWbemServices** object) {
+        return locator->ConnectServer(space.get(), nullptr, nullptr, nullptr, WBEM_FLAG_CONNECT_USE_MAX_WAIT, nullptr,
+                                      nullptr, object);
+    });
+    return services &&
+           SUCCEEDED(CoSetProxyBlanket(services.get(), RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr,
+                                       RPC_C_AUTHN_LEVEL_CALL, RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE));
+}
+
+bool wmiconnection::query(const std::string& text, std::vector<wmirow>& rows) const {
+    if (!services) {
+        return !rows.empty();
+    }
+    const systemstring language = makesystemstring(L"WQL");
+    const systemstring wql = makesystemstring(toutf16(text));
+    const auto objects = obtain<IEnumWbemClassObject>([&](IEnumWbemClassObject** object) {
+        return services->ExecQuery(language.get(), wql.get(), WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY,
+                                   nullptr, object);
+    });
+    while (objects) {
+        const interfacepointer<IWbemClassObject> object = nextobject(*objects);
+        if (!object) {
+            break;
+        }
+        rows.push_back(textproperties(*object));
+    }
+    return !rows.empty();
+}
+
+}  // namespace orvsecutils

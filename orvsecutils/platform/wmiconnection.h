@@ -1,0 +1,33 @@
+#pragma once
+
+#include <windows.h>
+
+#include <wbemcli.h>
+
+#include <functional>
+
+#include "orvsecutils/platform/com.h"
+#include "orvsecutils/platform/wmi.h"
+
+namespace orvsecutils {
+
+/// Where a connection takes its locator from.
+using locatorsource = std::function<HRESULT(IWbemLocator**)>;
+
+class wmiconnection final : public wmi {
+public:
+    /// wmi::connect(), with another locator.
+    static std::shared_ptr<wmi> connect(const locatorsource& source);
+
+    /// Does nothing without a connection.
+    bool query(const std::string& text, std::vector<wmirow>& rows) const override;
+
+private:
+    bool open(const locatorsource& source);
+
+    // Destroyed from the last to the first.
+    interfacepointer<IWbemServices> services;
+    interfacepointer<IWbemLocator> locator;
+};
+
+}  // namespace orvsecutils

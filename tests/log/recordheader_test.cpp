@@ -1,0 +1,71 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "orvsecutils/log/recordheader.h"
+#include "orvsecutils/platform/timezone.h"
+
+using namespace orvsecutils;
+
+namespace {
+
+std::string text(const walltime& time) {
+    const auto characters = timetext(time);
+    return {characters.data(), characters.size()};
+}
+
+TEST(RecordHeader, WritesEveryFieldAtItsWidth) {
+    EXPECT_EQ(recordheader({2026, 11, 13, 23, 6, 40, 60}, 1, "host.exe"), "11/13/2026 23:06:40+0100,warn,host.exe,");
+    EXPECT_EQ(text({2027, 1, 2, 3, 4, 5, 0}), "01/02/2027 03:04:05+0000");
+    EXPECT_EQ(text({2027, 1, 2, 3, 4, 5, 345}), "01/02/2027 03:04:05+0545");
+    EXPECT_EQ(text({2027, 1, 2, 3, 4, 5, -30}), "01/02/2027 03:04:05-0030");
+    EXPECT_EQ(text({2027, 1, 2, 3, 4, 5, -570}), "01/02/2027 03:04:05-0930");
+}
+
+std::int64_t ticks(WORD month, WORD day, WORD hour, WORD minute, WORD second = 0) {
+    const SYSTEMTIME utc = {2026, month, 0, day, hour, minute, second, 999};
+    FILETIME time = {};
+    SystemTimeToFileTime(&utc, &time);
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime);
+}
+
+TEST(LocalTime, FollowsTheZoneThroughTheYear) {
+    // Bias counts minutes behind UTC; a transition is the fifth, that is last, or n-th Sunday of a month.
+    const TIME_ZONE_INFORMATION berlin = {-60, L"", {0, 10, 0, 5, 3, 0, 0, 0}, 0, L"", {0, 3, 0, 5, 2, 0, 0, 0}, -60};
+    const TIME_ZONE_INFORMATION adelaide = {-570, L"", {0, 4, 0, 1, 3, 0, 0, 0}, 0, L"", {0, 10, 0, 1, 2, 0, 0, 0},
+                                            -60};
+    const TIME_ZONE_INFORMATION stjohns = {210, L"", {0, 11, 0, 1, 2, 0, 0, 0}, 0, L"", {0, 3, 0, 2, 2, 0, 0, 0}, -60};
+    const TIME_ZONE_INFORMATION kathmandu = {-345, L"", {}, 0, L"", {}, 0};
+    const struct {
+        const TIME_ZONE_INFORMATION& zone;
+        std::int64_t moment;
+        const char* text;
+    } cases[] = {
+        {berlin, ticks(3, 29, 0, 59, 59), "03/29/2026 01:59:59+0100"},
+        {berlin, ticks(3, 29, 1, 0), "03/29/2026 03:00:00+0200"},
+        {berlin, ticks(10, 25, 0, 59, 59), "10/25/2026 02:59:59+0200"},
+        {berlin, ticks(10, 25, 1, 0), "10/25/2026 02:00:00+0100"},
+        {adelaide, ticks(1, 1, 0, 0), "01/01/2026 10:30:00+1030"},
+        {adelaide, ticks(7, 1, 0, 0), "07/01/2026 09:30:00+0930"},
+        {stjohns, ticks(1, 1, 0, 0), "12/31/2025 20:30:00-0330"},
+        {stjohns, ticks(7, 1, 0, 0), "06/30/2026 21:30:00-0230"},
+        {kathmandu, ticks(12, 31, 18, 15), "01/01/2027 00:00:00+0545"},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(text(atoffset(row.moment, utcoffset(row.moment, &row.zone))), row.text);
+    }
+}
+
+TEST(LocalTime, IsTheSystems) {
+    SYSTEMTIME before = {};
+    SYSTEMTIME after = {};
+    GetLocalTime(&before);
+    const walltime now = currentwalltime();
+    GetLocalTime(&after);
+    const auto minutes = [](int hour, int minute) { return hour * 60 + minute; };
+    EXPECT_GE(minutes(now.hour, now.minute), minutes(before.wHour, before.wMinute));
+    EXPECT_TRUE(now.hour == 0 || minutes(now.hour, now.minute) <= minutes(after.wHour, after.wMinute));
+    EXPECT_LE(std::abs(now.offset), 14 * 60);
+}
+
+}  // namespace

@@ -1,0 +1,141 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <thread>
+
+#include "orvsecutils/platform/macaddress.h"
+#include "orvsecutils/platform/platform.h"
+#include "orvsecutils/platform/wmiconnection.h"
+#include "tests/wmi/fakes.h"
+
+using namespace orvsecutils;
+using testing::AnyOf;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+using testing::Pair;
+
+namespace {
+
+class WmiOnFakes : public testing::Test {
+protected:
+    ~WmiOnFakes() override { EXPECT_EQ(fakes::alive, 0) << "not everything was released"; }
+
+    std::shared_ptr<wmi> connect() {
+        return wmiconnection::connect([this](IWbemLocator** object) {
+            if (SUCCEEDED(story.locator)) {
+                *object = new fakes::locator(story);
+            }
+            return story.locator;
+        });
+    }
+
+    fakes::script story;
+};
+
+fakes::property text(const wchar_t* name, const wchar_t* value) {
+    return {name, VT_BSTR, value};
+}
+
+fakes::property null(const wchar_t* name) {
+    return {name, VT_NULL, L""};
+}
+
+TEST_F(WmiOnFakes, AsksAndReleasesInOrder) {
+    story.objects = {{text(L"Name", L"x")}};
+    std::vector<wmirow> rows;
+    EXPECT_TRUE(connect()->query("SELECT Größe", rows));
+    EXPECT_THAT(story.seen, ElementsAre(L"ROOT\\CIMV2 128", L"blanket 10,0,3,3,0", L"WQL 48 SELECT Größe", L"end",
+                                        L"locator gone", L"services gone"));
+}
+
+TEST_F(WmiOnFakes, NoConnectionWhenAnyStepFails) {
+    for (HRESULT fakes::script::*step : {&fakes::script::locator, &fakes::script::connect, &fakes::script::blanket}) {
+        story = {};
+        story.*step = E_ACCESSDENIED;
+        EXPECT_EQ(connect(), nullptr);
+        EXPECT_EQ(fakes::alive, 0);
+    }
+}
+
+TEST_F(WmiOnFakes, RowsHoldTextsOnlyAndTheFirstOfAName) {
+    story.objects = {
+        {text(L"b", L"1"), null(L"a"), text(L"b", L"2"), {L"c", VT_I4, L""}, text(L"Ä", L"日本 \U0001F600")},
+        {},
+        {{L"object", VT_UNKNOWN, L""}, text(L"empty", L"")}};
+    std::vector<wmirow> rows = {{{"there", "before"}}};
+    EXPECT_TRUE(connect()->query("q", rows));
+    EXPECT_THAT(rows, ElementsAre(ElementsAre(Pair("there", "before")),
+                                  ElementsAre(Pair("b", "1"), Pair("Ä", "日本 \U0001F600")), IsEmpty(),
+                                  ElementsAre(Pair("empty", ""))));
+}
+
+TEST_F(WmiOnFakes, AnErrorEndsTheRowsWithoutLosingThem) {
+    story.objects = {{text(L"a", L"1")}};
+    story.afterobjects = story.afterproperties = E_FAIL;
+    std::vector<wmirow> rows;
+    const std::shared_ptr<wmi> connection = connect();
+    EXPECT_TRUE(connection->query("q", rows));
+    EXPECT_THAT(rows, ElementsAre(ElementsAre(Pair("a", "1"))));
+
+    story.query = E_FAIL;
+    EXPECT_TRUE(connection->query("q", rows)) << "rows that were there count";
+    rows.clear();
+    EXPECT_FALSE(connection->query("q", rows));
+    EXPECT_FALSE(wmiconnection().query("q", rows)) << "without a connection";
+}
+
+TEST_F(WmiOnFakes, ReleasesEverythingWhenAConversionThrows) {
+    story.objects = {{text(L"a", L"1"), {L"object", VT_UNKNOWN, L""}, text(L"b", L"\xD800")}};
+    std::vector<wmirow> rows;
+    EXPECT_THROW(connect()->query("q", rows), std::range_error);
+    EXPECT_THROW(connect()->query("\xFF", rows), std::range_error);
+}
+
+TEST_F(WmiOnFakes, TheLastAddressWins) {
+    const fakes::property first = text(L"MACAddress", L"01");
+    const fakes::property second = text(L"MACAddress", L"02");
+    const struct {
+        std::vector<std::vector<fakes::property>> objects;
+        const char* address;
+    } cases[] = {
+        {{}, ""},
+        {{{null(L"MACAddress")}}, ""},
+        {{{first}, {second}}, "02"},
+        {{{first}, {null(L"MACAddress")}, {}}, "01"},
+        {{{second}, {first}, {text(L"Caption", L"03")}}, "01"},
+    };
+    for (const auto& row : cases) {
+        story.objects = row.objects;
+        EXPECT_EQ(adapteraddress(connect().get()), row.address);
+    }
+    EXPECT_EQ(adapteraddress(nullptr), "");
+}
+
+TEST(WmiOfTheMachine, AnswersOrNotByTheThreadsApartment) {
+    const auto address = [](DWORD apartment) {
+        std::string result;
+        std::thread([&] {
+            EXPECT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, apartment)));
+            result = currentplatform().macaddress();
+        }).join();
+        return result;
+    };
+    EXPECT_THAT(currentplatform().macaddress(), AnyOf("", MatchesRegex("\\w\\w:\\w\\w:\\w\\w:\\w\\w:\\w\\w:\\w\\w")));
+    EXPECT_EQ(address(COINIT_APARTMENTTHREADED), currentplatform().macaddress());
+    EXPECT_EQ(address(COINIT_MULTITHREADED), "");
+}
+
+TEST(WmiOfTheMachine, DeliversRows) {
+    std::vector<wmirow> rows;
+    const std::shared_ptr<wmi> connection = wmi::connect();
+    ASSERT_NE(connection, nullptr);
+    EXPECT_TRUE(connection->query("SELECT Caption, BuildNumber FROM Win32_OperatingSystem", rows));
+    ASSERT_EQ(rows.size(), 1u);
+    EXPECT_NE(rows[0]["Caption"], "");
+    rows.clear();
+    EXPECT_FALSE(connection->query("this is no query", rows));
+}
+
+}  // namespace
