@@ -8,7 +8,7 @@ static class Check
     {
         if (IntPtr.Size != 4 || Path.DirectorySeparatorChar != '\\' || !File.Exists("c:\\windows\\explorer.exe"))
             return 1;
-        if (typeof(object).Assembly.GetName().Version != new Version(4, 0, 0, 0))
+        if (typeof(object).Assembly.FullName != "mscorlib, Version=4.0.0.0, Culture=neutral, PublicKeyToken=b77a5c561934e089")
             return 2;
         Span<byte> bytes = new byte[40];
         bytes.Fill(3);

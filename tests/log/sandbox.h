@@ -11,17 +11,14 @@
 #include <vector>
 
 #include "orvsecutils/platform/handles.h"
+#include "tests/temporary_folder.h"
 
 /// A profile folder and a logging switch of the test's own, for the programs that it starts. Puts back what it changes;
 /// one at a time in the whole session, whichever test program it belongs to. The profile folder moves under Wine only.
 class sandbox {
 public:
-    sandbox()
-        : turn(CreateMutexW(nullptr, FALSE, L"orvsecutils.tests.sandbox")),
-          profile(std::filesystem::temp_directory_path() /
-                  (L"orvel sändbox 日本 " + std::to_wstring(GetCurrentProcessId()))) {
+    sandbox() : turn(CreateMutexW(nullptr, FALSE, L"orvsecutils.tests.sandbox")) {
         WaitForSingleObject(turn.get(), INFINITE);
-        std::filesystem::create_directories(profile);
         moveprofile(profile);
     }
 
@@ -29,8 +26,6 @@ public:
         clearswitch(HKEY_CURRENT_USER);
         clearswitch(HKEY_LOCAL_MACHINE);
         RegDeleteKeyValueW(HKEY_CURRENT_USER, shellfolders, profileid);
-        std::error_code ignored;
-        std::filesystem::remove_all(profile, ignored);
         ReleaseMutex(turn.get());
     }
 
@@ -155,5 +150,6 @@ private:
     }
 
     orvsecutils::filehandle turn;
-    std::filesystem::path profile;
+    const temporary_folder temporary;
+    const std::filesystem::path& profile = temporary.path;
 };

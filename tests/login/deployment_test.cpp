@@ -6,7 +6,8 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <vector>
+
+#include "tests/temporary_folder.h"
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;
@@ -18,10 +19,6 @@ class Deployment {
 public:
     Deployment() {
         const fs::path built = programFolder();
-        // Neither the library's folder nor the host's may be taken through a code page.
-        folder = fs::temp_directory_path() /
-                 (L"вход ñ " + std::to_wstring(GetCurrentProcessId()) + L" " + std::to_wstring(GetTickCount64()));
-        fs::create_directories(folder);
         for (const wchar_t* name : {L"orvellogin.dll", L"OrvelLoginClientCLR.dll", L"libgcc_s_dw2-1.dll",
                                     L"libstdc++-6.dll", L"libwinpthread-1.dll"}) {
             fs::copy_file(built / name, folder / name);
@@ -30,14 +27,6 @@ public:
             fs::copy_file(fs::path(PROBE_FOLDER) / name, folder / name);
         }
         fs::copy(built / L"OrvelLoginManagerClient", folder / L"OrvelLoginManagerClient");
-    }
-    ~Deployment() {
-        // The system may hold a program's files for a moment after it has ended.
-        std::error_code failed;
-        for (int attempt = 0; attempt < 100 && (fs::remove_all(folder, failed), failed); ++attempt) {
-            Sleep(20);
-        }
-        EXPECT_FALSE(failed) << failed.message();
     }
 
     fs::path operator/(const wchar_t* name) const { return folder / name; }
@@ -75,7 +64,9 @@ private:
         return fs::path(path).parent_path();
     }
 
-    fs::path folder;
+    // Neither the library's folder nor the host's may be taken through a code page.
+    const temporary_folder temporary;
+    const fs::path& folder = temporary.path;
 };
 
 const wchar_t* const manager = L"OrvelLoginManagerClient\\OrvelLoginClient.dll";

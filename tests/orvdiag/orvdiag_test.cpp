@@ -142,7 +142,7 @@ TEST_F(Orvdiag, SwitchesTheLogAndTracesIntoIt) {
     const sandbox::outcome facts = run(L"facts --json");
     EXPECT_THAT(facts.output, StartsWith("{\r\n"));
     EXPECT_THAT(facts.output, EndsWith("}\r\n"));
-    EXPECT_THAT(facts.output, HasSubstr("orvel sändbox 日本"));
+    EXPECT_THAT(facts.output, HasSubstr("orvel ñ 日本 вход 😀"));
     EXPECT_THAT(facts.errors, HasSubstr("orvdiag::facts()=16")) << "the echo of the trace stays out of the report";
     run(L"logging off");
     EXPECT_THAT(

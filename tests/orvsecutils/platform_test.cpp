@@ -17,6 +17,7 @@
 #include "orvsecutils/platform/handles.h"
 #include "orvsecutils/platform/platform.h"
 #include "orvsecutils/platform/unicode.h"
+#include "tests/temporary_folder.h"
 
 using namespace orvsecutils;
 
@@ -30,19 +31,15 @@ std::string environment(const wchar_t* name) {
     return toutf8({value, GetEnvironmentVariableW(name, value, 1000)});
 }
 
-// A folder of the test's own, with a name in several scripts; gone at its end with all that is in it.
 class Files : public testing::Test {
 protected:
-    Files() { std::filesystem::create_directory(toutf16(folder)); }
-    ~Files() override { std::filesystem::remove_all(toutf16(folder)); }
-
     std::string file(const std::string& name, const std::string& content) const {
         std::ofstream(std::filesystem::path(toutf16(folder + "\\" + name)), std::ios::binary) << content;
         return folder + "\\" + name;
     }
 
-    const std::string folder = environment(L"TEMP") + "\\orvsecutils \xD0\xB6\xE5\xAD\x97\xF0\x9F\x98\x80 " +
-                               std::to_string(GetCurrentProcessId());
+    const temporary_folder temporary;
+    const std::string folder = toutf8(temporary.path.native());
 };
 
 }  // namespace

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <windows.h>
+
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+/// A new folder among the user's temporary ones, with letters of several scripts in its name; removed at the end with
+/// all that is in it.
+class temporary_folder {
+public:
+    temporary_folder()
+        // A process's number comes again soon, and a test that crashed may have left its folder.
+        : path(std::filesystem::temp_directory_path() /
+               (L"orvel ñ 日本 вход \xD83D\xDE00 " + std::to_wstring(GetCurrentProcessId()) + L"-" +
+                std::to_wstring(GetTickCount64()))) {
+        if (!std::filesystem::create_directory(path)) {
+            throw std::runtime_error("the temporary folder is there already");
+        }
+    }
+
+    ~temporary_folder() {
+        // The system may hold the files of a program for a moment after its end.
+        std::error_code failed;
+        for (int attempt = 0; attempt < 100 && (std::filesystem::remove_all(path, failed), failed); ++attempt) {
+            Sleep(20);
+        }
+    }
+
+    temporary_folder(const temporary_folder&) = delete;
+    temporary_folder& operator=(const temporary_folder&) = delete;
+
+    const std::filesystem::path path;
+};
