@@ -109,10 +109,11 @@ public:
 
     private:
         static orvsecutils::filehandle inheritable(const std::filesystem::path& path) {
+            // Deletable while it is open: Wine's desktop process inherits it when a program is the first to need one.
             SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
             return orvsecutils::filehandle(CreateFileW(path.c_str(), FILE_APPEND_DATA,
-                                                       FILE_SHARE_READ | FILE_SHARE_WRITE, &inherit, CREATE_ALWAYS, 0,
-                                                       nullptr));
+                                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, &inherit,
+                                                       CREATE_ALWAYS, 0, nullptr));
         }
 
         std::filesystem::path output;
