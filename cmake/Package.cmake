@@ -16,13 +16,13 @@ install(FILES
   DESTINATION ${package_files})
 
 install(FILES README.md CHANGELOG.md SECURITY.md LICENSE DESTINATION ${share})
-install(DIRECTORY docs DESTINATION ${share})
+install(DIRECTORY docs DESTINATION ${share} PATTERN Doxyfile EXCLUDE PATTERN *.dot EXCLUDE)
 install(DIRECTORY examples DESTINATION ${share})
 # Until the real login manager is at hand: the stand-ins, compiled, in the folder that goes next to the library.
 install(DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/OrvelLoginManagerClient DESTINATION ${share}/examples/standins)
 
 # The compiler's runtime DLLs are other people's work: their notices, as the compiler's packages bring them.
-install(FILES docs/NOTICES.md DESTINATION ${share}/notices)
+install(FILES NOTICES.md DESTINATION ${share}/notices)
 install(FILES /usr/share/doc/gcc-mingw-w64-i686-posix-runtime/copyright
   DESTINATION ${share}/notices RENAME gcc-runtime.txt)
 install(FILES /usr/share/doc/mingw-w64-i686-dev/copyright DESTINATION ${share}/notices RENAME mingw-w64.txt)
