@@ -8,13 +8,14 @@
 
 #include <cstdint>
 #include <string>
-#include <thread>
 #include <type_traits>
 #include <vector>
 
 #include "login/LoginManagerClient.h"
+#include "orvsecutils/platform/unicode.h"
 #include "outcome.h"
 
+using orvsecutils::toutf8;
 using testing::ElementsAre;
 
 namespace {
@@ -94,7 +95,7 @@ TEST(EveryMember, TranslatesTheManagersExceptionOrLetsItPass) {
             const std::string code = "code " + std::to_string(status < 0 || status > 8 ? 8 : status);
             EXPECT_EQ(outcome([&] { return member.call(client); }),
                       member.translates ? code : "loginManagerUtils.LoginManagerException: on request")
-                << utf8(member.managed) << " " << status;
+                << toutf8(member.managed) << " " << status;
         }
     }
 }
@@ -104,7 +105,7 @@ TEST(EveryMember, LetsOtherExceptionsPassWithTypeMessageAndHresult) {
         Steered client(std::wstring(member.managed) + L"=throw System.InvalidOperationException");
         try {
             member.call(client);
-            ADD_FAILURE() << utf8(member.managed);
+            ADD_FAILURE() << toutf8(member.managed);
         } catch (const loginRuntimeException& failure) {
             EXPECT_EQ(failure.typeName, L"System.InvalidOperationException");
             EXPECT_EQ(failure.message, L"on request");
@@ -118,7 +119,7 @@ TEST(EveryMember, TurnsNullIntoWhatItsContractSays) {
     for (const Member& member : members) {
         if (member.forNull) {
             Steered client(std::wstring(member.managed) + L"=null");
-            EXPECT_EQ(outcome([&] { return member.call(client); }), member.forNull) << utf8(member.managed);
+            EXPECT_EQ(outcome([&] { return member.call(client); }), member.forNull) << toutf8(member.managed);
         }
     }
 }
@@ -130,7 +131,7 @@ TEST(EveryMember, WhileOfflineIsQuietOrReachesTheManager) {
         EXPECT_TRUE(client.isOrvelOfflineMode());
         EXPECT_EQ(outcome([&] { return member.call(client); }),
                   member.quietOffline ? "" : "System.TimeoutException: on request")
-            << utf8(member.managed);
+            << toutf8(member.managed);
         client.setOrvelOfflineMode(false);
         EXPECT_EQ(outcome([&] { return member.call(client); }), "System.TimeoutException: on request");
     }
@@ -163,7 +164,7 @@ TEST(Response, WithANullFieldOtherThanTheDomainFailsTheConversion) {
     for (const wchar_t* field :
          {L"statusDescription", L"userName", L"firstName", L"lastName", L"rowId", L"aliasName"}) {
         Steered client(std::wstring(field) + L"=null");
-        EXPECT_EQ(outcome([&] { return client.signIn().userName; }), nullFailure) << utf8(field);
+        EXPECT_EQ(outcome([&] { return client.signIn().userName; }), nullFailure) << toutf8(field);
     }
     Steered client(L"domainName=null");
     EXPECT_EQ(outcome([&] { return client.signIn().domainName + L"/" + client.signIn().aliasName; }), "/Countess");
@@ -270,17 +271,6 @@ TEST(Destruction, DisposesTheManagerOnceAndSignsNobodyOut) {
         client.signIn();
     }
     EXPECT_EQ(calls.signOuts, 0);
-}
-
-TEST(Threads, AnyThreadMayCall) {
-    Steered client(L"getTenantId=status 2");
-    std::string results[2];
-    std::thread([&] {
-        results[0] = outcome([&] { return client.signIn().userName; });
-        results[1] = outcome([&] { return client.getTenantId(); });
-    }).join();
-    EXPECT_EQ(results[0], "ada@example.com");
-    EXPECT_EQ(results[1], "loginManagerUtils.LoginManagerException: on request");
 }
 
 TEST(Resources, StayFlatOverManyCallsFailuresAndClients) {

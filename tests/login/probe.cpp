@@ -7,6 +7,7 @@
 
 #include "login/ClrRuntime.h"
 #include "login/LoginManagerClient.h"
+#include "orvsecutils/platform/unicode.h"
 #include "outcome.h"
 
 namespace {
@@ -41,7 +42,7 @@ std::wstring carryOut(const std::wstring& step) {
 int wmain(int count, wchar_t** arguments) {
     for (int i = 1; i < count; ++i) {
         const std::wstring step = arguments[i];
-        std::printf("%s: %s\n", utf8(step).c_str(), outcome([&] { return carryOut(step); }).c_str());
+        std::printf("%s: %s\n", orvsecutils::toutf8(step).c_str(), outcome([&] { return carryOut(step); }).c_str());
     }
     return 0;
 }
