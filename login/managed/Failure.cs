@@ -16,9 +16,17 @@ namespace OrvelLoginClientCLR
         /// Takes down `e` and returns the outcome that says so.
         public int Report(Exception e)
         {
-            hresult = Marshal.GetHRForException(e);
-            typeName = Marshal.StringToBSTR(e.GetType().FullName);
-            message = Marshal.StringToBSTR(e.Message);
+            try
+            {
+                hresult = Marshal.GetHRForException(e);
+                typeName = Marshal.StringToBSTR(e.GetType().FullName);
+                message = Marshal.StringToBSTR(e.Message);
+            }
+            catch (Exception)
+            {
+                // An exception of another's making may throw when it is asked for its message, and memory may be exhausted.
+                // What was taken down so far must do: nothing may get out into native code.
+            }
             return 1;
         }
     }

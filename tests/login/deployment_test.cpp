@@ -132,10 +132,11 @@ TEST(Deployment, ManagerOfAnotherVersionServesAsFarAsItHasTheMembers) {
     fs::copy_file(fs::path(PROBE_FOLDER) / L"old" / L"OrvelLoginClient.dll", deployment / manager,
                   fs::copy_options::overwrite_existing);
     // What is missing is found out inside a call and must not end the process.
-    const std::string printed = deployment.run(L"construct tenant token login tenant destroy");
+    const std::string printed = deployment.run(L"construct tenant token login platform tenant destroy");
     EXPECT_THAT(printed, HasSubstr("construct: done\ntenant: Old Works\ntoken: System.MissingMethodException: "));
     EXPECT_THAT(printed, HasSubstr("\nlogin: System.MissingFieldException: "));
-    EXPECT_THAT(printed, HasSubstr("\ntenant: Old Works\ndestroy: done\n"));
+    EXPECT_THAT(printed,
+                HasSubstr("\nplatform: OrvelLoginClient.SilentException: \ntenant: Old Works\ndestroy: done\n"));
 }
 
 TEST(Deployment, HandlerServesAnyAssemblyByItsSimpleNameAndNothingElse) {

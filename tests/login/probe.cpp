@@ -27,6 +27,8 @@ std::wstring carryOut(const std::wstring& step) {
         return client->getTenantName();
     } else if (step == L"token") {
         return client->getAccessToken();
+    } else if (step == L"platform") {
+        return client->getPlatFormURL();
     } else if (step == L"destroy") {
         client.reset();
     } else if (step == L"repair") {

@@ -1,3 +1,4 @@
+using System;
 using System.Reflection;
 using loginManagerUtils;
 
@@ -12,6 +13,14 @@ namespace OrvelLoginClient
     public class LoginResponse
     {
         public string statusDescription;
+    }
+
+    public class SilentException : Exception
+    {
+        public override string Message
+        {
+            get { throw new InvalidOperationException(); }
+        }
     }
 
     /// A manager of another version, which lacks nearly all that the library calls.
@@ -29,6 +38,11 @@ namespace OrvelLoginClient
         public string getTenantName()
         {
             return "Old Works";
+        }
+
+        public string getPlatformURL()
+        {
+            throw new SilentException();
         }
     }
 }
