@@ -15,7 +15,6 @@ using orvsecutils::makesetting;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::SizeIs;
 using testing::StartsWith;
 
 namespace {
@@ -46,8 +45,6 @@ TEST(CommandLine, TellsOneThingThatIsWrong) {
         EXPECT_EQ(asked.complaint.empty(), *row.complaint == '\0') << asked.complaint;
         EXPECT_EQ(asked.help, row.help);
     }
-    EXPECT_TRUE(parse({"log", "--follow"}).given.option);
-    EXPECT_THAT(parse({"login", "a b"}).given.words, ElementsAre("a b"));
 }
 
 TEST(Texts, StayWithinJson) {
