@@ -83,7 +83,7 @@ void delivered() {
     sandbox box;
     box.setswitch(HKEY_CURRENT_USER, 1);
     loginfo() << message;
-    const std::string line = sandbox::read(box.log());
+    const std::string line = contentof(box.log());
 
     // Names in the code page, which is what that library opens files by.
     const std::string folder = std::filesystem::temp_directory_path().string() + "\\";

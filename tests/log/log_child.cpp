@@ -1,7 +1,8 @@
-// Writes records as its first argument says, in a process of its own: the switch and the file are found once a process.
+// Writes records as its argument says, in a process of its own: the switch and the file are found once a process.
 
 #include <windows.h>
 
+#include <cstdio>
 #include <iomanip>
 #include <map>
 #include <string>
@@ -15,12 +16,6 @@ using namespace orvsecutils;
 
 namespace {
 
-struct unprintable {};
-std::ostream& operator<<(std::ostream& stream, unprintable) {
-    stream.setstate(std::ios::failbit);
-    return stream;
-}
-
 void one() {
     loginfo() << "one";
 }
@@ -31,9 +26,6 @@ void levels() {
     }
     log(true) << "true";
     log(false) << "false";
-    loginfo() << "loginfo";
-    logwarn() << "logwarn";
-    logerror() << "logerror";
 }
 
 void shapes() {
@@ -44,7 +36,8 @@ void shapes() {
     const char* const nothing = nullptr;
     loginfo() << "find(x)=" << nothing;
     loginfo() << "ended" << std::endl;
-    loginfo() << "before " << unprintable() << "after";
+    std::streambuf* const unreadable = nullptr;
+    loginfo() << "before " << unreadable << "after";
     loginfo() << std::string(100000, 'x');
     logwarn outer;
     logerror inner;
@@ -66,20 +59,17 @@ void closed() {
     one();
 }
 
-void write(int writer) {
+void lines(int writer) {
     for (int line = 0; line < 500; ++line) {
         loginfo() << GetCurrentProcessId() << '.' << writer << '.' << line << std::string(line % 50, '-') << '|';
     }
 }
 
-void lines() {
-    write(0);
-}
-
-void threads() {
+template <int Threads>
+void write() {
     std::vector<std::thread> writers;
-    for (int writer = 0; writer < 8; ++writer) {
-        writers.emplace_back(write, writer);
+    for (int writer = 0; writer < Threads; ++writer) {
+        writers.emplace_back(lines, writer);
     }
     for (std::thread& writer : writers) {
         writer.join();
@@ -89,8 +79,8 @@ void threads() {
 }  // namespace
 
 int main(int, char** arguments) {
-    const std::map<std::string, void (*)()> modes = {{"one", one},       {"levels", levels}, {"shapes", shapes},
-                                                     {"change", change}, {"closed", closed}, {"threads", threads},
-                                                     {"lines", lines}};
+    const std::map<std::string, void (*)()> modes = {{"one", one},           {"levels", levels}, {"shapes", shapes},
+                                                     {"change", change},     {"closed", closed}, {"1 thread", write<1>},
+                                                     {"8 threads", write<8>}};
     modes.at(arguments[1])();
 }

@@ -2,18 +2,16 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <iostream>
 #include <set>
 
 #include "orvsecutils/log/log.h"
-#include "orvsecutils/log/logfile.h"
 #include "orvsecutils/platform/unicode.h"
 #include "tests/log/sandbox.h"
 
 using testing::ElementsAre;
 using testing::EndsWith;
-using testing::IsEmpty;
-using testing::MatchesRegex;
 using testing::SizeIs;
 
 namespace {
@@ -24,105 +22,77 @@ static_assert(!std::is_convertible_v<int, orvsecutils::log>);
 
 class Log : public testing::Test {
 protected:
-    sandbox::outcome child(const wchar_t* mode) { return box.run(std::wstring(L"log_child.exe ") + mode); }
-    std::vector<std::string> logged() { return sandbox::lines(sandbox::read(box.log())); }
-
-    // What follows the time, whose form is looked at on the way.
-    std::vector<std::string> loggedaftertime() {
-        std::vector<std::string> result;
-        for (const std::string& line : logged()) {
-            EXPECT_THAT(line.substr(0, 25),
-                        MatchesRegex("\\d\\d/\\d\\d/\\d\\d\\d\\d \\d\\d:\\d\\d:\\d\\d.\\d\\d\\d\\d,"));
-            result.push_back(line.substr(std::min<std::size_t>(line.size(), 25)));
-        }
-        return result;
-    }
+    Log() { box.setswitch(HKEY_CURRENT_USER, 1); }
+    program::outcome child(const wchar_t* mode) { return box.run("log_child.exe", mode); }
 
     sandbox box;
 };
 
 TEST_F(Log, LabelsLevelsAndFiltersNone) {
-    box.setswitch(HKEY_CURRENT_USER, 1);
-    const sandbox::outcome run = child(L"levels");
-    EXPECT_THAT(
-        loggedaftertime(),
-        ElementsAre("info,log_child.exe,0", "warn,log_child.exe,1", "error,log_child.exe,2", "unknown,log_child.exe,7",
-                    "unknown,log_child.exe,-1", "info,log_child.exe,true", "error,log_child.exe,false",
-                    "info,log_child.exe,loginfo", "warn,log_child.exe,logwarn", "error,log_child.exe,logerror"));
-    EXPECT_EQ(run.output, sandbox::read(box.log())) << "every line is echoed";
+    const program::outcome run = child(L"levels");
+    EXPECT_THAT(box.logged(),
+                ElementsAre("TIME,info,log_child.exe,0", "TIME,warn,log_child.exe,1", "TIME,error,log_child.exe,2",
+                            "TIME,unknown,log_child.exe,7", "TIME,unknown,log_child.exe,-1",
+                            "TIME,info,log_child.exe,true", "TIME,error,log_child.exe,false"));
+    EXPECT_EQ(run.output, contentof(box.log())) << "every line is echoed";
     EXPECT_EQ(run.errors, "");
 }
 
 TEST_F(Log, KeepsMessagesWhole) {
-    box.setswitch(HKEY_CURRENT_USER, 1);
     child(L"shapes");
-    const std::string info = "info,log_child.exe,";
-    std::string text = sandbox::read(box.log());
-    // The lines without a header of their own get one, so that the others can be looked at as ever.
-    const std::string header = text.substr(0, text.find("\r\n"));
-    text.insert(text.find("\r\nlines") + 2, header);
-    text.insert(text.find("ended\r\n\r\n") + 7, header);
-    std::ofstream(box.log(), std::ios::binary) << text;
-    EXPECT_THAT(loggedaftertime(),
-                ElementsAre(info, info + "two", info + "lines", info + "日本 Größe 1234567 ff 1.5true",
-                            info + "find(x)=null", info + "ended", info, info + "before ",
-                            info + std::string(100000, 'x'), "error,log_child.exe,inner", "warn,log_child.exe,outer"));
+    const std::string info = "TIME,info,log_child.exe,";
+    EXPECT_THAT(box.logged(),
+                ElementsAre(info, info + "two", "lines", info + "日本 Größe 1234567 ff 1.5true", info + "find(x)=null",
+                            info + "ended", "", info + "before ", info + std::string(100000, 'x'),
+                            "TIME,error,log_child.exe,inner", "TIME,warn,log_child.exe,outer"));
 }
 
 TEST_F(Log, ObeysTheSwitchAlone) {
-    const HKEY user = HKEY_CURRENT_USER;
-    const HKEY machine = HKEY_LOCAL_MACHINE;
-    const auto number = [this](HKEY hive, DWORD value) { return [=] { box.setswitch(hive, value); }; };
-    const auto text = [this](HKEY hive) { return [=] { box.setswitch(hive, REG_SZ, L"1", 4); }; };
-    const auto nothing = [] {};
+    constexpr int absent = -1;
+    constexpr int text = -2;
     const struct {
-        std::function<void()> first;
-        std::function<void()> second;
+        int user;
+        int machine;
         bool logs;
     } cases[] = {
-        {nothing, nothing, false},
-        {number(user, 0), nothing, false},
-        {number(user, 1), nothing, true},
-        {number(user, 2), nothing, true},
-        {text(user), nothing, false},
-        {number(machine, 1), nothing, true},
-        {number(machine, 1), number(user, 0), false},
-        {number(machine, 1), text(user), false},
-        {number(machine, 0), number(user, 1), true},
+        {absent, absent, false}, {0, absent, false}, {1, absent, true}, {2, absent, true}, {text, absent, false},
+        {absent, 1, true},       {0, 1, false},      {text, 1, false},  {1, 0, true},
     };
     for (const auto& row : cases) {
-        row.first();
-        row.second();
-        const sandbox::outcome run = child(L"one");
         SCOPED_TRACE(&row - cases);
-        EXPECT_EQ(std::filesystem::exists(box.folder().parent_path()), row.logs)
-            << "off, it must not even make folders";
-        EXPECT_THAT(logged(), SizeIs(row.logs ? 1 : 0));
-        EXPECT_THAT(sandbox::lines(run.output), SizeIs(row.logs ? 1 : 0));
-        EXPECT_EQ(run.errors, "");
-        box.clearswitch(user);
-        box.clearswitch(machine);
         std::filesystem::remove_all(box.folder().parent_path());
+        for (const auto& [hive, value] : {std::pair(HKEY_CURRENT_USER, row.user), {HKEY_LOCAL_MACHINE, row.machine}}) {
+            box.clearswitch(hive);
+            if (value != absent) {
+                box.setswitch(hive, value == text ? L'1' : value, value == text ? REG_SZ : REG_DWORD);
+            }
+        }
+        const program::outcome run = child(L"one");
+        EXPECT_EQ(exists(box.folder().parent_path()), row.logs) << "off, it must not even make folders";
+        EXPECT_THAT(box.logged(), SizeIs(row.logs));
+        EXPECT_THAT(sandbox::lines(run.output), SizeIs(row.logs));
+        EXPECT_EQ(run.errors, "");
     }
 }
 
 TEST_F(Log, KeepsTheFirstAnswerOfAProcess) {
-    box.setswitch(HKEY_CURRENT_USER, 1);
     child(L"change");  // to off
-    EXPECT_THAT(logged(), SizeIs(2));
+    EXPECT_THAT(box.logged(), SizeIs(2));
     child(L"change");  // to on
-    EXPECT_THAT(logged(), SizeIs(2));
+    EXPECT_THAT(box.logged(), SizeIs(2));
     child(L"one");
-    EXPECT_THAT(logged(), SizeIs(3));
+    EXPECT_THAT(box.logged(), SizeIs(3));
 }
 
 TEST_F(Log, CannotBeHadAndSaysSo) {
-    box.setswitch(HKEY_CURRENT_USER, 1);
     const std::filesystem::path folder = box.folder();
     const std::filesystem::path file = box.log();
     const std::string path = orvsecutils::toutf8(file.native());
-    const auto occupy = [](const std::filesystem::path& place) { std::ofstream(place) << "kept"; };
-    const auto permit = [&](DWORD attributes) { SetFileAttributesW(file.c_str(), attributes); };
+    const auto occupy = [](const std::filesystem::path& place) {
+        create_directories(place.parent_path());
+        std::ofstream(place) << "kept";
+        return place.c_str();
+    };
     orvsecutils::filehandle holder;
     const struct {
         const char* what;
@@ -130,14 +100,10 @@ TEST_F(Log, CannotBeHadAndSaysSo) {
         std::string path;
     } cases[] = {
         {"held by another",
-         [&] {
-             create_directories(folder);
-             holder.reset(CreateFileW(file.c_str(), GENERIC_READ, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
-         },
-         path},
-        {"read-only", [&] { create_directories(folder), occupy(file), permit(FILE_ATTRIBUTE_READONLY); }, path},
+         [&] { holder.reset(CreateFileW(occupy(file), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr)); }, path},
+        {"read-only", [&] { SetFileAttributesW(occupy(file), FILE_ATTRIBUTE_READONLY); }, path},
         {"a folder of its name", [&] { create_directories(file); }, path},
-        {"inner folder is a file", [&] { create_directories(folder.parent_path()), occupy(folder); }, ""},
+        {"inner folder is a file", [&] { occupy(folder); }, ""},
         {"outer folder is a file", [&] { occupy(folder.parent_path()); }, ""},
         {"no profile folder", [&] { box.moveprofile(folder / "missing"); }, ""},
     };
@@ -145,62 +111,55 @@ TEST_F(Log, CannotBeHadAndSaysSo) {
         SCOPED_TRACE(row.what);
         row.prepare();
         const bool canbehad = std::ofstream(file, std::ios::app).is_open();  // as a read-only one by Wine's root
-        const sandbox::outcome run = child(L"one");
+        const program::outcome run = child(L"one");
         EXPECT_EQ(run.errors, canbehad ? "" : "failed to open log file: " + row.path + "\r\n");
         EXPECT_EQ(run.status, 0u);
         EXPECT_THAT(sandbox::lines(run.output), ElementsAre(EndsWith(",one"))) << "the echo does not need the file";
         holder.reset();
-        permit(FILE_ATTRIBUTE_NORMAL);
-        std::filesystem::remove_all(folder.parent_path());
+        SetFileAttributesW(file.c_str(), FILE_ATTRIBUTE_NORMAL);
+        remove_all(folder.parent_path());
     }
 }
 
 TEST_F(Log, SurvivesAClosedStandardOutput) {
-    box.setswitch(HKEY_CURRENT_USER, 1);
     EXPECT_EQ(child(L"closed").status, 0u);
-    EXPECT_THAT(loggedaftertime(), ElementsAre("info,log_child.exe,one"));
+    EXPECT_THAT(box.logged(), ElementsAre("TIME,info,log_child.exe,one"));
 }
 
-// Counts the writers' lines in the file: each ends in "|" and is there once.
-void expectlines(const std::vector<std::string>& lines, std::size_t written, const char* writers) {
-    std::set<std::string> whole;
-    std::size_t torn = 0;
-    for (const std::string& line : lines) {
-        const bool good = line.size() > 25 && line.back() == '|' && std::count(line.begin(), line.end(), '|') == 1 &&
-                          line.find(",info,log_child.exe,") == 24;
-        good ? static_cast<void>(whole.insert(line.substr(44))) : static_cast<void>(++torn);
+TEST_F(Log, TakesLinesOfManyThreadsAndProcesses) {
+    constexpr std::size_t written = 8 * 500;
+    const struct {
+        std::size_t processes;
+        const wchar_t* mode;
+    } cases[] = {{1, L"\"8 threads\""}, {8, L"\"1 thread\""}};
+    for (const auto& row : cases) {
+        std::vector<program> programs;
+        while (programs.size() < row.processes) {
+            programs.push_back(box.start("log_child.exe", row.mode));
+        }
+        for (program& running : programs) {
+            const program::outcome run = running.wait();
+            EXPECT_THAT(sandbox::lines(run.output), SizeIs(written / row.processes));
+            EXPECT_EQ(run.errors, "");
+        }
+        std::set<std::string> whole;
+        std::size_t torn = 0;
+        const std::string header = "TIME,info,log_child.exe,";
+        for (const std::string& line : box.logged()) {
+            const bool good = line.compare(0, header.size(), header) == 0 && line.find('|') == line.size() - 1;
+            torn += !good || !whole.insert(line).second;
+        }
+        std::cout << row.processes << " processes: " << written << " lines written, " << whole.size()
+                  << " whole in the file, " << torn << " torn or double\n";
+        if (GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version")) {
+            EXPECT_LE(whole.size(), written);
+            EXPECT_GE(whole.size(), written / 2) << "Wine looks for the end of the file before it writes, not while";
+        } else {
+            EXPECT_EQ(whole.size(), written);
+            EXPECT_EQ(torn, 0u);
+        }
+        std::filesystem::remove(box.log());
     }
-    std::cout << writers << ": " << written << " lines written, " << whole.size() << " whole in the file, " << torn
-              << " torn\n";
-    EXPECT_LE(whole.size(), written);
-    if (GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version")) {
-        EXPECT_GE(whole.size(), written / 2) << "Wine looks for the end of the file before it writes, not while";
-    } else {
-        EXPECT_EQ(whole.size(), written);
-        EXPECT_EQ(torn, 0u);
-    }
-}
-
-TEST_F(Log, TakesLinesOfManyThreads) {
-    box.setswitch(HKEY_CURRENT_USER, 1);
-    const sandbox::outcome run = child(L"threads");
-    EXPECT_THAT(sandbox::lines(run.output), SizeIs(8 * 500));
-    EXPECT_EQ(run.errors, "");
-    expectlines(logged(), 8 * 500, "8 threads");
-}
-
-TEST_F(Log, TakesLinesOfManyProcesses) {
-    box.setswitch(HKEY_CURRENT_USER, 1);
-    std::vector<sandbox::program> programs;
-    for (int i = 0; i < 8; ++i) {
-        programs.emplace_back(box, L"log_child.exe lines");
-    }
-    for (sandbox::program& program : programs) {
-        const sandbox::outcome run = program.wait();
-        EXPECT_THAT(sandbox::lines(run.output), SizeIs(500));
-        EXPECT_EQ(run.errors, "");
-    }
-    expectlines(logged(), 8 * 500, "8 processes");
 }
 
 }  // namespace

@@ -11,37 +11,19 @@
 
 namespace {
 
-FILETIME fileTime(std::int64_t seconds) {
+// How far a time comes out from where it is.
+std::int64_t error(std::int64_t seconds) {
     const std::int64_t ticks = (seconds + 11644473600) * 10000000;
-    return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
-}
-
-// Seconds by which local time is ahead of UTC at that time.
-int offset(const FILETIME& time) {
-    SYSTEMTIME utc, local;
-    FILETIME shifted;
-    FileTimeToSystemTime(&time, &utc);
-    SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local);
-    SystemTimeToFileTime(&local, &shifted);
-    const auto seconds = [](const FILETIME& of) {
-        return (static_cast<std::int64_t>(of.dwHighDateTime) << 32 | of.dwLowDateTime) / 10000000;
-    };
-    return static_cast<int>(seconds(shifted) - seconds(time));
+    return orvsecutils::calendartime({static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)}) - seconds;
 }
 
 // A time comes out off by the difference between the offset of today and its own.
 bool fileTimesAreOffByTheirSeason() {
-    const std::int64_t january = 1705320000, july = 1721044800;
-    FILETIME now;
-    GetSystemTimeAsFileTime(&now);
-    bool right = offset(fileTime(january)) != offset(fileTime(july));
-    for (const std::int64_t time : {january, july}) {
-        const std::int64_t expected = time + offset(now) - offset(fileTime(time));
-        const std::int64_t actual = orvsecutils::calendartime(fileTime(time));
-        std::printf("%lld: %lld, expected %lld\n", time, actual, expected);
-        right = right && actual == expected;
-    }
-    return right && orvsecutils::calendartime({}) == -1;
+    const std::int64_t january = error(1705320000), july = error(1721044800);
+    TIME_ZONE_INFORMATION zone;
+    const bool summer = GetTimeZoneInformation(&zone) == TIME_ZONE_ID_DAYLIGHT;
+    std::printf("january: %lld, july: %lld\n", january, july);
+    return january == (summer ? 3600 : 0) && july == january - 3600 && orvsecutils::calendartime({}) == -1;
 }
 
 }  // namespace

@@ -3,37 +3,17 @@
 #include <windows.h>
 
 #include <objidl.h>
+#include <wbemcli.h>
 
+#include <cstdlib>
 #include <string>
-#include <utility>
+#include <type_traits>
 #include <vector>
 
 #include "orvsecutils/platform/com.h"
-#include "tests/wmi/stubs.h"
 
 /// A WMI of the test's making, told by a script what to answer.
 namespace fakes {
-
-inline int alive = 0;  ///< fake objects that nobody has released yet
-
-template <class Interface>
-class counted : public Interface {
-public:
-    counted() { ++alive; }
-    virtual ~counted() { --alive; }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = --references;
-        if (left == 0) {
-            delete this;
-        }
-        return left;
-    }
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
-
-private:
-    ULONG references = 1;
-};
 
 /// A property; its value a text, a number, an object or null, as `type` says.
 struct property {
@@ -53,37 +33,45 @@ struct script {
     std::vector<std::wstring> seen;  ///< what was asked, in order
 };
 
-/// The services' security side, which the system's proxies have.
-class security : public counted<IClientSecurity> {
+/// An interface is a table of functions. This one has places for `Count` members that the library has no use for; what
+/// a class of this base declares follows them, so that it has to do so in the interface's order.
+template <int Count>
+class unused : public unused<Count - 1> {
+    virtual void member(std::integral_constant<int, Count>) { std::abort(); }
+};
+template <>
+class unused<0> : public IUnknown {};
+
+inline int alive = 0;  ///< fake objects that nobody has released yet
+
+template <class Self, class... Interfaces>
+class counted : public Interfaces... {
 public:
-    explicit security(script& storyIn) : story(storyIn) {}
-    HRESULT STDMETHODCALLTYPE SetBlanket(IUnknown*, DWORD authentication, DWORD authorisation, OLECHAR* principal,
-                                         DWORD level, DWORD impersonation, void* identity,
-                                         DWORD capabilities) override {
-        story.seen.push_back(L"blanket " + std::to_wstring(authentication) + L"," + std::to_wstring(authorisation) +
-                             L"," + std::to_wstring(level) + L"," + std::to_wstring(impersonation) + L"," +
-                             std::to_wstring(capabilities) + (principal || identity ? L", named" : L""));
-        return story.blanket;
+    explicit counted(script& storyIn) : story(storyIn) { ++alive; }
+    ~counted() { --alive; }  // not virtual: that would take places in the table
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+    ULONG STDMETHODCALLTYPE Release() override {
+        const ULONG left = --references;
+        if (left == 0) {
+            delete static_cast<Self*>(this);
+        }
+        return left;
     }
-    HRESULT STDMETHODCALLTYPE QueryBlanket(IUnknown*, DWORD*, DWORD*, OLECHAR**, DWORD*, DWORD*, void**,
-                                           DWORD*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE CopyProxy(IUnknown*, IUnknown**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+
+protected:
+    script& story;
 
 private:
-    script& story;
+    ULONG references = 1;
 };
 
-class object : public counted<stubs::object> {
+/// An IWbemClassObject.
+class object final : public counted<object, unused<5>> {
 public:
-    object(script& storyIn, const std::vector<property>& propertiesIn) : story(storyIn), properties(propertiesIn) {}
-    HRESULT STDMETHODCALLTYPE BeginEnumeration(LONG) override { return S_OK; }
-    HRESULT STDMETHODCALLTYPE EndEnumeration() override {
-        story.seen.push_back(L"end");
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE Next(LONG, BSTR* name, VARIANT* value, CIMTYPE*, LONG*) override {
+    object(script& storyIn, const std::vector<property>& propertiesIn) : counted(storyIn), properties(propertiesIn) {}
+    virtual HRESULT STDMETHODCALLTYPE BeginEnumeration(LONG) { return S_OK; }
+    virtual HRESULT STDMETHODCALLTYPE Next(LONG, BSTR* name, VARIANT* value, CIMTYPE*, LONG*) {
         if (index == properties.size()) {
             return story.afterproperties;
         }
@@ -93,22 +81,25 @@ public:
         if (next.type == VT_BSTR) {
             V_BSTR(value) = orvsecutils::makesystemstring(next.text).release();
         } else if (next.type == VT_UNKNOWN) {
-            V_UNKNOWN(value) = new security(story);
+            V_UNKNOWN(value) = new object(story, properties);
         }
+        return S_OK;
+    }
+    virtual HRESULT STDMETHODCALLTYPE EndEnumeration() {
+        story.seen.push_back(L"end");
         return S_OK;
     }
 
 private:
-    script& story;
     const std::vector<property>& properties;
     std::size_t index = 0;
 };
 
-class enumerator : public counted<stubs::enumerator> {
+/// An IEnumWbemClassObject.
+class enumerator final : public counted<enumerator, unused<1>> {
 public:
-    explicit enumerator(script& storyIn) : story(storyIn) {}
-    HRESULT STDMETHODCALLTYPE Next(LONG timeout, ULONG count, IWbemClassObject** objects, ULONG* returned) override {
-        *returned = 0;
+    using counted::counted;
+    virtual HRESULT STDMETHODCALLTYPE Next(LONG timeout, ULONG count, IUnknown** objects, ULONG* returned) {
         if (timeout != -1 || count != 1) {
             return E_INVALIDARG;
         }
@@ -121,50 +112,56 @@ public:
     }
 
 private:
-    script& story;
     std::size_t index = 0;
 };
 
-class services : public counted<stubs::services> {
+/// An IWbemServices, with the security side that the system's proxies have.
+class services final : public counted<services, unused<17>, IClientSecurity> {
 public:
-    explicit services(script& storyIn) : story(storyIn) {}
-    ~services() override { story.seen.push_back(L"services gone"); }
+    using counted::counted;
+    ~services() { story.seen.push_back(L"services gone"); }
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
         if (!IsEqualIID(iid, IID_IClientSecurity)) {
             return E_NOINTERFACE;
         }
-        *object = static_cast<IClientSecurity*>(new security(story));
+        AddRef();
+        *object = static_cast<IClientSecurity*>(this);
         return S_OK;
     }
-    HRESULT STDMETHODCALLTYPE ExecQuery(BSTR language, BSTR text, LONG flags, IWbemContext*,
-                                        IEnumWbemClassObject** objects) override {
+    virtual HRESULT STDMETHODCALLTYPE ExecQuery(BSTR language, BSTR text, LONG flags, IWbemContext*,
+                                                IUnknown** objects) {
         story.seen.push_back(std::wstring(language) + L" " + std::to_wstring(flags) + L" " + text);
-        if (SUCCEEDED(story.query)) {
-            *objects = new enumerator(story);
-        }
+        *objects = SUCCEEDED(story.query) ? new enumerator(story) : nullptr;
         return story.query;
     }
-
-private:
-    script& story;
+    HRESULT STDMETHODCALLTYPE SetBlanket(IUnknown*, DWORD authentication, DWORD authorisation, OLECHAR* principal,
+                                         DWORD level, DWORD impersonation, void* identity,
+                                         DWORD capabilities) override {
+        std::wstring seen = L"blanket";
+        for (const DWORD number : {authentication, authorisation, level, impersonation, capabilities}) {
+            seen += L" " + std::to_wstring(number);
+        }
+        story.seen.push_back(seen + (principal || identity ? L" somebody" : L""));
+        return story.blanket;
+    }
+    HRESULT STDMETHODCALLTYPE QueryBlanket(IUnknown*, DWORD*, DWORD*, OLECHAR**, DWORD*, DWORD*, void**,
+                                           DWORD*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE CopyProxy(IUnknown*, IUnknown**) override { return E_NOTIMPL; }
 };
 
-class locator : public counted<IWbemLocator> {
+class locator final : public counted<locator, IWbemLocator> {
 public:
-    explicit locator(script& storyIn) : story(storyIn) {}
-    ~locator() override { story.seen.push_back(L"locator gone"); }
+    using counted::counted;
+    ~locator() { story.seen.push_back(L"locator gone"); }
     HRESULT STDMETHODCALLTYPE ConnectServer(BSTR space, BSTR user, BSTR password, BSTR locale, LONG flags,
                                             BSTR authority, IWbemContext*, IWbemServices** object) override {
         story.seen.push_back(std::wstring(space) + L" " + std::to_wstring(flags) +
                              (user || password || locale || authority ? L" somebody" : L""));
-        if (SUCCEEDED(story.connect)) {
-            *object = new services(story);
-        }
+        *object = reinterpret_cast<IWbemServices*>(SUCCEEDED(story.connect) ? new services(story) : nullptr);
         return story.connect;
     }
-
-private:
-    script& story;
 };
 
 }  // namespace fakes

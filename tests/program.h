@@ -1,0 +1,82 @@
+#pragma once
+
+#include <windows.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+
+#include "orvsecutils/platform/handles.h"
+
+/// A file as its bytes are; empty when it is not there.
+inline std::string contentof(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+/// A program under way. Its output goes to files in the folder that it works in.
+class program {
+public:
+    struct outcome {
+        DWORD status;
+        std::string output;  ///< bytes as they are written, so with a text file's line ends
+        std::string errors;
+    };
+
+    /// Starts `executable`, which lies beside the test program unless its path is a full one.
+    program(const std::filesystem::path& executable, const std::wstring& arguments,
+            const std::filesystem::path& folder) {
+        static int count = 0;
+        const std::wstring number = std::to_wstring(++count);
+        output = folder / (L"output " + number);
+        errors = folder / (L"errors " + number);
+        const orvsecutils::filehandle out = inheritable(output);
+        const orvsecutils::filehandle err = inheritable(errors);
+        STARTUPINFOW start = {};
+        start.cb = sizeof start;
+        start.dwFlags = STARTF_USESTDHANDLES;
+        start.hStdOutput = out.get();
+        start.hStdError = err.get();
+        const std::filesystem::path file = ownfolder() / executable;
+        std::wstring line = L"\"" + file.native() + L"\" " + arguments;
+        PROCESS_INFORMATION info = {};
+        if (!CreateProcessW(file.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, folder.c_str(), &start,
+                            &info)) {
+            throw std::runtime_error("no start of " + executable.string());
+        }
+        process.reset(info.hProcess);
+        CloseHandle(info.hThread);
+    }
+
+    outcome wait() {
+        DWORD status = 0;
+        WaitForSingleObject(process.get(), INFINITE);
+        GetExitCodeProcess(process.get(), &status);
+        return {status, contentof(output), contentof(errors)};
+    }
+
+    std::string outputsofar() const { return contentof(output); }
+    void end() { TerminateProcess(process.get(), 0); }
+
+    /// Where the test program lies, and what is built with it.
+    static std::filesystem::path ownfolder() {
+        wchar_t path[1024];
+        GetModuleFileNameW(nullptr, path, 1024);
+        return std::filesystem::path(path).parent_path();
+    }
+
+private:
+    static orvsecutils::filehandle inheritable(const std::filesystem::path& path) {
+        // Deletable while it is open: Wine's desktop process inherits it when a program is the first to need one.
+        SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
+        return orvsecutils::filehandle(CreateFileW(path.c_str(), FILE_APPEND_DATA,
+                                                   FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, &inherit,
+                                                   CREATE_ALWAYS, 0, nullptr));
+    }
+
+    std::filesystem::path output;
+    std::filesystem::path errors;
+    orvsecutils::filehandle process;
+};
