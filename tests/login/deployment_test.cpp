@@ -7,6 +7,7 @@
 #include <fstream>
 #include <string>
 
+#include "tests/program.h"
 #include "tests/temporary_folder.h"
 
 namespace fs = std::filesystem;
@@ -18,7 +19,7 @@ namespace {
 class Deployment {
 public:
     Deployment() {
-        const fs::path built = programFolder();
+        const fs::path built = program::ownfolder();
         for (const wchar_t* name : {L"orvellogin.dll", L"OrvelLoginClientCLR.dll", L"libgcc_s_dw2-1.dll",
                                     L"libstdc++-6.dll", L"libwinpthread-1.dll"}) {
             fs::copy_file(built / name, folder / name);
@@ -35,35 +36,10 @@ public:
 
     /// What the probe prints for these steps.
     std::string run(const std::wstring& steps) const {
-        const fs::path output = folder / L"output.txt";
-        SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
-        STARTUPINFOW startup = {};
-        startup.cb = sizeof startup;
-        startup.dwFlags = STARTF_USESTDHANDLES;
-        startup.hStdOutput =
-            CreateFileW(output.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherit, CREATE_ALWAYS, 0, nullptr);
-        PROCESS_INFORMATION process = {};
-        std::wstring command = L"probe.exe " + steps;
-        const bool started = CreateProcessW((folder / L"probe.exe").c_str(), &command[0], nullptr, nullptr, TRUE, 0,
-                                            nullptr, folder.c_str(), &startup, &process) != 0;
-        CloseHandle(startup.hStdOutput);
-        if (!started) {
-            return "the probe did not start";
-        }
-        WaitForSingleObject(process.hProcess, 60000);
-        CloseHandle(process.hThread);
-        CloseHandle(process.hProcess);
-        std::ifstream file(output);
-        return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+        return program(folder / L"probe.exe", steps, folder).wait().output;
     }
 
 private:
-    static fs::path programFolder() {
-        wchar_t path[1024];
-        GetModuleFileNameW(nullptr, path, 1024);
-        return fs::path(path).parent_path();
-    }
-
     // Neither the library's folder nor the host's may be taken through a code page.
     const temporary_folder temporary;
     const fs::path& folder = temporary.path;

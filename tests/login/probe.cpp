@@ -1,5 +1,8 @@
 // A host program for tests of deployments: carries out the steps given as arguments and prints what each ended in.
 
+#include <fcntl.h>
+#include <io.h>
+
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -42,6 +45,7 @@ std::wstring carryOut(const std::wstring& step) {
 }  // namespace
 
 int wmain(int count, wchar_t** arguments) {
+    _setmode(_fileno(stdout), _O_BINARY);
     for (int i = 1; i < count; ++i) {
         const std::wstring step = arguments[i];
         std::printf("%s: %s\n", orvsecutils::toutf8(step).c_str(), outcome([&] { return carryOut(step); }).c_str());
