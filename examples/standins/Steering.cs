@@ -14,7 +14,7 @@ namespace OrvelLoginClient
     ///     null          gives back null
     ///     echo          gives back the argument (login: as userName and firstName)
     ///     status N      throws a LoginManagerException with that status
-    ///     throw TYPE    throws an exception of that type of mscorlib's, with the message "on request"
+    ///     throw TYPE    throws an exception of that type of mscorlib's, with what follows as its message, or "on request"
     ///     load NAME     loads an assembly by that display name; gives back where from, or "not found"
     ///     collect       runs the garbage collector
     ///     wait NAME     waits until the event of that name is set
@@ -69,7 +69,10 @@ namespace OrvelLoginClient
             if (command.StartsWith("status ", StringComparison.Ordinal))
                 throw new LoginManagerException((loginManagerStatusCode)int.Parse(command.Substring(7), CultureInfo.InvariantCulture), "on request");
             if (command.StartsWith("throw ", StringComparison.Ordinal))
-                throw (Exception)Activator.CreateInstance(Type.GetType(command.Substring(6), true), "on request");
+            {
+                string[] words = command.Split(new[] { ' ' }, 3);
+                throw (Exception)Activator.CreateInstance(Type.GetType(words[1], true), words.Length > 2 ? words[2] : "on request");
+            }
             if (command.StartsWith("wait ", StringComparison.Ordinal))
             {
                 using (var gate = EventWaitHandle.OpenExisting(command.Substring(5)))

@@ -45,8 +45,8 @@ TEST(SigninWindow, TellsHowASignInEnded) {
         {L"events=thread", L"zoe@example.com", L"κωδικός", L"Ζωή signed in", true, L"Zoë 🦉",
          L"https://platform.example.com/"},
         {L"login=null", ada, adasPassword, L"The login manager gave no answer (code 6).", false, nullptr, nullptr},
-        {L"login=throw System.TimeoutException", ada, adasPassword, L"System.TimeoutException: on request", false,
-         nullptr, nullptr},
+        {L"login=throw System.TimeoutException время вышло", ada, adasPassword, L"System.TimeoutException: время вышло",
+         false, nullptr, nullptr},
         // Signed in all the same, and what was learnt before the failure is shown.
         {L"getPlatformURL=throw System.TimeoutException", ada, adasPassword, L"System.TimeoutException: on request",
          true, L"Countess", nullptr},
