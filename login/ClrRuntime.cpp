@@ -58,8 +58,11 @@ InterfacePointer<Interface> obtain(Call call) {
 
 // Loaded by hand, so that this library itself loads on a machine without the runtime and can say what is missing.
 CLRCreateInstanceFunction clrCreateInstance() {
+    // By its full path: the flag that confines a search to the system's folder came to Windows 7 with an update only.
+    wchar_t folder[MAX_PATH];
+    const UINT length = GetSystemDirectoryW(folder, MAX_PATH);
     // Never freed: a runtime that was started cannot be unloaded.
-    const HMODULE mscoree = LoadLibraryExW(L"mscoree.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    const HMODULE mscoree = LoadLibraryW((std::wstring(folder, length) + L"\\mscoree.dll").c_str());
     if (!mscoree) {
         check(HRESULT_FROM_WIN32(GetLastError()));
     }
