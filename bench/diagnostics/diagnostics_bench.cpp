@@ -23,7 +23,7 @@
 #include "orvsecutils/platform/com.h"
 #include "orvsecutils/platform/platform.h"
 #include "orvsecutils/platform/walltime.h"
-#include "tests/log/sandbox.h"
+#include "tests/orvsecutils/sandbox.h"
 
 using namespace orvsecutils;
 

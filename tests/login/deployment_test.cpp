@@ -7,8 +7,8 @@
 #include <fstream>
 #include <string>
 
-#include "tests/program.h"
-#include "tests/temporary_folder.h"
+#include "tests/support/program.h"
+#include "tests/support/temporary_folder.h"
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;

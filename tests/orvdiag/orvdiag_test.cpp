@@ -3,7 +3,7 @@
 
 #include "orvsecutils/platform/appendfile.h"
 #include "orvsecutils/platform/unicode.h"
-#include "tests/log/sandbox.h"
+#include "tests/orvsecutils/sandbox.h"
 #include "tools/orvdiag/assembly.h"
 #include "tools/orvdiag/commandline.h"
 #include "tools/orvdiag/filetail.h"

@@ -17,7 +17,7 @@
 #include "orvsecutils/platform/handles.h"
 #include "orvsecutils/platform/platform.h"
 #include "orvsecutils/platform/unicode.h"
-#include "tests/temporary_folder.h"
+#include "tests/support/temporary_folder.h"
 
 using namespace orvsecutils;
 

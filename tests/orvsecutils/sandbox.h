@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "orvsecutils/platform/handles.h"
-#include "tests/program.h"
-#include "tests/temporary_folder.h"
+#include "tests/support/program.h"
+#include "tests/support/temporary_folder.h"
 
 /// A profile folder and a logging switch of the test's own, for the programs that it starts. Puts back what it changes;
 /// one at a time in the whole session, whichever test program it belongs to. The profile folder moves under Wine only.

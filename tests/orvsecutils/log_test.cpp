@@ -8,7 +8,7 @@
 
 #include "orvsecutils/log/log.h"
 #include "orvsecutils/platform/unicode.h"
-#include "tests/log/sandbox.h"
+#include "tests/orvsecutils/sandbox.h"
 
 using testing::ElementsAre;
 using testing::EndsWith;

@@ -14,7 +14,7 @@
 #include "orvsecutils/platform/macaddress.h"
 #include "orvsecutils/platform/platform.h"
 #include "orvsecutils/platform/wmiconnection.h"
-#include "tests/wmi/fakes.h"
+#include "tests/orvsecutils/wmi_fakes.h"
 
 using namespace orvsecutils;
 using testing::ElementsAre;
