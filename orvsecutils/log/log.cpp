@@ -4,10 +4,10 @@
 #include <locale>
 #include <string>
 
+#include "orvsecutils/log/appendfile.h"
 #include "orvsecutils/log/debugsettings.h"
 #include "orvsecutils/log/logfile.h"
 #include "orvsecutils/log/recordheader.h"
-#include "orvsecutils/platform/appendfile.h"
 #include "orvsecutils/platform/platform.h"
 
 namespace orvsecutils {

@@ -1,6 +1,6 @@
 #include "orvsecutils/log/logfile.h"
 
-#include "orvsecutils/settings/placement.h"
+#include "orvsecutils/settings/productnames.h"
 
 namespace orvsecutils {
 

@@ -4,9 +4,10 @@
 #include <string>
 #include <string_view>
 
-#include "orvsecutils/platform/walltime.h"
+#include "orvsecutils/log/walltime.h"
 
-/// What stands in front of a record's message.
+/// @file
+/// The text in front of a record's message.
 namespace orvsecutils {
 
 /// The word for a level.

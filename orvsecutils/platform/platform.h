@@ -5,9 +5,12 @@
 #include <vector>
 
 #include "orvsecutils/settings/setting.h"
-#include "orvsecutils/settings/settingsdef.h"
 
 namespace orvsecutils {
+
+// Only named here: definitions ask the platform, so this header cannot build on theirs.
+class settingsdef;
+enum class settingsscope : std::int32_t;
 
 /// One entry of a folder.
 struct fileentry {

@@ -1,7 +1,7 @@
 #include "orvsecutils/settings/settings.h"
 
 #include "orvsecutils/platform/platform.h"
-#include "orvsecutils/settings/placement.h"
+#include "orvsecutils/settings/productnames.h"
 
 namespace orvsecutils {
 

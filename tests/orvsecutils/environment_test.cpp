@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "orvsecutils/platform/filetime.h"
 #include "orvsecutils/platform/platform.h"
+#include "orvsecutils/platform/windows/filetime.h"
 
 namespace {
 

@@ -100,7 +100,11 @@ TEST_F(Log, CannotBeHadAndSaysSo) {
         std::string path;
     } cases[] = {
         {"held by another",
-         [&] { holder.reset(CreateFileW(occupy(file), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr)); }, path},
+         [&] {
+             holder = orvsecutils::filehandle(
+                 CreateFileW(occupy(file), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+         },
+         path},
         {"read-only", [&] { SetFileAttributesW(occupy(file), FILE_ATTRIBUTE_READONLY); }, path},
         {"a folder of its name", [&] { create_directories(file); }, path},
         {"inner folder is a file", [&] { occupy(folder); }, ""},
@@ -115,7 +119,7 @@ TEST_F(Log, CannotBeHadAndSaysSo) {
         EXPECT_EQ(run.errors, canbehad ? "" : "failed to open log file: " + row.path + "\r\n");
         EXPECT_EQ(run.status, 0u);
         EXPECT_THAT(sandbox::lines(run.output), ElementsAre(EndsWith(",one"))) << "the echo does not need the file";
-        holder.reset();
+        holder = {};
         SetFileAttributesW(file.c_str(), FILE_ATTRIBUTE_NORMAL);
         remove_all(folder.parent_path());
     }

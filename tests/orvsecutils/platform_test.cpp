@@ -14,9 +14,9 @@
 #include <tuple>
 #include <vector>
 
-#include "orvsecutils/platform/handles.h"
 #include "orvsecutils/platform/platform.h"
 #include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/platform/windows/handles.h"
 #include "tests/support/temporary_folder.h"
 
 using namespace orvsecutils;

@@ -1,10 +1,12 @@
+#include <windows.h>
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <tuple>
 
 #include "orvsecutils/log/recordheader.h"
-#include "orvsecutils/platform/timezone.h"
+#include "orvsecutils/log/walltime.h"
 
 using namespace orvsecutils;
 

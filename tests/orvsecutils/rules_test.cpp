@@ -7,12 +7,10 @@
 #include <stdexcept>
 #include <string>
 
-#include "orvsecutils/platform/arguments.h"
-#include "orvsecutils/platform/dependencies.h"
-#include "orvsecutils/platform/grouppath.h"
 #include "orvsecutils/platform/platformerror.h"
-#include "orvsecutils/platform/registryvalue.h"
+#include "orvsecutils/platform/rules.h"
 #include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/platform/windows/registryformat.h"
 
 using namespace orvsecutils;
 using namespace std::string_literals;

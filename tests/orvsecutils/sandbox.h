@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "orvsecutils/platform/handles.h"
+#include "orvsecutils/platform/windows/handles.h"
 #include "tests/support/program.h"
 #include "tests/support/temporary_folder.h"
 
@@ -15,8 +15,8 @@
 /// one at a time in the whole session, whichever test program it belongs to. The profile folder moves under Wine only.
 class sandbox {
 public:
-    sandbox() : turn(CreateMutexW(nullptr, FALSE, L"orvsecutils.tests.sandbox")) {
-        WaitForSingleObject(turn.get(), INFINITE);
+    sandbox() : sessionlock(CreateMutexW(nullptr, FALSE, L"orvsecutils.tests.sandbox")) {
+        WaitForSingleObject(sessionlock.get(), INFINITE);
         moveprofile(profile);
     }
 
@@ -24,7 +24,7 @@ public:
         clearswitch(HKEY_CURRENT_USER);
         clearswitch(HKEY_LOCAL_MACHINE);
         RegDeleteKeyValueW(HKEY_CURRENT_USER, shellfolders, profileid);
-        ReleaseMutex(turn.get());
+        ReleaseMutex(sessionlock.get());
     }
 
     sandbox(const sandbox&) = delete;
@@ -82,7 +82,7 @@ private:
         L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
     static constexpr wchar_t profileid[] = L"{5E6C858F-0E22-4760-9AFE-EA3317B67173}";
 
-    orvsecutils::filehandle turn;
+    orvsecutils::kernelhandle sessionlock;
     const temporary_folder temporary;
     const std::filesystem::path& profile = temporary.path;
 };

@@ -7,10 +7,10 @@
 #include <string_view>
 #include <vector>
 
-#include "orvsecutils/platform/handles.h"
 #include "orvsecutils/platform/platform.h"
 #include "orvsecutils/platform/unicode.h"
-#include "orvsecutils/settings/placement.h"
+#include "orvsecutils/platform/windows/handles.h"
+#include "orvsecutils/settings/productnames.h"
 #include "orvsecutils/settings/settings.h"
 
 using namespace orvsecutils;

@@ -10,7 +10,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "orvsecutils/platform/com.h"
+#include "orvsecutils/platform/windows/com.h"
 
 /// A WMI of the test's making, told by a script what to answer.
 namespace fakes {
@@ -76,10 +76,10 @@ public:
             return story.afterproperties;
         }
         const property& next = properties[index++];
-        *name = orvsecutils::makesystemstring(next.name).release();
+        *name = orvsecutils::makebstr(next.name).release();
         V_VT(value) = next.type;
         if (next.type == VT_BSTR) {
-            V_BSTR(value) = orvsecutils::makesystemstring(next.text).release();
+            V_BSTR(value) = orvsecutils::makebstr(next.text).release();
         } else if (next.type == VT_UNKNOWN) {
             V_UNKNOWN(value) = new object(story, properties);
         }

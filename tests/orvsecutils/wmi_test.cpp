@@ -11,9 +11,9 @@
 #include <stdexcept>
 #include <thread>
 
-#include "orvsecutils/platform/macaddress.h"
 #include "orvsecutils/platform/platform.h"
-#include "orvsecutils/platform/wmiconnection.h"
+#include "orvsecutils/platform/rules.h"
+#include "orvsecutils/platform/windows/wmiconnection.h"
 #include "tests/orvsecutils/wmi_fakes.h"
 
 using namespace orvsecutils;

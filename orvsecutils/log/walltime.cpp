@@ -1,10 +1,14 @@
-#include "orvsecutils/platform/timezone.h"
+#include "orvsecutils/log/walltime.h"
+
+#include <windows.h>
 
 #include <atomic>
 
 namespace orvsecutils {
 
 namespace {
+
+constexpr std::int64_t ticksperminute = 60 * 10'000'000LL;
 
 std::int64_t toticks(const FILETIME& time) {
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime);
@@ -14,8 +18,8 @@ FILETIME tofiletime(std::int64_t ticks) {
     return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
 }
 
-// The system's offset at that moment. Asking costs microseconds, and the answer never changes but on a full minute,
-// so it is asked once a minute. Minute and offset share a word, so that no thread meets one without the other.
+// The system's offset at that moment. Asking costs microseconds and the answer changes only on a full minute, so it is
+// asked once a minute. Minute and offset share one word, so that no thread sees one without the other.
 int cachedutcoffset(std::int64_t ticks) {
     constexpr std::int64_t span = 1 << 12;  // offsets lie within a day either way
     static std::atomic<std::int64_t> cached{-1};
@@ -37,7 +41,7 @@ int utcoffset(std::int64_t ticks, const TIME_ZONE_INFORMATION* zone) {
     SYSTEMTIME utc = {};
     SYSTEMTIME local = {};
     FILETIME moved = {};
-    // By way of calendars: the system's direct conversion of file times applies today's offset to every date.
+    // By way of calendar fields: FileTimeToLocalFileTime applies today's offset to every date.
     if (!FileTimeToSystemTime(&time, &utc) || !SystemTimeToTzSpecificLocalTime(zone, &utc, &local) ||
         !SystemTimeToFileTime(&local, &moved)) {
         return 0;

@@ -1,4 +1,4 @@
-#include "orvsecutils/platform/registry.h"
+#include "orvsecutils/platform/windows/registry.h"
 
 #include <windows.h>
 
@@ -6,10 +6,9 @@
 #include <string>
 #include <utility>
 
-#include "orvsecutils/platform/grouppath.h"
-#include "orvsecutils/platform/handles.h"
-#include "orvsecutils/platform/registryvalue.h"
 #include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/platform/windows/handles.h"
+#include "orvsecutils/platform/windows/registryformat.h"
 
 namespace orvsecutils {
 

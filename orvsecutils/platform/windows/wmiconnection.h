@@ -3,10 +3,10 @@
 #include <windows.h>
 
 #include <wbemcli.h>
+#include <wrl/client.h>
 
 #include <functional>
 
-#include "orvsecutils/platform/com.h"
 #include "orvsecutils/platform/wmi.h"
 
 namespace orvsecutils {
@@ -25,9 +25,9 @@ public:
 private:
     bool open(const locatorsource& source);
 
-    // Destroyed from the last to the first.
-    interfacepointer<IWbemServices> services;
-    interfacepointer<IWbemLocator> locator;
+    // Members are destroyed in reverse: the locator is released before the services.
+    Microsoft::WRL::ComPtr<IWbemServices> services;
+    Microsoft::WRL::ComPtr<IWbemLocator> locator;
 };
 
 }  // namespace orvsecutils

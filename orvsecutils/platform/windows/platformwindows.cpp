@@ -1,4 +1,4 @@
-#include "orvsecutils/platform/platformwindows.h"
+#include "orvsecutils/platform/windows/platformwindows.h"
 
 #include <windows.h>
 
@@ -11,14 +11,11 @@
 #include <initializer_list>
 #include <utility>
 
-#include "orvsecutils/platform/arguments.h"
-#include "orvsecutils/platform/dependencies.h"
-#include "orvsecutils/platform/filetime.h"
-#include "orvsecutils/platform/handles.h"
-#include "orvsecutils/platform/languagecode.h"
-#include "orvsecutils/platform/macaddress.h"
-#include "orvsecutils/platform/registry.h"
+#include "orvsecutils/platform/rules.h"
 #include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/platform/windows/filetime.h"
+#include "orvsecutils/platform/windows/handles.h"
+#include "orvsecutils/platform/windows/registry.h"
 
 namespace orvsecutils {
 
@@ -36,7 +33,7 @@ std::string commaseparated(std::initializer_list<DWORD> numbers) {
 std::string knownfolder(const KNOWNFOLDERID& id) {
     wchar_t* path = nullptr;
     const HRESULT result = SHGetKnownFolderPath(id, 0, nullptr, &path);
-    const taskmemory owner(path);
+    const comallocatedtext owner(path);
     return SUCCEEDED(result) ? toutf8(path) : std::string();
 }
 
@@ -245,17 +242,16 @@ bool platformwindows::filetimes(const std::string& path, std::int64_t& creation,
 bool platformwindows::findfiles(const std::string& pattern, std::vector<fileentry>& entries) const {
     entries.clear();
     WIN32_FIND_DATAW found = {};
-    const HANDLE search = FindFirstFileW(toutf16(pattern).c_str(), &found);
-    if (search == INVALID_HANDLE_VALUE) {
+    const findhandle search(FindFirstFileW(toutf16(pattern).c_str(), &found));
+    if (!search) {
         return false;
     }
-    const findhandle owner(search);
     do {
         const std::wstring_view name(found.cFileName);
         if (name != L"." && name != L"..") {
             entries.push_back({toutf8(name), calendartime(found.ftLastWriteTime)});
         }
-    } while (FindNextFileW(search, &found));
+    } while (FindNextFileW(search.get(), &found));
     return true;
 }
 
