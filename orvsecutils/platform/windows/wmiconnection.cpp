@@ -9,7 +9,7 @@ namespace orvsecutils {
 
 namespace {
 
-// The enumeration of an object's properties, under way for as long as this lives.
+// An enumeration of an object's properties; the destructor ends it.
 class propertyenumeration {
 public:
     explicit propertyenumeration(IWbemClassObject& objectIn)
@@ -22,7 +22,7 @@ public:
     propertyenumeration(const propertyenumeration&) = delete;
     propertyenumeration& operator=(const propertyenumeration&) = delete;
 
-    // False at the end, and also at an error: asking on after one might never come to an end.
+    // False at the end, and at an error: after one the enumeration might never reach its end.
     bool next(bstr& name, variant& value) {
         BSTR text = nullptr;
         const HRESULT result =
@@ -45,9 +45,7 @@ wmirow textproperties(IWbemClassObject& object) {
         if (!properties.next(name, property)) {
             return row;
         }
-        if (V_VT(&property.value) == VT_BSTR) {
-            row.emplace(toutf8(view(name.get())), toutf8(view(V_BSTR(&property.value))));
-        }
+        addproperty(row, name.get(), property.value);
     }
 }
 
@@ -60,6 +58,12 @@ ComPtr<IWbemClassObject> nextobject(IEnumWbemClassObject& objects) {
 }
 
 }  // namespace
+
+void addproperty(wmirow& row, BSTR name, const VARIANT& value) {
+    if (V_VT(&value) == VT_BSTR) {
+        row.emplace(toutf8(view(name)), toutf8(view(V_BSTR(&value))));
+    }
+}
 
 std::shared_ptr<wmi> wmi::connect() {
     return wmiconnection::connect([](IWbemLocator** locator) {
@@ -74,11 +78,11 @@ std::shared_ptr<wmi> wmiconnection::connect(const locatorsource& source) {
 }
 
 bool wmiconnection::open(const locatorsource& source) {
-    // Never undone: the thread may come to rely on it in between.
+    // Never undone: by the end of the connection, other code on this thread may rely on COM.
     if (FAILED(CoInitialize(nullptr))) {
         return false;
     }
-    // Fails when the host has set its own, which then holds.
+    // Fails when the host has set security before; its settings then hold, and the proxy blanket below does the rest.
     CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_DEFAULT, RPC_C_IMP_LEVEL_IMPERSONATE, nullptr,
                          EOAC_NONE, nullptr);
     if (FAILED(source(&locator))) {

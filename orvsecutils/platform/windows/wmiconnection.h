@@ -11,15 +11,20 @@
 
 namespace orvsecutils {
 
-/// Where a connection takes its locator from.
+/// Creates the locator of a connection; a test has another one than the system's.
 using locatorsource = std::function<HRESULT(IWbemLocator**)>;
 
+/// Adds a property to a row if its value is a text and the row has none of that name yet. Throws `std::range_error`
+/// ("bad conversion") when name or value is not valid UTF-16.
+void addproperty(wmirow& row, BSTR name, const VARIANT& value);
+
+/// `wmi` over the system's interfaces.
 class wmiconnection final : public wmi {
 public:
-    /// wmi::connect(), with another locator.
+    /// wmi::connect() with the locator that `source` creates.
     static std::shared_ptr<wmi> connect(const locatorsource& source);
 
-    /// Does nothing without a connection.
+    /// wmi::query(); without a connection nothing is added.
     bool query(const std::string& text, std::vector<wmirow>& rows) const override;
 
 private:
