@@ -11,7 +11,7 @@ foreach(name IN LISTS compiler_runtime)
   set(file ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${name})
   add_custom_command(
     OUTPUT ${file}
-    COMMAND ${CMAKE_STRIP} --strip-unneeded -o ${file} ${source}
+    COMMAND ${CMAKE_STRIP} --preserve-dates --strip-unneeded -o ${file} ${source}
     DEPENDS ${source}
     COMMENT "Stripping ${name}"
     VERBATIM)

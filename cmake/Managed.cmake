@@ -17,11 +17,14 @@ function(add_managed target)
     list(APPEND sources ${source})
   endforeach()
   set(references)
+  set(reference_options)
   foreach(reference IN LISTS arg_REFERENCES)
     get_target_property(path ${reference} MANAGED_FILE)
     list(APPEND references ${path})
+    # Relative, because a "," in a folder's name would end the option.
+    cmake_path(RELATIVE_PATH path BASE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
+    list(APPEND reference_options -r:${path})
   endforeach()
-  list(TRANSFORM references PREPEND -r: OUTPUT_VARIABLE reference_options)
   # Not in the package: there the assemblies are the host's own affair.
   set(identify ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/deterministic-assembly.py)
   set(identity)
@@ -36,6 +39,7 @@ function(add_managed target)
             -warnaserror -out:${file} ${reference_options} ${sources}
     ${identity}
     DEPENDS ${sources} ${references}
+    WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}
     COMMENT "Compiling ${arg_NAME}.dll"
     VERBATIM)
   set(all)

@@ -34,11 +34,12 @@ def epoch():
 
 
 def split(image):
-    """Moves debug information, if there is any, to a file that the image names."""
+    """Takes debug information away from an image, which from then on names the file that has it: a copy from before."""
     information = debug / (image.name + ".debug")
-    run(objcopy, "--only-keep-debug", image, information)
-    run(objcopy, "--strip-unneeded", image)
-    run(objcopy, "--add-gnu-debuglink=" + information.name, image.resolve(), cwd=debug)
+    shutil.copyfile(image, information)
+    # Without the option the time goes into the image.
+    run(objcopy, "--preserve-dates", "--strip-unneeded", image)
+    run(objcopy, "--preserve-dates", "--add-gnu-debuglink=" + information.name, image.resolve(), cwd=debug)
 
 
 def write(folder):

@@ -36,8 +36,8 @@ const std::pair<const wchar_t*, Getter> getters[] = {
     {L"Space", &LoginManagerClient::getSpaceURL},
 };
 
-/// Adds to `answer` what is known of the user. A getter that fails leaves what was learnt before it. Offline the library
-/// answers the getters without asking anybody, so an empty text then means that the value is not known.
+/// Adds to `answer` what is known of the user. A getter that fails leaves what was learnt before it. Offline the
+/// library answers the getters without asking anybody, so an empty text then means that the value is not known.
 // cppcheck-suppress constParameter ; the getters, which are not const, are called through pointers
 void describe(LoginManagerClient& client, const LoginResponse& user, bool offline, Answer& answer) {
     answer.details = {

@@ -113,7 +113,8 @@ void SigninDialog::command(int id, int notification) {
 }
 
 void SigninDialog::close() {
-    // A manager that does not return, from a call or from its disposal, must not keep the process: nothing can break it off.
+    // A manager that does not return, from a call or from its disposal, must not keep the process: nothing can break it
+    // off.
     std::thread([] {
         Sleep(patience);
         TerminateProcess(GetCurrentProcess(), 0);
@@ -178,17 +179,7 @@ void SigninDialog::show(const Answer& answer) {
 }
 
 void SigninDialog::showStatus(const std::wstring& text) {
-    const HWND edit = item(IDC_STATUS);
-    SetWindowTextW(edit, withLineEnds(text).c_str());
-    // A scroll bar where there is something to scroll: where the last line cannot be seen from the first.
-    ShowScrollBar(edit, SB_VERT, FALSE);
-    RECT area;
-    GetClientRect(edit, &area);
-    const auto lines = SendMessageW(edit, EM_GETLINECOUNT, 0, 0);
-    const auto lastLine = SendMessageW(edit, EM_LINEINDEX, static_cast<WPARAM>(lines - 1), 0);
-    const auto at = static_cast<short>(HIWORD(SendMessageW(edit, EM_POSFROMCHAR, static_cast<WPARAM>(lastLine), 0)));
-    const auto second = static_cast<short>(HIWORD(SendMessageW(edit, EM_POSFROMCHAR, static_cast<WPARAM>(SendMessageW(edit, EM_LINEINDEX, 1, 0)), 0)));
-    ShowScrollBar(edit, SB_VERT, lines > 1 && at + second > area.bottom);
+    SetDlgItemTextW(window, IDC_STATUS, withLineEnds(text).c_str());
 }
 
 // Signed in, an empty password is one that was not typed: Enter must not sign in again with it.
