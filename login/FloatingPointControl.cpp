@@ -1,0 +1,72 @@
+#include "login/FloatingPointControl.h"
+
+#include <windows.h>
+
+namespace OrvelLoginClientCLR {
+
+namespace {
+
+// The runtime's own: 53 bits of precision, to nearest, nothing raises; what Windows gives a new thread.
+constexpr FloatingPointControl runtimes = {0x027F, 0x1F80};
+
+constexpr std::uint16_t x87Masks = 0x003F;
+constexpr std::uint32_t sseFlags = 0x003F;  // what has happened, not how to compute
+
+// The control with which each thread last entered managed code; 0 for a thread that never did. It fits into the slot
+// itself, so nothing has to be taken back. Not thread_local: the compiler emulates that, at several times the cost.
+class HostControls {
+public:
+    HostControls() noexcept : slot(TlsAlloc()) {}
+    ~HostControls() { TlsFree(slot); }
+    HostControls(const HostControls&) = delete;
+    HostControls& operator=(const HostControls&) = delete;
+
+    void keep(const FloatingPointControl& control) const noexcept {
+        TlsSetValue(slot, reinterpret_cast<void*>((control.sse & ~sseFlags) << 16 | control.x87));
+    }
+    FloatingPointControl ofThisThread(const FloatingPointControl& otherwise) const noexcept {
+        const auto kept = reinterpret_cast<std::uintptr_t>(TlsGetValue(slot));
+        return kept ? FloatingPointControl{static_cast<std::uint16_t>(kept), kept >> 16} : otherwise;
+    }
+
+private:
+    const DWORD slot;
+};
+
+const HostControls hostControls;
+
+}  // namespace
+
+FloatingPointControl FloatingPointControl::current() noexcept {
+    FloatingPointControl control;
+    __asm__ volatile("fnstcw %0\n\tstmxcsr %1" : "=m"(control.x87), "=m"(control.sse));
+    return control;
+}
+
+void FloatingPointControl::apply() const noexcept {
+    // Flags that managed code left would raise the moment that they are unmasked.
+    if ((x87 & x87Masks) != x87Masks) {
+        __asm__ volatile("fnclex");
+    }
+    __asm__ volatile("fldcw %0\n\tldmxcsr %1" : : "m"(x87), "m"(sse));
+}
+
+ManagedCodeScope::ManagedCodeScope() noexcept : host(FloatingPointControl::current()) {
+    hostControls.keep(host);
+    runtimes.apply();
+}
+
+ManagedCodeScope::~ManagedCodeScope() {
+    host.apply();
+}
+
+HostCodeScope::HostCodeScope(const FloatingPointControl& otherwise) noexcept
+    : managed(FloatingPointControl::current()) {
+    hostControls.ofThisThread(otherwise).apply();
+}
+
+HostCodeScope::~HostCodeScope() {
+    managed.apply();
+}
+
+}  // namespace OrvelLoginClientCLR
