@@ -7,6 +7,7 @@
 #include <fstream>
 #include <string>
 
+#include "compiler_runtime.h"
 #include "tests/support/program.h"
 #include "tests/support/temporary_folder.h"
 
@@ -22,8 +23,10 @@ class Deployment {
 public:
     Deployment() {
         const fs::path built = program::ownfolder();
-        for (const wchar_t* name : {L"orvellogin.dll", L"OrvelLoginClientCLR.dll", L"libgcc_s_dw2-1.dll",
-                                    L"libstdc++-6.dll", L"libwinpthread-1.dll"}) {
+        for (const wchar_t* name : {L"orvellogin.dll", L"OrvelLoginClientCLR.dll"}) {
+            fs::copy_file(built / name, folder / name);
+        }
+        for (const char* name : compilerRuntime) {
             fs::copy_file(built / name, folder / name);
         }
         for (const wchar_t* name : {L"probe.exe", L"HostAssembly.dll"}) {
