@@ -97,6 +97,7 @@ TEST(Facts, SayWhatNumbersMean) {
         {versionwords, "6,1,7601,1,2", "Windows 7 or Windows Server 2008 R2, build 7601, service pack 1.2"},
         {versionwords, "5,1,2600,3,0", "a Windows that this tool does not know, build 2600, service pack 3.0"},
         {versionwords, "", ""},
+        {localeswords, "1031,2057", "user: German, Germany; system: English, United Kingdom"},
         {processorwords, "1,0,6", "1 processor, x86 as a 32-bit process sees it, level 6"},
         {processorwords, "8,9,25", "8 processors, x64 as a 32-bit process sees it, level 25"},
         {processorwords, "8,77,1", "8 processors, architecture 77 as a 32-bit process sees it, level 1"},
@@ -359,10 +360,11 @@ TEST_F(Orvdiag, LogsWhatItChangesAndNothingElse) {
     const program::outcome switched = run(L"logging on");
     EXPECT_THAT(switched.output, Not(HasSubstr("orvdiag::"))) << "the log's echo belongs to standard error";
     EXPECT_THAT(switched.errors, HasSubstr("orvdiag::logging(on)=on"));
-    for (const wchar_t* looking :
-         {L"facts", L"settings Debug", L"settings None", L"logging", L"log", L"report", L"bad"}) {
+    for (const wchar_t* looking : {L"facts", L"settings Debug", L"settings None", L"logging", L"log", L"report"}) {
         run(looking);
     }
+    EXPECT_EQ(run(L"bad").status, 2u);
+    EXPECT_EQ(run(L"help").status, 0u);
     run(L"logging off");
     run(L"logging off");
     const std::string start = "TIME,info,orvdiag.exe,orvdiag::logging(";
@@ -618,7 +620,17 @@ TEST_F(Login, WritesAReportWithoutSecrets) {
     const json data = json::parse(contentof(profile / "other.json"));
     EXPECT_EQ(data["login"]["verdict"], "Everything is in its place.");
     EXPECT_EQ(data["settings"][1]["value"], "(hidden)");
+    // The same from another source.
+    for (const auto& [fact, variable] : {std::pair("computername", "COMPUTERNAME"),
+                                         {"username", "USERNAME"},
+                                         {"localappdatafolder", "LOCALAPPDATA"},
+                                         {"roamingappdatafolder", "APPDATA"},
+                                         {"programfilesfolder", "ProgramFiles"},
+                                         {"publicfolder", "PUBLIC"}}) {
+        EXPECT_TRUE(samebutcase(data["facts"][fact].get<std::string>(), std::getenv(variable))) << fact;
+    }
     EXPECT_EQ(data["facts"]["executablename"], "orvdiag.exe");
+    EXPECT_EQ(data["facts"]["profilefolder"], toutf8(profile.native()));
     EXPECT_EQ(data["facts"]["meanings"].size(), 4u);
     EXPECT_EQ(data["logging"]["writable"], true);
     EXPECT_EQ(data["log"].size(), 200u);

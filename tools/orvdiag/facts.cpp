@@ -47,11 +47,6 @@ std::string localewords(int identifier) {
     return language.empty() ? "unknown" : language + ", " + part(LOCALE_SENGCOUNTRY);
 }
 
-std::string localeswords(const std::string& identifiers) {
-    const auto [user, system] = numbersof<2>(identifiers);
-    return "user: " + localewords(user) + "; system: " + localewords(system);
-}
-
 template <auto Operation>
 std::string ask(const platform& system) {
     if constexpr (std::is_same_v<decltype(Operation), int (platform::*)() const>) {
@@ -180,6 +175,11 @@ std::string processorwords(const std::string& numbers) {
     }
     return std::to_string(count) + (count == 1 ? " processor, " : " processors, ") + name +
            " as a 32-bit process sees it, level " + std::to_string(level);
+}
+
+std::string localeswords(const std::string& identifiers) {
+    const auto [user, system] = numbersof<2>(identifiers);
+    return "user: " + localewords(user) + "; system: " + localewords(system);
 }
 
 answer facts() {

@@ -15,6 +15,7 @@ answer systemversions();
 std::string languagewords(const std::string& code);
 std::string versionwords(const std::string& numbers);
 std::string processorwords(const std::string& numbers);
+std::string localeswords(const std::string& identifiers);
 /// @}
 
 }  // namespace orvdiag
