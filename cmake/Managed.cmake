@@ -2,10 +2,10 @@
 
 find_program(CSHARP_COMPILER NAMES mcs csc REQUIRED)
 
-# add_managed(TARGET OUTPUT folder SOURCES file... [NAME name] [REFERENCES target...])
+# add_managed(TARGET OUTPUT folder SOURCES file... [NAME name] [REFERENCES target...] [DEFINES symbol...])
 # Builds an assembly, called like the target unless told, into a folder. A reference is the target of another one.
 function(add_managed target)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "OUTPUT;NAME" "SOURCES;REFERENCES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "OUTPUT;NAME" "SOURCES;REFERENCES;DEFINES")
   if(NOT arg_NAME)
     set(arg_NAME ${target})
   endif()
@@ -25,6 +25,7 @@ function(add_managed target)
     cmake_path(RELATIVE_PATH path BASE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
     list(APPEND reference_options -r:${path})
   endforeach()
+  list(TRANSFORM arg_DEFINES PREPEND -define:)
   # Not in the package: there the assemblies are the host's own affair.
   set(identify ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/deterministic-assembly.py)
   set(identity)
@@ -36,7 +37,7 @@ function(add_managed target)
     OUTPUT ${file}
     COMMAND ${CMAKE_COMMAND} -E make_directory ${arg_OUTPUT}
     COMMAND ${CSHARP_COMPILER} -nologo -target:library -platform:x86 -unsafe -optimize -langversion:6 -warn:4
-            -warnaserror -out:${file} ${reference_options} ${sources}
+            -warnaserror -out:${file} ${reference_options} ${arg_DEFINES} ${sources}
     ${identity}
     DEPENDS ${sources} ${references}
     WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}

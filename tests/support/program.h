@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "orvsecutils/platform/handles.h"
+#include "orvsecutils/platform/windows/handles.h"
 
 /// A file as its bytes are; empty when it is not there.
 inline std::string contentof(const std::filesystem::path& path) {
@@ -92,5 +92,5 @@ private:
 
     std::filesystem::path output;
     std::filesystem::path errors;
-    orvsecutils::filehandle process;
+    orvsecutils::kernelhandle process;
 };

@@ -1,35 +1,39 @@
-#include "orvsecutils/platform/registry.h"
+#include "orvsecutils/platform/windows/registry.h"
 
 #include <windows.h>
 
+#include <new>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
-#include "orvsecutils/platform/grouppath.h"
-#include "orvsecutils/platform/handles.h"
-#include "orvsecutils/platform/registryvalue.h"
+#include "orvsecutils/platform/platformerror.h"
 #include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/platform/windows/handles.h"
+#include "orvsecutils/platform/windows/registryformat.h"
 
 namespace orvsecutils {
 
 namespace {
 
-// With its terminating zero, so that a name of all the 16383 units that the registry allows is passed over.
+// The most units that the name of a registry value has. The buffer includes the terminator, so a name of exactly that
+// length does not fit and its value is skipped.
 constexpr DWORD namebufferunits = 16383;
 
 HKEY hive(settingsscope scope) {
     return scope == settingsscope::machine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
 }
 
-// The 64-bit view is where a machine's administrator puts values, whatever the programs that read them.
+// The 64-bit view: administrators set values there without thinking of which programs are 32-bit ones.
 registrykey openforreading(settingsscope scope, const settingsdef& definition) {
     HKEY key = nullptr;
     RegOpenKeyExW(hive(scope), toutf16(grouppath(definition)).c_str(), 0, KEY_READ | KEY_WOW64_64KEY, &key);
     return registrykey(key);
 }
 
-// Deliberately without KEY_WOW64_64KEY: a 32-bit process writes its own view.
+// Deliberately without KEY_WOW64_64KEY: a 32-bit process writes its own view. In the user's hive, the only one that
+// settings::save() writes, both views are one.
 registrykey openforwriting(settingsscope scope, const settingsdef& definition) {
     HKEY key = nullptr;
     RegCreateKeyExW(hive(scope), toutf16(grouppath(definition)).c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
@@ -37,7 +41,7 @@ registrykey openforwriting(settingsscope scope, const settingsdef& definition) {
     return registrykey(key);
 }
 
-// The text with its environment variables put in, in UTF-8.
+// The text with its environment variables expanded, in UTF-8.
 std::optional<std::string> expand(const wchar_t* text) {
     const DWORD size = ExpandEnvironmentStringsW(text, nullptr, 0);
     if (size == 0) {
@@ -45,18 +49,18 @@ std::optional<std::string> expand(const wchar_t* text) {
     }
     std::wstring buffer = utf16buffer(size);
     const DWORD needed = ExpandEnvironmentStringsW(text, buffer.data(), size);
-    if (needed == 0 || needed > size) {  // more than before: a variable has grown in between
+    if (needed == 0 || needed > size) {  // a variable grew between the two calls
         return std::nullopt;
     }
     return toutf8(buffer.c_str());
 }
 
-// Reads the values of one key. Its buffer serves all of them.
+// Reads the values of one key, all into one buffer.
 class valuereader {
 public:
     explicit valuereader(HKEY keyIn) : key(keyIn) {}
 
-    // The value, or null for one of an unknown kind or in bad form.
+    // Null for a value of another type, or whose data does not have the form of its type.
     std::unique_ptr<setting> read(const wchar_t* name, DWORD type) {
         switch (type) {
             case REG_DWORD:
@@ -144,30 +148,38 @@ private:
     std::wstring buffer;
 };
 
-bool writevalue(HKEY key, const std::wstring& name, DWORD type, const void* data, std::size_t bytes) {
-    return RegSetValueExW(key, name.c_str(), 0, type, static_cast<const BYTE*>(data), static_cast<DWORD>(bytes)) ==
-           ERROR_SUCCESS;
+// A value in the registry's form.
+struct writtenvalue {
+    std::wstring name;
+    DWORD type;  // REG_NONE for a list, which is not written: lists are for administrators to set
+    std::uint32_t number;
+    std::wstring text;
+};
+
+writtenvalue registryform(const std::string& name, const setting& value) {
+    switch (value.type) {
+        case settingtype::integer:
+            return {toutf16(name), REG_DWORD, static_cast<const settingint&>(value).value, {}};
+        case settingtype::string:
+            return {toutf16(name), REG_SZ, 0, toutf16(static_cast<const settingstring&>(value).value)};
+        case settingtype::multistring:
+            break;
+    }
+    return {toutf16(name), REG_NONE, 0, {}};
 }
 
-bool writevalue(HKEY key, const std::wstring& name, const setting& value) {
-    switch (value.type) {
-        case settingtype::integer: {
-            const std::uint32_t number = static_cast<const settingint&>(value).value;
-            return writevalue(key, name, REG_DWORD, &number, sizeof number);
-        }
-        case settingtype::string: {
-            const std::wstring text = toutf16(static_cast<const settingstring&>(value).value);
-            return writevalue(key, name, REG_SZ, text.c_str(), (text.size() + 1) * sizeof(wchar_t));
-        }
-        case settingtype::multistring:
-            break;  // lists are an administrator's to set
-    }
-    return false;
+bool write(HKEY key, const writtenvalue& value) {
+    const bool number = value.type == REG_DWORD;
+    const void* const data = number ? static_cast<const void*>(&value.number) : value.text.c_str();
+    const std::size_t bytes = number ? sizeof value.number : (value.text.size() + 1) * sizeof(wchar_t);
+    return value.type != REG_NONE &&
+           RegSetValueExW(key, value.name.c_str(), 0, value.type, static_cast<const BYTE*>(data),
+                          static_cast<DWORD>(bytes)) == ERROR_SUCCESS;
 }
 
 }  // namespace
 
-settingsmap readgroup(settingsscope scope, const settingsdef& definition) {
+settingsmap readgroup(settingsscope scope, const settingsdef& definition, std::vector<std::wstring>* malformed) {
     settingsmap values;
     const registrykey key = openforreading(scope, definition);
     DWORD count = 0;
@@ -176,30 +188,47 @@ settingsmap readgroup(settingsscope scope, const settingsdef& definition) {
         return values;
     }
     valuereader reader(key.get());
-    // Not filled beforehand: that alone would cost as much as opening the key.
-    const std::unique_ptr<wchar_t[]> name(new wchar_t[namebufferunits]);
+    // Not by utf16buffer(): clearing so large a buffer would cost as much as opening the key.
+    const std::unique_ptr<wchar_t[]> name(new (std::nothrow) wchar_t[namebufferunits]);
+    if (!name) {
+        throw platformerror(platformerror::generalfailure);
+    }
     for (DWORD index = 0; index < count; ++index) {
         DWORD units = namebufferunits;
         DWORD type = REG_NONE;
         if (RegEnumValueW(key.get(), index, name.get(), &units, nullptr, &type, nullptr, nullptr) != ERROR_SUCCESS) {
             continue;
         }
-        if (std::unique_ptr<setting> value = reader.read(name.get(), type)) {
-            // The hint: the registry tends to deliver names in order.
-            values.insert_or_assign(values.end(), toutf8({name.get(), units}), std::move(value));
+        try {
+            if (std::unique_ptr<setting> value = reader.read(name.get(), type)) {
+                // With a hint, since the registry tends to deliver names in order.
+                values.insert_or_assign(values.end(), toutf8({name.get(), units}), std::move(value));
+            }
+        } catch (const std::range_error&) {
+            if (!malformed) {
+                throw;
+            }
+            malformed->emplace_back(name.get(), units);
         }
     }
     return values;
 }
 
 bool writegroup(settingsscope scope, const settingsdef& definition, const settingsmap& values) {
+    // All is converted before anything is written: what cannot be converted throws, and half a group is not left
+    // behind.
+    std::vector<writtenvalue> converted;
+    converted.reserve(values.size());
+    for (const auto& [name, value] : values) {
+        converted.push_back(registryform(name, *value));
+    }
     const registrykey key = openforwriting(scope, definition);
     if (!key) {
         return false;
     }
     bool success = true;
-    for (const auto& [name, value] : values) {
-        success = writevalue(key.get(), toutf16(name), *value) && success;
+    for (const writtenvalue& value : converted) {
+        success = write(key.get(), value) && success;
     }
     return success;
 }

@@ -1,7 +1,12 @@
-#include "orvsecutils/platform/filetime.h"
+#include "orvsecutils/platform/windows/filetime.h"
+
+#include <ctime>
 
 namespace orvsecutils {
 
+namespace {
+
+// Whether daylight saving holds is left to the C library. Milliseconds are dropped.
 std::tm brokendowntime(const SYSTEMTIME& local) {
     std::tm fields = {};
     fields.tm_year = local.wYear - 1900;
@@ -13,6 +18,8 @@ std::tm brokendowntime(const SYSTEMTIME& local) {
     fields.tm_isdst = -1;
     return fields;
 }
+
+}  // namespace
 
 std::int64_t calendartime(const FILETIME& time) {
     FILETIME local = {};

@@ -1,4 +1,4 @@
-#include "orvsecutils/platform/registryvalue.h"
+#include "orvsecutils/platform/windows/registryformat.h"
 
 #include <cstring>
 
@@ -6,7 +6,7 @@ namespace orvsecutils {
 
 namespace {
 
-// Whether the data is whole units, with that many zeros at its end.
+// Whether the data is whole units, the last `zeros` of them zero.
 bool endsin(std::size_t zeros, const wchar_t* data, std::size_t bytes) {
     const std::size_t units = bytes / sizeof(wchar_t);
     if (bytes % sizeof(wchar_t) != 0 || units < zeros) {
@@ -21,6 +21,16 @@ bool endsin(std::size_t zeros, const wchar_t* data, std::size_t bytes) {
 }
 
 }  // namespace
+
+std::string grouppath(const settingsdef& definition) {
+    std::string path = definition.getroot() + "\\" + definition.company;
+    for (const std::string* part : {&definition.group, &definition.name}) {
+        if (!part->empty()) {
+            path += "\\" + *part;
+        }
+    }
+    return path;
+}
 
 std::optional<std::uint32_t> decodedword(const void* data, std::size_t bytes) {
     std::uint32_t number = 0;

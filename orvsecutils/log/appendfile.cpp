@@ -1,9 +1,9 @@
-#include "orvsecutils/platform/appendfile.h"
+#include "orvsecutils/log/appendfile.h"
 
 #include <windows.h>
 
-#include "orvsecutils/platform/handles.h"
 #include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/platform/windows/handles.h"
 
 namespace orvsecutils {
 
@@ -20,17 +20,16 @@ std::string textfileform(std::string_view text) {
 }
 
 bool appendtofile(const std::string& path, std::string_view text) {
-    // FILE_APPEND_DATA without FILE_WRITE_DATA: the system itself finds the end of the file, as part of the write.
-    const HANDLE file =
-        CreateFileW(toutf16(path).c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                    nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) {
+    // FILE_APPEND_DATA without FILE_WRITE_DATA: the system finds the end of the file as part of the write.
+    const filehandle file(CreateFileW(toutf16(path).c_str(), FILE_APPEND_DATA,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file) {
         return false;
     }
-    const filehandle owner(file);
     const std::string form = textfileform(text);
     DWORD written = 0;
-    WriteFile(file, form.data(), static_cast<DWORD>(form.size()), &written, nullptr);
+    WriteFile(file.get(), form.data(), static_cast<DWORD>(form.size()), &written, nullptr);
     return true;
 }
 

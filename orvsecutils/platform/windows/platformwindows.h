@@ -4,7 +4,7 @@
 
 namespace orvsecutils {
 
-/// The platform on Win32.
+/// `platform` on Win32. For the contract of each operation see there.
 class platformwindows : public platform {
 public:
     int uilanguage() const override;

@@ -1,4 +1,4 @@
-#include "orvsecutils/platform/platformwindows.h"
+#include "orvsecutils/platform/windows/platformwindows.h"
 
 #include <windows.h>
 
@@ -11,14 +11,11 @@
 #include <initializer_list>
 #include <utility>
 
-#include "orvsecutils/platform/arguments.h"
-#include "orvsecutils/platform/dependencies.h"
-#include "orvsecutils/platform/filetime.h"
-#include "orvsecutils/platform/handles.h"
-#include "orvsecutils/platform/languagecode.h"
-#include "orvsecutils/platform/macaddress.h"
-#include "orvsecutils/platform/registry.h"
+#include "orvsecutils/platform/rules.h"
 #include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/platform/windows/filetime.h"
+#include "orvsecutils/platform/windows/handles.h"
+#include "orvsecutils/platform/windows/registry.h"
 
 namespace orvsecutils {
 
@@ -27,7 +24,7 @@ namespace {
 std::string commaseparated(std::initializer_list<DWORD> numbers) {
     std::string text;
     for (const DWORD number : numbers) {
-        // Not by a stream: it would take digit grouping from the host's global locale.
+        // Not by a stream: the host's global locale may group digits.
         text += (text.empty() ? "" : ",") + std::to_string(number);
     }
     return text;
@@ -36,40 +33,48 @@ std::string commaseparated(std::initializer_list<DWORD> numbers) {
 std::string knownfolder(const KNOWNFOLDERID& id) {
     wchar_t* path = nullptr;
     const HRESULT result = SHGetKnownFolderPath(id, 0, nullptr, &path);
-    const taskmemory owner(path);
+    const comallocatedtext owner(path);
     return SUCCEEDED(result) ? toutf8(path) : std::string();
 }
 
-// The shell's path operations work in place and take MAX_PATH units for granted.
-std::wstring pathbuffer(std::wstring path) {
-    path.resize(std::max<std::size_t>(path.size() + 1, MAX_PATH));
-    return path;
+// The path in a buffer for the shell's path functions, which work in place and expect at least MAX_PATH units.
+std::wstring pathbuffer(std::wstring_view path) {
+    std::wstring buffer = utf16buffer(std::max<std::int64_t>(static_cast<std::int64_t>(path.size()) + 1, MAX_PATH));
+    path.copy(buffer.data(), path.size());
+    return buffer;
 }
 
+// The path of the process's executable; empty when it does not fit.
 std::wstring modulepath() {
-    wchar_t path[MAX_PATH];
-    const DWORD units = GetModuleFileNameW(nullptr, path, MAX_PATH);
-    return units < MAX_PATH ? std::wstring(path, units) : std::wstring();  // MAX_PATH: it was cut
+    std::wstring path = utf16buffer(MAX_PATH);
+    const DWORD units = GetModuleFileNameW(nullptr, path.data(), MAX_PATH);
+    path.resize(units < MAX_PATH ? units : 0);  // MAX_PATH: it was cut
+    return path;
 }
 
 bool isdirectory(DWORD attributes) {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-bool ensuredirectory(const std::wstring& path) {
-    const DWORD attributes = GetFileAttributesW(path.c_str());
+bool ensuredirectory(const wchar_t* path) {
+    const DWORD attributes = GetFileAttributesW(path);
     if (attributes != INVALID_FILE_ATTRIBUTES) {
         return isdirectory(attributes);
     }
-    if (CreateDirectoryW(path.c_str(), nullptr)) {
+    if (CreateDirectoryW(path, nullptr)) {
         return true;
     }
-    if (GetLastError() != ERROR_PATH_NOT_FOUND) {
-        return false;
+    if (GetLastError() == ERROR_PATH_NOT_FOUND) {
+        std::wstring parent = pathbuffer(path);
+        if (!PathRemoveFileSpecW(parent.data()) || !ensuredirectory(parent.c_str())) {
+            return false;
+        }
+        if (CreateDirectoryW(path, nullptr)) {
+            return true;
+        }
     }
-    std::wstring parent = pathbuffer(path);
-    return PathRemoveFileSpecW(parent.data()) && ensuredirectory(parent.c_str()) &&
-           CreateDirectoryW(path.c_str(), nullptr);
+    // Another process, which has made it since its attributes were asked for, is no failure.
+    return GetLastError() == ERROR_ALREADY_EXISTS && isdirectory(GetFileAttributesW(path));
 }
 
 std::string textorempty(const wchar_t* text) {
@@ -128,13 +133,18 @@ std::string platformwindows::profilefolder() const {
 }
 
 bool platformwindows::createdirectory(const std::string& path) const {
-    return ensuredirectory(toutf16(path));
+    std::wstring buffer = toutf16(path);
+    // The shell finds a parent by backslashes only. Behind the prefix \\?\ a slash is a character like any other.
+    if (buffer.compare(0, 4, L"\\\\?\\") != 0) {
+        std::replace(buffer.begin(), buffer.end(), L'/', L'\\');
+    }
+    return ensuredirectory(buffer.c_str());
 }
 
 std::string platformwindows::appendpath(const std::string& path, const std::string& more) const {
     const std::wstring appended = toutf16(more);
     std::wstring buffer = pathbuffer(toutf16(path));
-    // The shell would cut some paths that are too long and refuse others.
+    // Checked here because the shell cuts some paths that are too long and refuses others.
     if (buffer.size() > MAX_PATH || appended.size() >= MAX_PATH || !PathAppendW(buffer.data(), appended.c_str())) {
         return std::string();
     }
@@ -188,7 +198,7 @@ int platformwindows::runprocess(const std::string& file, const std::vector<std::
     ShellExecuteExW(&launch);
 
     DWORD exitcode = static_cast<DWORD>(-1);
-    // Deliberately never closed: the process keeps its identifier for as long as this process lives.
+    // Deliberately never closed: the launched process's identifier is not reused while this process lives.
     const HANDLE processleftopen = launch.hProcess;
     if (processleftopen) {
         WaitForSingleObject(processleftopen, INFINITE);
@@ -245,17 +255,16 @@ bool platformwindows::filetimes(const std::string& path, std::int64_t& creation,
 bool platformwindows::findfiles(const std::string& pattern, std::vector<fileentry>& entries) const {
     entries.clear();
     WIN32_FIND_DATAW found = {};
-    const HANDLE search = FindFirstFileW(toutf16(pattern).c_str(), &found);
-    if (search == INVALID_HANDLE_VALUE) {
+    const findhandle search(FindFirstFileW(toutf16(pattern).c_str(), &found));
+    if (!search) {
         return false;
     }
-    const findhandle owner(search);
     do {
         const std::wstring_view name(found.cFileName);
         if (name != L"." && name != L"..") {
             entries.push_back({toutf8(name), calendartime(found.ftLastWriteTime)});
         }
-    } while (FindNextFileW(search, &found));
+    } while (FindNextFileW(search.get(), &found));
     return true;
 }
 

@@ -1,12 +1,15 @@
-#include "orvsecutils/platform/wmiconnection.h"
+#include "orvsecutils/platform/windows/wmiconnection.h"
 
 #include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/platform/windows/com.h"
+
+using Microsoft::WRL::ComPtr;
 
 namespace orvsecutils {
 
 namespace {
 
-// The enumeration of an object's properties, under way for as long as this lives.
+// An enumeration of an object's properties; the destructor ends it.
 class propertyenumeration {
 public:
     explicit propertyenumeration(IWbemClassObject& objectIn)
@@ -19,8 +22,8 @@ public:
     propertyenumeration(const propertyenumeration&) = delete;
     propertyenumeration& operator=(const propertyenumeration&) = delete;
 
-    // False at the end, and also at an error: asking on after one might never come to an end.
-    bool next(systemstring& name, variant& value) {
+    // False at the end, and at an error: after one the enumeration might never reach its end.
+    bool next(bstr& name, variant& value) {
         BSTR text = nullptr;
         const HRESULT result =
             begun ? object.Next(0, &text, &value.value, nullptr, nullptr) : HRESULT{WBEM_S_NO_MORE_DATA};
@@ -37,26 +40,30 @@ wmirow textproperties(IWbemClassObject& object) {
     wmirow row;
     propertyenumeration properties(object);
     for (;;) {
-        systemstring name;
+        bstr name;
         variant property;
         if (!properties.next(name, property)) {
             return row;
         }
-        if (V_VT(&property.value) == VT_BSTR) {
-            row.emplace(toutf8(view(name.get())), toutf8(view(V_BSTR(&property.value))));
-        }
+        addproperty(row, name.get(), property.value);
     }
 }
 
-interfacepointer<IWbemClassObject> nextobject(IEnumWbemClassObject& objects) {
-    IWbemClassObject* object = nullptr;
+// Null at the end, which is another code of success, and at an error.
+ComPtr<IWbemClassObject> nextobject(IEnumWbemClassObject& objects) {
+    ComPtr<IWbemClassObject> object;
     ULONG count = 0;
     const HRESULT result = objects.Next(static_cast<LONG>(WBEM_INFINITE), 1, &object, &count);
-    interfacepointer<IWbemClassObject> owner(object);
-    return result == WBEM_S_NO_ERROR ? std::move(owner) : nullptr;  // at the end it is another code of success
+    return result == WBEM_S_NO_ERROR ? object : nullptr;
 }
 
 }  // namespace
+
+void addproperty(wmirow& row, BSTR name, const VARIANT& value) {
+    if (V_VT(&value) == VT_BSTR) {
+        row.emplace(toutf8(view(name)), toutf8(view(V_BSTR(&value))));
+    }
+}
 
 std::shared_ptr<wmi> wmi::connect() {
     return wmiconnection::connect([](IWbemLocator** locator) {
@@ -71,24 +78,20 @@ std::shared_ptr<wmi> wmiconnection::connect(const locatorsource& source) {
 }
 
 bool wmiconnection::open(const locatorsource& source) {
-    // Never undone: the thread may come to rely on it in between.
+    // Never undone: by the end of the connection, other code on this thread may rely on COM.
     if (FAILED(CoInitialize(nullptr))) {
         return false;
     }
-    // Fails when the host has set its own, which then holds.
+    // Fails when the host has set security before; its settings then hold, and the proxy blanket below does the rest.
     CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_DEFAULT, RPC_C_IMP_LEVEL_IMPERSONATE, nullptr,
                          EOAC_NONE, nullptr);
-    locator = obtain<IWbemLocator>(source);
-    if (!locator) {
+    if (FAILED(source(&locator))) {
         return false;
     }
-    const systemstring space = makesystemstring(L"ROOT\\CIMV2");
-    services = obtain<IWbemServices>([&](IWbemServices** object) {
-        return locator->ConnectServer(space.get(), nullptr, nullptr, nullptr, WBEM_FLAG_CONNECT_USE_MAX_WAIT, nullptr,
-                                      nullptr, object);
-    });
-    return services &&
-           SUCCEEDED(CoSetProxyBlanket(services.get(), RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr,
+    const bstr namespacepath = makebstr(L"ROOT\\CIMV2");
+    return SUCCEEDED(locator->ConnectServer(namespacepath.get(), nullptr, nullptr, nullptr,
+                                            WBEM_FLAG_CONNECT_USE_MAX_WAIT, nullptr, nullptr, &services)) &&
+           SUCCEEDED(CoSetProxyBlanket(services.Get(), RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr,
                                        RPC_C_AUTHN_LEVEL_CALL, RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE));
 }
 
@@ -96,18 +99,14 @@ bool wmiconnection::query(const std::string& text, std::vector<wmirow>& rows) co
     if (!services) {
         return !rows.empty();
     }
-    const systemstring language = makesystemstring(L"WQL");
-    const systemstring wql = makesystemstring(toutf16(text));
-    const auto objects = obtain<IEnumWbemClassObject>([&](IEnumWbemClassObject** object) {
-        return services->ExecQuery(language.get(), wql.get(), WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY,
-                                   nullptr, object);
-    });
-    while (objects) {
-        const interfacepointer<IWbemClassObject> object = nextobject(*objects);
-        if (!object) {
-            break;
+    const bstr language = makebstr(L"WQL");
+    const bstr wql = makebstr(toutf16(text));
+    ComPtr<IEnumWbemClassObject> objects;
+    if (SUCCEEDED(services->ExecQuery(language.get(), wql.get(), WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY,
+                                      nullptr, &objects))) {
+        while (const ComPtr<IWbemClassObject> object = nextobject(*objects.Get())) {
+            rows.push_back(textproperties(*object.Get()));
         }
-        rows.push_back(textproperties(*object));
     }
     return !rows.empty();
 }
