@@ -139,7 +139,7 @@ TEST(SigninWindow, IsUsedByKeyboardAndByScreenReaders) {
         GetWindowTextW(GetWindow(control, GW_HWNDPREV), before, 20);
         controls += before;
     }
-    EXPECT_EQ(controls, L"&Account:101 &Password:102 103 &Sign in105 &Details:106 S&tatus:107 ") << "in Tab's order";
+    EXPECT_EQ(controls, L"&Account:101 &Password:102 103 Sign &out105 &Details:106 S&tatus:107 ") << "in Tab's order";
 
     program.post(IDC_PASSWORD, WM_KEYDOWN, VK_RETURN);
     EXPECT_TRUE(eventually([&] { return program.enabled(IDC_SIGN_OUT); })) << "Enter signs in";

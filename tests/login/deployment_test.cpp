@@ -41,7 +41,8 @@ public:
 
     /// Puts another make of a file, built for these tests, in its place.
     void replace(const wchar_t* name, const wchar_t* other) const {
-        fs::copy_file(program::ownfolder() / L"deployment" / other, folder / name, fs::copy_options::overwrite_existing);
+        fs::copy_file(program::ownfolder() / L"deployment" / other, folder / name,
+                      fs::copy_options::overwrite_existing);
     }
 
     program start(const std::wstring& steps) const { return program(folder / L"probe.exe", steps, folder); }

@@ -9,7 +9,8 @@ status_of() { # COMMAND...: its status, with its output in the file `output`
 }
 for script in "$source"/script/*; do
   name=${script##*/}
-  [ -x "$script" ] && [ -f "$script" ] || continue
+  [ -f "$script" ] || continue
+  [ -x "$script" ] || continue
   same "the status of $name --help" 0 "$(status_of "$script" --help)"
   same "how the help of $name begins" "$name" "$(head -1 output | sed 's/[: ].*//')"
   same "the status of $name --nonsense" 2 "$(status_of "$script" --nonsense)"
