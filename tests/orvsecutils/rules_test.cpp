@@ -89,25 +89,23 @@ TEST(Unicode, BuffersThatCannotBeHadSaySo) {
 TEST(Rules, LanguagesHaveTheLibrarysNumbers) {
     const struct {
         int language, sublanguage, code;
-    } cases[] = {
-        {LANG_CHINESE, SUBLANG_CHINESE_TRADITIONAL, 0},
-        {LANG_CHINESE, SUBLANG_CHINESE_SIMPLIFIED, 1},
-        {LANG_CHINESE, SUBLANG_CHINESE_HONGKONG, 3},
-        {LANG_CZECH, 1, 2},
-        {LANG_ENGLISH, SUBLANG_ENGLISH_UK, 3},
-        {LANG_DUTCH, 1, 3},
-        {LANG_FRENCH, SUBLANG_FRENCH_CANADIAN, 4},
-        {LANG_GERMAN, SUBLANG_GERMAN_AUSTRIAN, 5},
-        {LANG_ITALIAN, 1, 6},
-        {LANG_JAPANESE, 1, 7},
-        {LANG_KOREAN, 1, 8},
-        {LANG_POLISH, 1, 9},
-        {LANG_PORTUGUESE, SUBLANG_PORTUGUESE_BRAZILIAN, 10},
-        {LANG_PORTUGUESE, SUBLANG_PORTUGUESE, 3},
-        {LANG_RUSSIAN, 1, 11},
-        {LANG_SPANISH, 63, 12},
-        {LANG_TURKISH, 1, 13},
-    };
+    } cases[] = {{LANG_CHINESE, SUBLANG_CHINESE_TRADITIONAL, 0},
+                 {LANG_CHINESE, SUBLANG_CHINESE_SIMPLIFIED, 1},
+                 {LANG_CHINESE, SUBLANG_CHINESE_HONGKONG, 3},
+                 {LANG_CZECH, 1, 2},
+                 {LANG_ENGLISH, SUBLANG_ENGLISH_UK, 3},
+                 {LANG_DUTCH, 1, 3},
+                 {LANG_FRENCH, SUBLANG_FRENCH_CANADIAN, 4},
+                 {LANG_GERMAN, SUBLANG_GERMAN_AUSTRIAN, 5},
+                 {LANG_ITALIAN, 1, 6},
+                 {LANG_JAPANESE, 1, 7},
+                 {LANG_KOREAN, 1, 8},
+                 {LANG_POLISH, 1, 9},
+                 {LANG_PORTUGUESE, SUBLANG_PORTUGUESE_BRAZILIAN, 10},
+                 {LANG_PORTUGUESE, SUBLANG_PORTUGUESE, 3},
+                 {LANG_RUSSIAN, 1, 11},
+                 {LANG_SPANISH, 63, 12},
+                 {LANG_TURKISH, 1, 13}};
     for (const auto& [language, sublanguage, code] : cases) {
         EXPECT_EQ(languagecode(MAKELANGID(language, sublanguage)), code) << language << '/' << sublanguage;
     }
