@@ -39,7 +39,13 @@ protected:
 };
 
 TEST_F(Log, KeepsMessagesWholeAndLabelsLevels) {
+    create_directories(box.folder());
+    // A record can be written to a file that another has open for everything.
+    orvsecutils::filehandle other(CreateFileW(box.log().c_str(), GENERIC_READ | GENERIC_WRITE | DELETE,
+                                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                              OPEN_ALWAYS, 0, nullptr));
     const program::outcome run = child(L"shapes");
+    other = {};
     const std::string info = "TIME,info,log_child.exe,";
     EXPECT_THAT(box.logged(),
                 ElementsAre(info + "0", "TIME,warn,log_child.exe,1", "TIME,error,log_child.exe,2",

@@ -76,11 +76,15 @@ TEST(LocalTime, IsTheSystems) {
         return std::tuple(time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond);
     };
     const auto before = ofsystem();
-    const walltime now = currentwalltime();
+    currentwalltime();
+    const walltime now = currentwalltime();  // by the offset that the first call has asked for
+    FILETIME moment = {};
+    GetSystemTimeAsFileTime(&moment);
     const auto fields = std::tuple(now.year, now.month, now.day, now.hour, now.minute, now.second);
     EXPECT_LE(before, fields);
     EXPECT_LE(fields, ofsystem());
-    EXPECT_LE(std::abs(now.offset), 14 * 60);
+    const auto ticks = static_cast<std::int64_t>(moment.dwHighDateTime) << 32 | moment.dwLowDateTime;
+    EXPECT_EQ(now.offset, utcoffset(ticks, nullptr));
 }
 
 }  // namespace

@@ -74,16 +74,19 @@ TEST(Unicode, LoneSurrogatesAreRefused) {
 }
 
 TEST(Unicode, BuffersThatCannotBeHadSaySo) {
-    const auto failure = [](std::int64_t units) -> std::uint32_t {
+    const auto failure = [](std::int64_t units) {
         try {
-            return utf16buffer(units).empty();
+            return std::pair(utf16buffer(units).size(), std::string("none"));
         } catch (const platformerror& error) {
-            return error.code;
+            return std::pair(std::size_t{error.code}, std::string(error.what()));
         }
     };
-    EXPECT_EQ(failure(-1), platformerror::invalidargument);
-    EXPECT_EQ(failure(std::numeric_limits<std::int64_t>::max()), platformerror::invalidargument);
-    EXPECT_EQ(failure(static_cast<std::int64_t>(std::wstring().max_size())), platformerror::generalfailure);
+    EXPECT_EQ(failure(5), std::pair(std::size_t{5}, "none"s));
+    EXPECT_EQ(failure(-1), std::pair(std::size_t{0x80070057}, "invalid argument"s));
+    EXPECT_EQ(failure(std::numeric_limits<std::int64_t>::max()), failure(-1));
+    EXPECT_EQ(failure(static_cast<std::int64_t>(std::wstring().max_size())),
+              std::pair(std::size_t{0x80004005}, "general failure"s));
+    EXPECT_STREQ(platformerror(platformerror::outofmemory).what(), "out of memory");
 }
 
 TEST(Rules, LanguagesHaveTheLibrarysNumbers) {
