@@ -10,6 +10,7 @@
 #include <wbemcli.h>
 #include <wrl/client.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -25,6 +26,8 @@
 #include "orvsecutils/platform/platform.h"
 #include "orvsecutils/platform/windows/com.h"
 #include "tests/orvsecutils/sandbox.h"
+#include "tests/support/program.h"
+#include "tests/support/temporary_folder.h"
 
 using namespace orvsecutils;
 using Microsoft::WRL::ComPtr;
@@ -180,21 +183,12 @@ void address() {
                  ns[0] / 1e6, ns[1] / 1e6, ns[0] / ns[1]);
 }
 
-void run(const wchar_t* mode) {
-    std::fflush(report);
-    std::wstring line = L"diagnostics_bench.exe " + std::wstring(mode);
-    wchar_t program[MAX_PATH];
-    GetModuleFileNameW(nullptr, program, MAX_PATH);
-    STARTUPINFOW start = {};
-    start.cb = sizeof start;
-    start.dwFlags = STARTF_USESTDHANDLES;
-    start.hStdOutput = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(report)));
-    start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
-    PROCESS_INFORMATION info = {};
-    CreateProcessW(program, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &info);
-    const kernelhandle process(info.hProcess);
-    const kernelhandle thread(info.hThread);
-    WaitForSingleObject(process.get(), INFINITE);
+// Off is found out once a process, so that is measured in one of its own.
+void runoff() {
+    const temporary_folder folder;
+    std::string output = program(L"diagnostics_bench.exe", L"off", folder.path).wait().output;
+    output.erase(std::remove(output.begin(), output.end(), '\r'), output.end());
+    std::fputs(output.c_str(), report);
 }
 
 }  // namespace
@@ -210,7 +204,7 @@ int main(int count, char** arguments) {
     } else {
         std::fprintf(report, "## Diagnostics log and adapter address\n\n");
         delivered();
-        run(L"off");
+        runoff();
         address();
     }
     std::fclose(report);
