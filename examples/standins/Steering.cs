@@ -30,7 +30,6 @@ namespace OrvelLoginClient
     static class Steering
     {
         public static string Handlers; // of the manager created last
-        static double zero;
         static string huge;
         static Dictionary<string, string> commands; // null when nothing is steered, so that then nothing is slowed
 
@@ -98,7 +97,7 @@ namespace OrvelLoginClient
                     chain = new TimeoutException(message, chain);
                 throw chain;
             }
-            if (command == "divide" && double.IsNaN(1.0 / zero))
+            if (command == "divide" && double.IsNaN(1.0 / (command.Length - 6.0)))
                 throw new NotFiniteNumberException();
             if (command == "abort")
                 Thread.CurrentThread.Abort();

@@ -5,6 +5,9 @@
 
 namespace orvsecutils {
 
+/// `text` as a text file holds it: with a carriage return in front of every line feed.
+std::string textfileform(std::string_view text);
+
 /// Appends `text`, with a carriage return in front of every line feed as in any text file, to the file at the UTF-8
 /// path `path`, creating it if it does not exist.
 ///
