@@ -18,6 +18,7 @@ namespace OrvelLoginClient
     ///     wrapped       throws an exception that wraps two others, the first of which has a cause
     ///     chain N L     throws N exceptions, one inside the other, with messages of L letters
     ///     abort         aborts the thread
+    ///     handlers      gives back which handlers the manager was created with: "none", "login", "logout" or "login logout"
     ///     huge          gives back a text of 40 million letters
     ///     load NAME     loads an assembly by that display name; gives back where from, or "not found"
     ///     collect       runs the garbage collector
@@ -27,6 +28,7 @@ namespace OrvelLoginClient
     ///     pool          raises events on a thread of the pool
     static class Steering
     {
+        public static string Handlers; // of the manager created last
         static string huge;
         static Dictionary<string, string> commands; // null when nothing is steered, so that then nothing is slowed
 
@@ -62,6 +64,8 @@ namespace OrvelLoginClient
                 return otherwise;
             if (command == "null")
                 return null;
+            if (command == "handlers")
+                return Handlers;
             if (command == "huge")
                 return huge ?? (huge = new string('h', 40000000));
             return command.StartsWith("load ", StringComparison.Ordinal) ? Load(command.Substring(5)) : otherwise;
