@@ -7,9 +7,6 @@
 
 namespace orvsecutils {
 
-namespace {
-
-// With the line ends of a text file.
 std::string textfileform(std::string_view text) {
     std::string form;
     form.reserve(text.size() + 1);  // most texts are one line
@@ -21,8 +18,6 @@ std::string textfileform(std::string_view text) {
     }
     return form;
 }
-
-}  // namespace
 
 bool appendtofile(const std::string& path, std::string_view text) {
     // FILE_APPEND_DATA without FILE_WRITE_DATA: the system finds the end of the file as part of the write.
