@@ -18,6 +18,7 @@ namespace OrvelLoginClient
     ///     wrapped       throws an exception that wraps two others, the first of which has a cause
     ///     chain N L     throws N exceptions, one inside the other, with messages of L letters
     ///     abort         aborts the thread
+    ///     divide        divides by zero, which no floating-point control of the host's may make an error
     ///     handlers      gives back which handlers the manager was created with: "none", "login", "logout" or "login logout"
     ///     huge          gives back a text of 40 million letters
     ///     load NAME     loads an assembly by that display name; gives back where from, or "not found"
@@ -29,6 +30,7 @@ namespace OrvelLoginClient
     static class Steering
     {
         public static string Handlers; // of the manager created last
+        static double zero;
         static string huge;
         static Dictionary<string, string> commands; // null when nothing is steered, so that then nothing is slowed
 
@@ -96,6 +98,8 @@ namespace OrvelLoginClient
                     chain = new TimeoutException(message, chain);
                 throw chain;
             }
+            if (command == "divide" && double.IsNaN(1.0 / zero))
+                throw new NotFiniteNumberException();
             if (command == "abort")
                 Thread.CurrentThread.Abort();
             if (command.StartsWith("wait ", StringComparison.Ordinal))

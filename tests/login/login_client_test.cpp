@@ -18,13 +18,7 @@
 #include "outcome.h"
 
 using orvsecutils::toutf8;
-using testing::AllOf;
-using testing::Each;
-using testing::ElementsAre;
-using testing::EndsWith;
-using testing::Ge;
-using testing::SizeIs;
-using testing::StartsWith;
+using namespace testing;
 
 namespace {
 
@@ -147,6 +141,7 @@ TEST(EveryMember, KeepsTheHostsFloatingPointControlAndGivesItToItsCallbacks) {
             outcome([&] { return member.call(client); });
             EXPECT_EQ(Control(), ofThread) << toutf8(member.managed);
         }
+        EXPECT_EQ(Steered(L"getTenantName=divide").getTenantName(), L"Example Works") << "with the runtime's control";
         Steered onOtherThreads(L"events=thread");
         LoginManagerClient last([] { seen.emplace_back(); }, nullptr, uiLangFallback);
         last.getTenantName();

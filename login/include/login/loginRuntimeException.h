@@ -23,7 +23,7 @@ public:
     /// could not be started.
     const char* what() const noexcept override { return text.c_str(); }
 
-    std::wstring typeName;  ///< full name of the managed type; empty when no managed exception stands behind it
+    std::wstring typeName;  ///< full name of the managed type; empty when the failure is no managed exception
     std::wstring message;   ///< the managed exception's message and causes, in the language the runtime chose
     std::int32_t hresult;   ///< the exception's HRESULT, or the one that starting the runtime ended with
 
