@@ -5,11 +5,10 @@
 
 namespace orvsecutils {
 
-/// `text` as a text file holds it: with a carriage return in front of every line feed.
+/// `text` with the line ends of a text file: a carriage return in front of every line feed.
 std::string textfileform(std::string_view text);
 
-/// Appends `text`, with a carriage return in front of every line feed as in any text file, to the file at the UTF-8
-/// path `path`, creating it if it does not exist.
+/// Appends `text`, in textfileform(), to the file at the UTF-8 path `path`, creating it if it does not exist.
 ///
 /// One write on a handle that can only append and denies nothing to other openers. On a local disk Windows then appends
 /// lines of several threads and processes one after the other, whole; on a network drive that is not promised. False

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -14,25 +13,6 @@
 
 using namespace orvsecutils;
 using namespace std::string_literals;
-
-namespace {
-
-std::optional<std::wstring> converted(const std::string& text) {
-    try {
-        return toutf16(text);
-    } catch (const std::range_error&) {
-        return std::nullopt;
-    }
-}
-
-std::optional<std::wstring> convertedBySystem(const std::string& text) {
-    wchar_t buffer[64];
-    const auto bytes = static_cast<int>(text.size());
-    const int units = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(), bytes, buffer, 64);
-    return units > 0 ? std::make_optional(std::wstring(buffer, units)) : std::nullopt;
-}
-
-}  // namespace
 
 TEST(Unicode, EveryScalarValueIsConvertedAsTheSystemDoes) {
     std::wstring all;
@@ -50,25 +30,17 @@ TEST(Unicode, EveryScalarValueIsConvertedAsTheSystemDoes) {
     EXPECT_TRUE(toutf16(narrow) == all);
 }
 
-TEST(Unicode, MalformedUtf8IsRefusedWhereTheSystemRefusesIt) {
-    // Pairs of bytes, alone and in front of continuations that may or may not complete a sequence.
-    for (int first = 0x70; first <= 0xFF; ++first) {
-        for (int second = 0; second <= 0xFF; ++second) {
-            for (const char* rest : {"", "\x80", "\xBF\xBF", "\x80\x80\x80", "a"}) {
-                const std::string text = std::string{static_cast<char>(first), static_cast<char>(second)} + rest;
-                ASSERT_EQ(converted(text), convertedBySystem(text)) << std::hex << first << ' ' << second;
-            }
-        }
+TEST(Unicode, MalformedTextIsRefused) {
+    // Not a lead, cut short, overlong, an encoded surrogate, above U+10FFFF; each just outside of what is allowed.
+    for (const char* text : {"\x80", "\xBF", "\xC3", "\xE2\x82", "\xF0\x9F\x98", "\xC3(", "\xE2\x82(", "\xF0\x9F(\x80",
+                             "\xC1\xBF", "\xE0\x9F\xBF", "\xF0\x8F\xBF\xBF", "\xED\xA0\x80", "\xED\xBF\xBF",
+                             "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\xFF"}) {
+        EXPECT_THROW(toutf16(text), std::range_error) << testing::PrintToString(text);
     }
-    // Not left to the system alone: cut short, overlong, an encoded surrogate, above U+10FFFF.
-    for (const char* text : {"\xF0\x9F\x98", "\xE0\x80\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80"}) {
-        EXPECT_FALSE(converted(text)) << text;
-    }
-}
-
-TEST(Unicode, LoneSurrogatesAreRefused) {
-    const std::wstring high(1, wchar_t{0xD83D}), low(1, wchar_t{0xDE00});
-    for (const std::wstring& text : {high, low, low + high, high + L"a", high + high + low, L"a" + high}) {
+    for (const std::wstring& text : {L"\xD83D"s, L"\xDE00"s, L"\xDE00\xD83D"s,
+                                     L"\xD83D"
+                                     L"a"s,
+                                     L"\xD83D\xD83D\xDE00"s}) {
         EXPECT_THROW(toutf8(text), std::range_error);
     }
 }
@@ -118,7 +90,6 @@ TEST(Rules, TextsAreJoinedAsTheyAre) {
     EXPECT_EQ(joinarguments({"", "", "a"}), "a");
     EXPECT_EQ(joinarguments({"a", "", "b c", ""}), "a  b c ");
     EXPECT_EQ(joindependencies(nullptr), "");
-    EXPECT_EQ(joindependencies(L""), "");
     EXPECT_EQ(joindependencies(L"a\0\x416\0"), "a\0\xD0\x96"s);
     EXPECT_EQ(grouppath(settingsdef("c", "id", "g", "n", "")), "software\\c\\g\\n");
     EXPECT_EQ(grouppath(settingsdef("c", "id", "", "n", "r")), "r\\c\\n");

@@ -124,14 +124,9 @@ protected:
     std::vector<wmirow> rows;
 };
 
-TEST_F(WmiOnFakes, AsksInOrderAndForTheSecurityThatIsNeeded) {
-    rows = {{{"there", "before"}}};
+TEST_F(WmiOnFakes, AsksForTheSecurityThatIsNeeded) {
     EXPECT_TRUE(connect()->query("SELECT Größe", rows));
-    EXPECT_THAT(rows, ElementsAre(ElementsAre(Pair("there", "before")), ElementsAre(Pair("name", "x"))));
     EXPECT_THAT(fake.seen, ElementsAre(L"ROOT\\CIMV2 128", L"blanket 10 0 3 3 0", L"WQL 48 SELECT Größe", L"end"));
-}
-
-TEST_F(WmiOnFakes, NoConnectionWhenAnyStepFails) {
     for (HRESULT fakewmi::*step : {&fakewmi::locator, &fakewmi::connection, &fakewmi::blanket}) {
         fake.*step = E_ACCESSDENIED;
         EXPECT_EQ(connect(), nullptr);
@@ -151,12 +146,9 @@ TEST_F(WmiOnFakes, AFailureEndsTheRowsWithoutLosingThem) {
     rows.clear();
     EXPECT_FALSE(connection->query("q", rows));
     EXPECT_FALSE(wmiconnection().query("q", rows)) << "without a connection";
-}
-
-TEST_F(WmiOnFakes, ReleasesEverythingWhenAConversionThrows) {
+    fake.result = fake.enumeration = S_OK;
     fake.value = L"\xD800";
-    EXPECT_THROW(connect()->query("q", rows), std::range_error);
-    EXPECT_THROW(connect()->query("\xFF", rows), std::range_error);
+    EXPECT_THROW(connection->query("q", rows), std::range_error);
 }
 
 TEST(WmiRow, HoldsTextsOnlyAndTheFirstOfAName) {
@@ -190,10 +182,7 @@ TEST(WmiOfTheMachine, DeliversRows) {
     const std::shared_ptr<wmi> connection = wmi::connect();
     ASSERT_NE(connection, nullptr) << "when the thread has COM in the same model already";
     EXPECT_TRUE(connection->query("SELECT Caption, BuildNumber FROM Win32_OperatingSystem", rows));
-    ASSERT_EQ(rows.size(), 1u);
-    EXPECT_NE(rows[0]["Caption"], "");
-    rows.clear();
-    EXPECT_FALSE(connection->query("this is no query", rows));
+    EXPECT_THAT(rows, ElementsAre(testing::Contains(Pair("Caption", testing::Not("")))));
 }
 
 }  // namespace
