@@ -564,7 +564,7 @@ TEST_F(Login, NamesWhatIsWrongInAFolder) {
         {part, part, patched(built / part, version, newer),
          "warn file version 1.7.0.0; not of the same version as the library, 1.0.0.0", 0},
         {runtime, part, "", "FAIL not tried: the managed part is missing", 1},
-        {client, part, "", "ok file version 34.0.0.5070", 1},
+        {client, part, "", "ok file version 34.0.0.5070; not opened, ", 1},
         {runtime, part, "text", "FAIL not tried: the managed part is damaged", 1},
         {runtime, part, assembly, "FAIL these two files do not belong together: ", 1},
         {client, client, assembly.substr(0, assembly.size() / 2), "FAIL is cut short", 1},
