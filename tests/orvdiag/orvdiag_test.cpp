@@ -220,6 +220,15 @@ TEST(FileTail, LosesNothingToDeletionRenamingReplacementAndEmptying) {
         }
         EXPECT_EQ(text, "unseen\nunfinished\n" + start + "new\n");
     }
+    // A program that opened the file before it went away writes to it only afterwards.
+    const orvsecutils::filehandle late(CreateFileW(file.c_str(), FILE_APPEND_DATA,
+                                                   FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                                   OPEN_EXISTING, 0, nullptr));
+    fs::rename(file, folder.path / "older");
+    EXPECT_EQ(tail.next(), "");
+    DWORD written = 0;
+    WriteFile(late.get(), "late\n", 5, &written, nullptr);
+    EXPECT_EQ(tail.next(), "late\n");
 }
 
 // A value in the registry for the time of a test.
