@@ -32,7 +32,8 @@ class LoginManagerClientCLR;
 /// - `loginRuntimeException` (by value): everything else, from any member that reaches the manager. An assembly that
 ///   cannot be loaded, an exception of another type, the manager's exception from a member not listed above, a string
 ///   of the manager's that is null where none may be (`System.ArgumentNullException`). If creating the manager fails,
-///   the next member that needs it tries again; but on Windows the runtime remembers an assembly that it could not find.
+///   the next member that needs it tries again; but on Windows the runtime remembers an assembly that it could not
+///   find.
 /// - `std::bad_alloc` from any member.
 ///
 /// Threads: any thread may call, one at a time; nothing here is guarded. Two threads that make the first call of one
