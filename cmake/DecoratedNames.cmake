@@ -1,0 +1,6 @@
+# cmake -DFROM=... -DTO=... -DDLL=... -P: the linker's list of exports ("name = name@4 @1") as a list of decorated names.
+file(STRINGS ${FROM} lines REGEX " = ")
+list(TRANSFORM lines REPLACE "^ *[^ ]+ = ([^ ]+).*" "    \\1")
+list(SORT lines)
+list(JOIN lines "\n" lines)
+file(WRITE ${TO} "LIBRARY ${DLL}\nEXPORTS\n${lines}\n")
