@@ -2,10 +2,10 @@
 
 #include <windows.h>
 
-#include <unknwn.h>
+#include <mscoree.h>
 
-/// The CLR hosting interfaces of .NET Framework 4 that the compiler's headers lack, by their published layout
-/// (metahost.h of the .NET Framework SDK). Slots that are not called keep their place only.
+/// The CLR hosting interfaces of .NET Framework 4 that the compiler's mscoree.h lacks, by their published layout
+/// (metahost.h of the .NET Framework SDK). Methods that are not called only keep their place in the virtual table.
 namespace OrvelLoginClientCLR {
 
 struct ICLRMetaHost : IUnknown {
@@ -22,26 +22,10 @@ struct ICLRRuntimeInfo : IUnknown {
     virtual HRESULT STDMETHODCALLTYPE GetInterface(REFCLSID clsid, REFIID iid, void** object) = 0;
 };
 
-struct ICLRRuntimeHost : IUnknown {
-    virtual HRESULT STDMETHODCALLTYPE Start() = 0;
-    virtual HRESULT STDMETHODCALLTYPE Stop() = 0;
-    virtual HRESULT STDMETHODCALLTYPE SetHostControl(void* control) = 0;
-    virtual HRESULT STDMETHODCALLTYPE GetCLRControl(void** control) = 0;
-    virtual HRESULT STDMETHODCALLTYPE UnloadAppDomain(DWORD id, BOOL waitUntilDone) = 0;
-    virtual HRESULT STDMETHODCALLTYPE ExecuteInAppDomain(DWORD id, void* callback, void* cookie) = 0;
-    virtual HRESULT STDMETHODCALLTYPE GetCurrentAppDomainId(DWORD* id) = 0;
-    virtual HRESULT STDMETHODCALLTYPE ExecuteApplication(LPCWSTR name, DWORD paths, LPCWSTR* manifestPaths, DWORD data,
-                                                         LPCWSTR* activationData, int* result) = 0;
-    virtual HRESULT STDMETHODCALLTYPE ExecuteInDefaultAppDomain(LPCWSTR assembly, LPCWSTR type, LPCWSTR method,
-                                                                LPCWSTR argument, DWORD* result) = 0;
-};
-
 using CLRCreateInstanceFunction = HRESULT(STDAPICALLTYPE*)(REFCLSID clsid, REFIID iid, void** object);
 
 constexpr CLSID clsidClrMetaHost = {0x9280188d, 0x0e8e, 0x4867, {0xb3, 0x0c, 0x7f, 0xa8, 0x38, 0x84, 0xe8, 0xde}};
 constexpr IID iidClrMetaHost = {0xd332db9e, 0xb9b3, 0x4125, {0x82, 0x07, 0xa1, 0x48, 0x84, 0xf5, 0x32, 0x16}};
 constexpr IID iidClrRuntimeInfo = {0xbd39d1d2, 0xba2f, 0x486a, {0x89, 0xb0, 0xb4, 0xb0, 0xcb, 0x46, 0x68, 0x91}};
-constexpr CLSID clsidClrRuntimeHost = {0x90f1a06e, 0x7712, 0x4762, {0x86, 0xb5, 0x7a, 0x5e, 0xba, 0x6b, 0xdb, 0x02}};
-constexpr IID iidClrRuntimeHost = {0x90f1a06c, 0x7712, 0x4762, {0x86, 0xb5, 0x7a, 0x5e, 0xba, 0x6b, 0xdb, 0x02}};
 
 }  // namespace OrvelLoginClientCLR

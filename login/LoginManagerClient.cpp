@@ -1,26 +1,44 @@
 #include "login/LoginManagerClient.h"
 
+#include <memory>
 #include <new>
 #include <utility>
 
 #include "login/LoginManagerClientCLR.h"
 #include "login/ManagedPart.h"
+#include "login/Wiping.h"
 
 using OrvelLoginClientCLR::LoginManagerClientCLR;
+using OrvelLoginClientCLR::WipedAtEnd;
 
 LoginManagerClient::LoginManagerClient(void (*loginCallBackIn)(), void (*logoutCallBackIn)(), uiLang langIn)
-    : offlineMode(false), loginCallBack(loginCallBackIn), logoutCallBack(logoutCallBackIn), language(langIn) {
+    : offlineMode(false),
+      bridge(nullptr),
+      loginCallBack(loginCallBackIn),
+      logoutCallBack(logoutCallBackIn),
+      language(langIn) {
     // Once per client and never taken back: each registration does the same, so one more does no harm.
     OrvelLoginClientCLR::registerResolveHandler();
 }
 
-LoginManagerClient::~LoginManagerClient() = default;
+LoginManagerClient::~LoginManagerClient() {
+    const std::unique_ptr<LoginManagerClientCLR> owner(bridge.load());
+}
 
 LoginManagerClientCLR* LoginManagerClient::getLoginMgrClient() {
-    if (!bridge) {
-        bridge.reset(new (std::nothrow) LoginManagerClientCLR(loginCallBack, logoutCallBack, language));
+    if (LoginManagerClientCLR* made = bridge.load()) {
+        return made;
     }
-    return bridge.get();
+    std::unique_ptr<LoginManagerClientCLR> made(new (std::nothrow)
+                                                    LoginManagerClientCLR(loginCallBack, logoutCallBack, language));
+    LoginManagerClientCLR* stored = nullptr;
+    if (bridge.compare_exchange_strong(stored, made.get())) {
+        return made.release();
+    }
+    // Another thread's first call was faster. This bridge is leaked: disposing its manager could interfere with the one
+    // that is in use, since a manager may share its sign-in with others.
+    made.release();
+    return stored;
 }
 
 LoginResponse LoginManagerClient::login() {
@@ -29,6 +47,7 @@ LoginResponse LoginManagerClient::login() {
 }
 
 LoginResponse LoginManagerClient::login(std::wstring userName, std::wstring password) {
+    const WipedAtEnd wiped(password);
     LoginManagerClientCLR* client = getLoginMgrClient();
     return client ? client->login(userName, password) : LoginResponse();
 }
@@ -112,6 +131,7 @@ std::wstring LoginManagerClient::getDNMAccessToken() {
 }
 
 bool LoginManagerClient::isDunmorePlatformTokenExpired(std::wstring t) {
+    const WipedAtEnd wiped(t);
     return getLoginMgrClient()->isDunmorePlatformTokenExpired(t);
 }
 

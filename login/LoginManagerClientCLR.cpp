@@ -1,5 +1,7 @@
 #include "login/LoginManagerClientCLR.h"
 
+#include "login/ClrRuntime.h"
+#include "login/LibraryFile.h"
 #include "login/RuntimeFailure.h"
 
 namespace OrvelLoginClientCLR {
@@ -9,24 +11,27 @@ void (*myLogoutHandler)() = nullptr;
 
 namespace {
 
+// The control of the thread that made the last bridge: what the host's callbacks see on threads of the runtime's own.
+FloatingPointControl hostControl = FloatingPointControl::current();
+
 TextArgument argument(const std::wstring& text) {
     return {text.data(), managedLength(text.size())};
 }
 
-// Calls a managed member; an exception of the manager's passes untranslated like any other.
-template <class Member, class... Arguments>
-void call(Member member, Arguments... arguments) {
+// Calls a managed member. An exception of the manager's passes untranslated like any other.
+void call(const ManagedMember& member, ManagerHandle manager, void* result, const TextArgument* first = nullptr,
+          const TextArgument* second = nullptr) {
     ManagedFailure failure;
-    if (member(arguments..., &failure) != 0) {
+    if (!callManaged(member.call, manager, first, second, result, failure)) {
         throwUntranslated(failure);
     }
 }
 
-// Calls a managed member; an exception of the manager's becomes the native one.
-template <class Member, class... Arguments>
-void callTranslated(Member member, Arguments... arguments) {
+// Calls a managed member. An exception of the manager's becomes the native one.
+void callTranslated(const ManagedMember& member, ManagerHandle manager, void* result,
+                    const TextArgument* first = nullptr, const TextArgument* second = nullptr) {
     ManagedFailure failure;
-    if (member(arguments..., &failure) != 0) {
+    if (!callManaged(member.call, manager, first, second, result, failure)) {
         if (failure.isManagerException) {
             throw new loginManagerException(getStatusCode(failure.status));
         }
@@ -34,18 +39,21 @@ void callTranslated(Member member, Arguments... arguments) {
     }
 }
 
-}  // namespace
-
-void LoginEventHandler() noexcept {
-    if (void (*handler)() = myLoginHandler) {
+void raise(void (*handler)()) noexcept {
+    if (handler) {
+        const HostCodeScope host(hostControl);
         handler();
     }
 }
 
+}  // namespace
+
+void LoginEventHandler() noexcept {
+    raise(myLoginHandler);
+}
+
 void LogoutEventHandler() noexcept {
-    if (void (*handler)() = myLogoutHandler) {
-        handler();
-    }
+    raise(myLogoutHandler);
 }
 
 std::int32_t getLangCode(uiLang langIn) {
@@ -73,19 +81,22 @@ LoginResponse parseLoginResponse(const ManagedRecord& resp) {
 }
 
 ManagedClient::~ManagedClient() {
-    if (valid()) {
+    if (valid() && !processIsEnding()) {
         ManagedFailure dropped;  // a destructor has nobody to tell
-        managerMembers().dispose(handle, &dropped);
+        callManaged(managerMembers().dispose.call, handle, nullptr, nullptr, nullptr, dropped);
     }
 }
 
 LoginManagerClientCLR::LoginManagerClientCLR(void (*loginCallBack)(), void (*logoutCallBack)(), uiLang langIn) {
     myLoginHandler = loginCallBack;
     myLogoutHandler = logoutCallBack;
+    hostControl = FloatingPointControl::current();
     const ManagerMembers& members = managerMembers();
     pinLibrary();
-    call(members.create, loginCallBack ? &LoginEventHandler : nullptr, logoutCallBack ? &LogoutEventHandler : nullptr,
-         getLangCode(langIn), managedClient.receive());
+    ManagedCreation creation = {loginCallBack ? &LoginEventHandler : nullptr,
+                                logoutCallBack ? &LogoutEventHandler : nullptr, getLangCode(langIn)};
+    call(members.create, 0, &creation);
+    managedClient.adopt(creation.manager);
 }
 
 LoginResponse LoginManagerClientCLR::login() {
@@ -101,7 +112,7 @@ LoginResponse LoginManagerClientCLR::login(const std::wstring& userName, const s
     const TextArgument secret = argument(password);
     ManagedRecord response;
     if (managedClient.valid()) {
-        callTranslated(managerMembers().loginWith, managedClient.get(), &user, &secret, &response);
+        callTranslated(managerMembers().loginWith, managedClient.get(), &response, &user, &secret);
     }
     return parseLoginResponse(response);
 }
@@ -116,7 +127,7 @@ LoginResponse LoginManagerClientCLR::getLoggedInUser() {
 
 void LoginManagerClientCLR::logout() {
     if (managedClient.valid()) {
-        callTranslated(managerMembers().Logout, managedClient.get());
+        callTranslated(managerMembers().Logout, managedClient.get(), nullptr);
     }
 }
 
@@ -134,11 +145,11 @@ std::wstring LoginManagerClientCLR::formatAccessUrl(std::wstring targeturl) {
         return targeturl;
     }
     ManagedString formatted;
-    callTranslated(managerMembers().formatAccessURL, managedClient.get(), &url, &formatted);
+    callTranslated(managerMembers().formatAccessURL, managedClient.get(), &formatted, &url);
     return formatted.toNative();
 }
 
-std::wstring LoginManagerClientCLR::plainGetter(ManagerMembers::Text member) {
+std::wstring LoginManagerClientCLR::plainGetter(const ManagedMember& member) {
     ManagedString text;
     if (managedClient.valid()) {
         call(member, managedClient.get(), &text);
@@ -192,13 +203,13 @@ std::wstring LoginManagerClientCLR::getLoginTicket(std::wstring spaceurl) {
     }
     const TextArgument url = argument(spaceurl);
     ManagedString ticket;
-    call(managerMembers().getLoginTicket, managedClient.get(), &url, &ticket);
+    call(managerMembers().getLoginTicket, managedClient.get(), &ticket, &url);
     return ticket.toNative();
 }
 
 void LoginManagerClientCLR::stopDNMListener() {
     // Called on an empty handle too: the managed side then fails as on any null reference.
-    call(managerMembers().stopDNMListener, managedClient.get());
+    call(managerMembers().stopDNMListener, managedClient.get(), nullptr);
 }
 
 // The manager's remaining members are static and would work without an object; they are called only with one.
@@ -207,14 +218,14 @@ void LoginManagerClientCLR::DunmoreLoginBrowser(const std::wstring& serverDNM, c
     if (managedClient.valid()) {
         const TextArgument server = argument(serverDNM);
         const TextArgument client = argument(clientId);
-        callTranslated(managerMembers().DunmoreLoginBrowser, &server, &client);
+        callTranslated(managerMembers().DunmoreLoginBrowser, managedClient.get(), nullptr, &server, &client);
     }
 }
 
 std::wstring LoginManagerClientCLR::getDNMAccessToken() {
     ManagedString token;
     if (managedClient.valid()) {
-        call(managerMembers().getDNMAccessToken, &token);
+        call(managerMembers().getDNMAccessToken, managedClient.get(), &token);
     }
     return token.toNative();
 }
@@ -223,7 +234,7 @@ bool LoginManagerClientCLR::isDunmorePlatformTokenExpired(const std::wstring& t)
     std::int32_t expired = 0;
     if (managedClient.valid()) {
         const TextArgument token = argument(t);
-        call(managerMembers().isDunmorePlatformTokenExpired, &token, &expired);
+        call(managerMembers().isDunmorePlatformTokenExpired, managedClient.get(), &expired, &token);
     }
     return expired != 0;
 }

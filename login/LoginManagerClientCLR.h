@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "login/FloatingPointControl.h"
 #include "login/LoginResponse.h"
 #include "login/ManagedPart.h"
 #include "login/loginManagerException.h"
@@ -14,7 +15,8 @@ namespace OrvelLoginClientCLR {
 extern void (*myLoginHandler)();
 extern void (*myLogoutHandler)();
 
-/// Targets of the manager's events, on whatever thread it raises them: call what the slot holds at that moment.
+/// Targets of the manager's events, on whatever thread it raises them. Each calls what its slot holds at that moment,
+/// with the host's floating-point control.
 void LoginEventHandler() noexcept;
 void LogoutEventHandler() noexcept;
 
@@ -28,7 +30,8 @@ statusCode getStatusCode(std::int32_t statCode);
 /// `loginRuntimeException` when a field other than `domainName` is null.
 LoginResponse parseLoginResponse(const ManagedRecord& resp);
 
-/// Owns a managed object; disposes it, if it can be disposed, and lets it go at the end.
+/// Owns a managed object. Disposes it, if it can be disposed, and releases it at the end; but not while the process is
+/// ending, when the runtime must not be called any more.
 class ManagedClient {
 public:
     ManagedClient() = default;
@@ -38,7 +41,7 @@ public:
 
     bool valid() const { return handle != 0; }
     ManagerHandle get() const { return handle; }
-    ManagerHandle* receive() { return &handle; }
+    void adopt(ManagerHandle created) { handle = created; }
 
 private:
     ManagerHandle handle = 0;
@@ -73,7 +76,7 @@ public:
     bool isDunmorePlatformTokenExpired(const std::wstring& t);
 
 private:
-    std::wstring plainGetter(ManagerMembers::Text member);
+    std::wstring plainGetter(const ManagedMember& member);
 
     ManagedClient managedClient;
 };

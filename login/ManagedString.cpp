@@ -5,11 +5,15 @@
 #include <oleauto.h>
 
 #include "login/RuntimeFailure.h"
+#include "login/Wiping.h"
 
 namespace OrvelLoginClientCLR {
 
 ManagedString::~ManagedString() {
-    SysFreeString(chars);
+    if (chars) {  // of the texts that pass here some are tokens, cookies and tickets; which, only the caller knows
+        wipe(chars, SysStringLen(chars));
+        SysFreeString(chars);
+    }
 }
 
 std::wstring ManagedString::toNative() const {

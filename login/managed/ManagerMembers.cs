@@ -23,267 +23,112 @@ namespace OrvelLoginClientCLR
             if (response == null)
                 return;
             present = 1;
-            statusDescription = Marshal.StringToBSTR(response.statusDescription);
-            userName = Marshal.StringToBSTR(response.userName);
-            firstName = Marshal.StringToBSTR(response.firstName);
-            lastName = Marshal.StringToBSTR(response.lastName);
-            rowId = Marshal.StringToBSTR(response.rowId);
-            aliasName = Marshal.StringToBSTR(response.aliasName);
-            domainName = Marshal.StringToBSTR(response.domainName);
+            statusDescription = BStr.From(response.statusDescription);
+            userName = BStr.From(response.userName);
+            firstName = BStr.From(response.firstName);
+            lastName = BStr.From(response.lastName);
+            rowId = BStr.From(response.rowId);
+            aliasName = BStr.From(response.aliasName);
+            domainName = BStr.From(response.domainName);
         }
     }
 
-    /// Text from the native side. Layout: `TextArgument` in login/ManagedPart.h.
+    /// What a manager is created from, and the manager. Layout: `ManagedCreation` in login/ManagedPart.h.
     [StructLayout(LayoutKind.Sequential)]
-    unsafe struct Text
+    struct Creation
     {
-        public char* chars;
-        public int length;
-
-        public override string ToString()
-        {
-            return new string(chars, 0, length);
-        }
+        public IntPtr loginHandler;
+        public IntPtr logoutHandler;
+        public int language;
+        public IntPtr manager;
     }
 
-    /// The members of the outside login manager, callable from native code: each calls one member and reports the outcome
-    /// as data. What the outcomes mean is decided on the native side.
+    /// A row of the native side's table: `ManagedMember` in login/ManagedPart.h.
+    [StructLayout(LayoutKind.Sequential)]
+    unsafe struct BoundMember
+    {
+        public char* name;
+        public IntPtr call;
+    }
+
+    /// The members of the outside login manager. Each calls one member and hands over what it returned; what a null or an
+    /// exception means is decided on the native side.
     static unsafe class ManagerMembers
     {
         [UnmanagedFunctionPointer(CallingConvention.Cdecl)]
         delegate void EventHandler();
 
-        [UnmanagedFunctionPointer(CallingConvention.Cdecl)]
-        delegate int CreateCall(IntPtr login, IntPtr logout, int language, IntPtr* manager, Failure* failure);
-
-        [UnmanagedFunctionPointer(CallingConvention.Cdecl)]
-        delegate int PlainCall(IntPtr manager, Failure* failure);
-
-        [UnmanagedFunctionPointer(CallingConvention.Cdecl)]
-        delegate int RecordCall(IntPtr manager, Record* response, Failure* failure);
-
-        [UnmanagedFunctionPointer(CallingConvention.Cdecl)]
-        delegate int LoginWithCall(IntPtr manager, Text* userName, Text* password, Record* response, Failure* failure);
-
-        [UnmanagedFunctionPointer(CallingConvention.Cdecl)]
-        delegate int TextCall(IntPtr manager, IntPtr* result, Failure* failure);
-
-        [UnmanagedFunctionPointer(CallingConvention.Cdecl)]
-        delegate int TextOfTextCall(IntPtr manager, Text* text, IntPtr* result, Failure* failure);
-
-        [UnmanagedFunctionPointer(CallingConvention.Cdecl)]
-        delegate int StaticTwoTextsCall(Text* first, Text* second, Failure* failure);
-
-        [UnmanagedFunctionPointer(CallingConvention.Cdecl)]
-        delegate int StaticTextCall(IntPtr* result, Failure* failure);
-
-        [UnmanagedFunctionPointer(CallingConvention.Cdecl)]
-        delegate int StaticTestCall(Text* text, int* result, Failure* failure);
-
-        static Delegate[] members;
-
-        /// Writes the members' addresses in the order of `ManagerMembers` in login/ManagedPart.h. Native code calls them from
-        /// then on, so the delegates live as long as the process.
-        public static void Bind(IntPtr* table)
+        struct Member
         {
-            members = new Delegate[]
-            {
-                new CreateCall(Create),
-                new PlainCall(Dispose),
-                Record(manager => manager.login()),
-                LoginWith((manager, userName, password) => manager.login(userName, password)),
-                Record(manager => manager.getLoggedInUser()),
-                Plain(manager => manager.Logout()),
-                Text(manager => manager.getAccessToken()),
-                TextOfText((manager, url) => manager.formatAccessURL(url)),
-                Text(manager => manager.getPlatformURL()),
-                Text(manager => manager.getRegistryURL()),
-                Text(manager => manager.getPassportURL()),
-                Text(manager => manager.getCASCookie()),
-                Text(manager => manager.getmyAppsURL()),
-                Text(manager => manager.getKelpaURL()),
-                Text(manager => manager.getTenantName()),
-                Text(manager => manager.getTenantId()),
-                Text(manager => manager.getTenantIds()),
-                Text(manager => manager.getSpaceURL()),
-                TextOfText((manager, url) => manager.getLoginTicket(url)),
-                Plain(manager => manager.stopDNMListener()),
-                StaticTwoTexts(DunmoreLoginBrowser),
-                StaticText(GetDNMAccessToken),
-                StaticTest(IsDunmorePlatformTokenExpired),
-            };
-            for (int i = 0; i < members.Length; i++)
-                table[i] = Marshal.GetFunctionPointerForDelegate(members[i]);
-        }
+            public readonly string Name;
+            public readonly NativeCall Call;
 
-        // One wrapper per shape of call. The manager's member is called in a method of its own, never in the wrapper: a
-        // manager that lacks it makes the runtime throw when that method is compiled, and this must be inside the try.
-
-        static PlainCall Plain(Action<LoginManagerClient> member)
-        {
-            return (manager, failure) =>
+            public Member(string name, Body body)
             {
-                try
-                {
-                    member(Managers.At(manager));
-                    return 0;
-                }
-                catch (Exception e)
-                {
-                    return Report(e, failure);
-                }
-            };
-        }
-
-        static RecordCall Record(Func<LoginManagerClient, LoginResponse> member)
-        {
-            return (manager, response, failure) =>
-            {
-                try
-                {
-                    response->Fill(member(Managers.At(manager)));
-                    return 0;
-                }
-                catch (Exception e)
-                {
-                    return Report(e, failure);
-                }
-            };
-        }
-
-        static LoginWithCall LoginWith(Func<LoginManagerClient, string, string, LoginResponse> member)
-        {
-            return (manager, userName, password, response, failure) =>
-            {
-                try
-                {
-                    response->Fill(member(Managers.At(manager), userName->ToString(), password->ToString()));
-                    return 0;
-                }
-                catch (Exception e)
-                {
-                    return Report(e, failure);
-                }
-            };
-        }
-
-        static TextCall Text(Func<LoginManagerClient, string> member)
-        {
-            return (manager, result, failure) =>
-            {
-                try
-                {
-                    *result = Marshal.StringToBSTR(member(Managers.At(manager)));
-                    return 0;
-                }
-                catch (Exception e)
-                {
-                    return Report(e, failure);
-                }
-            };
-        }
-
-        static TextOfTextCall TextOfText(Func<LoginManagerClient, string, string> member)
-        {
-            return (manager, text, result, failure) =>
-            {
-                try
-                {
-                    *result = Marshal.StringToBSTR(member(Managers.At(manager), text->ToString()));
-                    return 0;
-                }
-                catch (Exception e)
-                {
-                    return Report(e, failure);
-                }
-            };
-        }
-
-        static StaticTwoTextsCall StaticTwoTexts(Action<string, string> member)
-        {
-            return (first, second, failure) =>
-            {
-                try
-                {
-                    member(first->ToString(), second->ToString());
-                    return 0;
-                }
-                catch (Exception e)
-                {
-                    return Report(e, failure);
-                }
-            };
-        }
-
-        static StaticTextCall StaticText(Func<string> member)
-        {
-            return (result, failure) =>
-            {
-                try
-                {
-                    *result = Marshal.StringToBSTR(member());
-                    return 0;
-                }
-                catch (Exception e)
-                {
-                    return Report(e, failure);
-                }
-            };
-        }
-
-        static StaticTestCall StaticTest(Func<string, bool> member)
-        {
-            return (text, result, failure) =>
-            {
-                try
-                {
-                    *result = member(text->ToString()) ? 1 : 0;
-                    return 0;
-                }
-                catch (Exception e)
-                {
-                    return Report(e, failure);
-                }
-            };
-        }
-
-        static int Create(IntPtr login, IntPtr logout, int language, IntPtr* manager, Failure* failure)
-        {
-            try
-            {
-                *manager = Managers.Hold(NewManager(login, logout, language));
-                return 0;
-            }
-            catch (Exception e)
-            {
-                return Report(e, failure);
+                Name = name;
+                Call = Boundary.Guarded(body);
             }
         }
 
-        // Methods, not lambdas as above: of a lambda that only passes its arguments on, the compiler makes a delegate to the
-        // manager's own method, and then one that is missing fails the binding of all.
-
-        static void DunmoreLoginBrowser(string server, string clientId)
+        // Made once and never dropped: native code holds their addresses, and a second copy of the native library in the
+        // process gets the same ones.
+        static readonly Member[] members =
         {
-            LoginManagerClient.DunmoreLoginBrowser(server, clientId);
+            new Member("create", (m, a, b, r) => Create((Creation*)r)),
+            new Member("dispose", (m, a, b, r) => Dispose(m)),
+            new Member("login", (m, a, b, r) => ((Record*)r)->Fill(Managers.At(m).login())),
+            new Member("loginWith", (m, a, b, r) => ((Record*)r)->Fill(Managers.At(m).login(a->ToString(), b->ToString()))),
+            new Member("getLoggedInUser", (m, a, b, r) => ((Record*)r)->Fill(Managers.At(m).getLoggedInUser())),
+            new Member("Logout", (m, a, b, r) => Managers.At(m).Logout()),
+            new Member("getAccessToken", (m, a, b, r) => Return(r, Managers.At(m).getAccessToken())),
+            new Member("formatAccessURL", (m, a, b, r) => Return(r, Managers.At(m).formatAccessURL(a->ToString()))),
+            new Member("getPlatformURL", (m, a, b, r) => Return(r, Managers.At(m).getPlatformURL())),
+            new Member("getRegistryURL", (m, a, b, r) => Return(r, Managers.At(m).getRegistryURL())),
+            new Member("getPassportURL", (m, a, b, r) => Return(r, Managers.At(m).getPassportURL())),
+            new Member("getCASCookie", (m, a, b, r) => Return(r, Managers.At(m).getCASCookie())),
+            new Member("getmyAppsURL", (m, a, b, r) => Return(r, Managers.At(m).getmyAppsURL())),
+            new Member("getKelpaURL", (m, a, b, r) => Return(r, Managers.At(m).getKelpaURL())),
+            new Member("getTenantName", (m, a, b, r) => Return(r, Managers.At(m).getTenantName())),
+            new Member("getTenantId", (m, a, b, r) => Return(r, Managers.At(m).getTenantId())),
+            new Member("getTenantIds", (m, a, b, r) => Return(r, Managers.At(m).getTenantIds())),
+            new Member("getSpaceURL", (m, a, b, r) => Return(r, Managers.At(m).getSpaceURL())),
+            new Member("getLoginTicket", (m, a, b, r) => Return(r, Managers.At(m).getLoginTicket(a->ToString()))),
+            new Member("stopDNMListener", (m, a, b, r) => Managers.At(m).stopDNMListener()),
+            new Member("DunmoreLoginBrowser", (m, a, b, r) => LoginManagerClient.DunmoreLoginBrowser(a->ToString(), b->ToString())),
+            new Member("getDNMAccessToken", (m, a, b, r) => Return(r, LoginManagerClient.getDNMAccessToken())),
+            new Member("isDunmorePlatformTokenExpired", (m, a, b, r) => *(int*)r = LoginManagerClient.isDunmorePlatformTokenExpired(a->ToString()) ? 1 : 0),
+        };
+
+        /// Fills in the addresses of the members that `table` names.
+        public static void Bind(BoundMember* table, int count)
+        {
+            for (int i = 0; i < count; i++)
+                table[i].call = Marshal.GetFunctionPointerForDelegate(Named(new string(table[i].name)));
         }
 
-        static string GetDNMAccessToken()
+        static NativeCall Named(string name)
         {
-            return LoginManagerClient.getDNMAccessToken();
+            foreach (Member member in members)
+            {
+                if (member.Name == name)
+                    return member.Call;
+            }
+            throw new MissingMethodException("the managed part of the login library lacks the member " + name);
         }
 
-        static bool IsDunmorePlatformTokenExpired(string token)
+        static void Return(void* result, string text)
         {
-            return LoginManagerClient.isDunmorePlatformTokenExpired(token);
+            *(IntPtr*)result = BStr.From(text);
         }
 
-        static LoginManagerClient NewManager(IntPtr login, IntPtr logout, int language)
+        static void Create(Creation* creation)
         {
-            return new LoginManagerClient(
+            IntPtr login = creation->loginHandler;
+            IntPtr logout = creation->logoutHandler;
+            creation->manager = Managers.Hold(new LoginManagerClient(
                 login == IntPtr.Zero ? null : new LoginHandlerDelegate(Handler(login)),
                 logout == IntPtr.Zero ? null : new LogoutHandlerDelegate(Handler(logout)),
-                (langCode)language);
+                (langCode)creation->language));
         }
 
         static EventHandler Handler(IntPtr address)
@@ -291,32 +136,13 @@ namespace OrvelLoginClientCLR
             return (EventHandler)Marshal.GetDelegateForFunctionPointer(address, typeof(EventHandler));
         }
 
-        static int Dispose(IntPtr manager, Failure* failure)
+        static void Dispose(IntPtr manager)
         {
-            try
-            {
-                // An object, so that the runtime looks what it implements: not every manager has what the one compiled against has.
-                object released = Managers.Release(manager);
-                var disposable = released as IDisposable;
-                if (disposable != null)
-                    disposable.Dispose();
-                return 0;
-            }
-            catch (Exception e)
-            {
-                return Report(e, failure);
-            }
-        }
-
-        static int Report(Exception e, Failure* failure)
-        {
-            var own = e as LoginManagerException;
-            if (own != null)
-            {
-                failure->isManagerException = 1;
-                failure->status = (int)own.status;
-            }
-            return failure->Report(e);
+            // An object, so that the runtime looks what it implements: not every manager has what the one compiled against has.
+            object released = Managers.Release(manager);
+            var disposable = released as IDisposable;
+            if (disposable != null)
+                disposable.Dispose();
         }
     }
 }

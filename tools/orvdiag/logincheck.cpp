@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "login/ClrRuntime.h"
+#include "login/Handshake.h"
 #include "login/loginRuntimeException.h"
 #include "orvsecutils/platform/unicode.h"
 #include "tools/orvdiag/assembly.h"
@@ -96,17 +96,14 @@ finding look(const part& wanted, const std::wstring& path) {
     return {true, "assembly version " + dotted(found->version) + (versions.empty() ? "" : ", ") + versions};
 }
 
-// The way in which the library itself starts the runtime: by entering the managed part, which fills a table.
-finding enter(const std::wstring& path) {
-    void* entries[2] = {};
+// The way in which the library itself starts the runtime: by entering the managed part.
+finding enter(const std::wstring& library, const std::wstring& managedpart) {
     try {
-        OrvelLoginClientCLR::executeInDefaultAppDomain(path, L"OrvelLoginClientCLR.EntryPoint", L"Enter",
-                                                       std::to_wstring(reinterpret_cast<std::uintptr_t>(entries)));
+        OrvelLoginClientCLR::enterManagedPart(library, managedpart);
     } catch (const loginRuntimeException& failed) {
         return {false, failed.what()};
     }
-    return entries[0] && entries[1] ? finding{true, "starts, and runs the managed part"}
-                                    : finding{false, "starts, but the managed part is not this library's"};
+    return {true, "starts, and runs the managed part"};
 }
 
 void show(const char* what, const finding& found) {
@@ -133,7 +130,7 @@ outcome checklogin(const arguments& given) {
         show(wanted.file, found);
         failures += !found.good;
         if (found.good && wanted.file == managedpart.file) {
-            runtime = enter(path);
+            runtime = enter(folder + L"\\orvellogin.dll", path);
         }
     }
     show(".NET Framework runtime v4.0.30319", runtime);

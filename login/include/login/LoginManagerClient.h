@@ -1,6 +1,6 @@
 #pragma once
 
-#include <memory>
+#include <atomic>
 #include <string>
 
 #include "login/LoginExport.h"
@@ -133,7 +133,7 @@ private:
     OrvelLoginClientCLR::LoginManagerClientCLR* getLoginMgrClient();
 
     bool offlineMode;
-    std::unique_ptr<OrvelLoginClientCLR::LoginManagerClientCLR> bridge;
+    std::atomic<OrvelLoginClientCLR::LoginManagerClientCLR*> bridge;  // owned; null until it is needed
     void (*loginCallBack)();
     void (*logoutCallBack)();
     uiLang language;

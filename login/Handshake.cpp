@@ -1,0 +1,59 @@
+#include "login/Handshake.h"
+
+#include <windows.h>
+
+#include <corerror.h>
+
+#include "login/ClrRuntime.h"
+#include "login/LibraryFile.h"
+#include "login/RuntimeFailure.h"
+
+namespace OrvelLoginClientCLR {
+
+namespace {
+
+// Version 1 of the agreement asked for the address alone, and refuses a text that is not one number.
+std::wstring handshakeArgument(const Handshake& handshake) {
+    return std::to_wstring(agreementVersion) + L" " + std::to_wstring(reinterpret_cast<std::uintptr_t>(&handshake));
+}
+
+loginRuntimeException otherVersion(const std::wstring& nativePart, const std::wstring& managedPart,
+                                   const std::wstring& symptom, std::int32_t hresult) {
+    const auto described = [](const std::wstring& path) {
+        const std::wstring version = fileVersion(path);
+        return path + L" (" + (version.empty() ? L"of no version" : L"version " + version) + L")";
+    };
+    return startFailure(L"these two files do not belong together: " + described(nativePart) + L" and " +
+                            described(managedPart) + L"; take both from one package (" + symptom + L")",
+                        hresult);
+}
+
+}  // namespace
+
+Handshake enterManagedPart(const std::wstring& nativePart, const std::wstring& managedPart) {
+    // The runtime reports a missing assembly, class or method with one and the same code, so look beforehand.
+    if (GetFileAttributesW(managedPart.c_str()) == INVALID_FILE_ATTRIBUTES) {
+        throw startFailure(L"the managed part of the login library is missing: " + managedPart,
+                           HRESULT_FROM_WIN32(GetLastError()));
+    }
+    Handshake handshake;
+    std::uint32_t theirs = 0;
+    try {
+        // Under the path as written without a prefix: the runtime of the .NET Framework 4 rejects one.
+        theirs = executeInDefaultAppDomain(withoutLongPathPrefix(managedPart), L"OrvelLoginClientCLR.EntryPoint",
+                                           L"Enter", handshakeArgument(handshake));
+    } catch (const loginRuntimeException& failure) {
+        // A file of another version fails in many ways, none of which says so.
+        const std::wstring version = fileVersion(managedPart);
+        if (version.empty() || version == fileVersion(nativePart)) {
+            throw;
+        }
+        throw otherVersion(nativePart, managedPart, failure.message, failure.hresult);
+    }
+    if (theirs != agreementVersion || !handshake.registerResolveHandler || !handshake.bindManagerMembers) {
+        throw otherVersion(nativePart, managedPart, L"their handshake failed", COR_E_TYPELOAD);
+    }
+    return handshake;
+}
+
+}  // namespace OrvelLoginClientCLR

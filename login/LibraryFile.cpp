@@ -1,0 +1,66 @@
+#include "login/LibraryFile.h"
+
+#include <windows.h>
+
+#include <vector>
+
+namespace OrvelLoginClientCLR {
+
+namespace {
+
+HMODULE thisModule(DWORD flags) {
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | flags, reinterpret_cast<LPCWSTR>(&thisModule), &module);
+    return module;
+}
+
+}  // namespace
+
+std::wstring libraryPath() {
+    const HMODULE module = thisModule(GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT);
+    std::wstring path(MAX_PATH, L'\0');
+    for (;;) {
+        const DWORD length = GetModuleFileNameW(module, &path[0], static_cast<DWORD>(path.size()));
+        if (length < path.size()) {
+            path.resize(length);
+            return path;
+        }
+        path.resize(path.size() * 2);
+    }
+}
+
+std::wstring besideLibrary(const wchar_t* name) {
+    const std::wstring path = libraryPath();
+    return path.substr(0, path.find_last_of(L'\\') + 1) + name;
+}
+
+std::wstring withoutLongPathPrefix(const std::wstring& path) {
+    static const std::wstring prefix = L"\\\\?\\";
+    static const std::wstring share = prefix + L"UNC\\";
+    if (path.compare(0, share.size(), share) == 0) {
+        return L"\\\\" + path.substr(share.size());
+    }
+    return path.compare(0, prefix.size(), prefix) == 0 ? path.substr(prefix.size()) : path;
+}
+
+std::wstring fileVersion(const std::wstring& path) {
+    DWORD ignored = 0;
+    std::vector<unsigned char> resource(GetFileVersionInfoSizeW(path.c_str(), &ignored));
+    void* found = nullptr;
+    UINT length = 0;
+    if (resource.empty() ||
+        !GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(resource.size()), resource.data()) ||
+        !VerQueryValueW(resource.data(), L"\\", &found, &length) || length < sizeof(VS_FIXEDFILEINFO)) {
+        return std::wstring();
+    }
+    const auto* fixed = static_cast<const VS_FIXEDFILEINFO*>(found);
+    return std::to_wstring(HIWORD(fixed->dwFileVersionMS)) + L"." + std::to_wstring(LOWORD(fixed->dwFileVersionMS)) +
+           L"." + std::to_wstring(HIWORD(fixed->dwFileVersionLS)) + L"." +
+           std::to_wstring(LOWORD(fixed->dwFileVersionLS));
+}
+
+void pinLibrary() {
+    thisModule(GET_MODULE_HANDLE_EX_FLAG_PIN);
+}
+
+}  // namespace OrvelLoginClientCLR
