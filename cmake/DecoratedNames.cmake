@@ -1,4 +1,5 @@
-# cmake -DFROM=... -DTO=... -DDLL=... -P: the linker's list of exports ("name = name@4 @1") as a list of decorated names.
+# cmake -DFROM=... -DTO=... -DDLL=... -P: turns the linker's list of exports, "name = name@4 @1", into a module definition
+# file with the decorated names.
 file(STRINGS ${FROM} lines REGEX " = ")
 list(TRANSFORM lines REPLACE "^ *[^ ]+ = ([^ ]+).*" "    \\1")
 list(SORT lines)

@@ -3,26 +3,21 @@
 find_program(LLVM_DLLTOOL NAMES llvm-dlltool-14 llvm-dlltool REQUIRED)
 
 # add_import_libraries(TARGET)
-# From what TARGET, a DLL of __stdcall functions linked with --kill-at, exports: TARGET.def, TARGET.lib for Microsoft's
-# linker and lld, libTARGET.dll.a for GNU ld, all in the folder of archives. The linker's own import library is of no
-# use: in it the names lack what a compiler puts behind them. Defines the custom target TARGET_import.
+# TARGET is a DLL of __stdcall functions, exported without their decoration. Beside its import library this makes
+# TARGET.lib, for Microsoft's linker and lld, and TARGET.def; and it replaces the import library, for the linker's own
+# names functions as the DLL exports them, but compilers ask for the decorated names.
 function(add_import_libraries target)
-  set(folder ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY})
-  set(raw ${CMAKE_CURRENT_BINARY_DIR}/${target}.def)
-  target_link_options(${target} PRIVATE -Wl,--output-def,${raw})
-  # In the list the name of each export with what a compiler puts behind it: -k takes it off for the DLL's half.
-  set(files ${folder}/${target}.def ${folder}/${target}.lib ${folder}/lib${target}.dll.a)
-  list(GET files 0 def)
-  list(GET files 1 lib)
-  list(GET files 2 archive)
-  add_custom_command(
-    OUTPUT ${files}
-    COMMAND ${CMAKE_COMMAND} -DFROM=${raw} -DTO=${def} -DDLL=${target}.dll -P ${orvellogin_SOURCE_DIR}/cmake/DecoratedNames.cmake
-    COMMAND ${LLVM_DLLTOOL} -m i386 -k -d ${def} -D ${target}.dll -l ${lib}
-    COMMAND ${CMAKE_DLLTOOL} -k -d ${def} -D ${target}.dll -l ${archive}
-    DEPENDS ${target} ${orvellogin_SOURCE_DIR}/cmake/DecoratedNames.cmake
-    COMMENT "Making import libraries of ${target}.dll"
+  set(raw ${CMAKE_CURRENT_BINARY_DIR}/${target}_exports.def)
+  set(def ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/${target}.def)
+  set(lib ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/${target}.lib)
+  target_link_options(${target} PRIVATE -Wl,--kill-at -Wl,--output-def,${raw})
+  # -k: the list has the decorated names, the DLL the plain ones.
+  add_custom_command(TARGET ${target} POST_BUILD
+    COMMAND ${CMAKE_COMMAND} -DFROM=${raw} -DTO=${def} -DDLL=$<TARGET_FILE_NAME:${target}>
+      -P ${orvellogin_SOURCE_DIR}/cmake/DecoratedNames.cmake
+    COMMAND ${LLVM_DLLTOOL} -m i386 -k -d ${def} -D $<TARGET_FILE_NAME:${target}> -l ${lib}
+    COMMAND ${CMAKE_DLLTOOL} -k -d ${def} -D $<TARGET_FILE_NAME:${target}> -l $<TARGET_LINKER_FILE:${target}>
+    BYPRODUCTS ${def} ${lib}
     VERBATIM)
-  add_custom_target(${target}_import ALL DEPENDS ${files})
-  set_target_properties(${target}_import PROPERTIES IMPORT_FILES "${files}")
+  install(FILES ${def} ${lib} DESTINATION ${CMAKE_INSTALL_LIBDIR})
 endfunction()

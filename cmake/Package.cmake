@@ -8,9 +8,10 @@ set(package_files ${CMAKE_INSTALL_LIBDIR}/cmake/orvellogin)
 install(PROGRAMS ${runtime_files} TYPE BIN)
 install(EXPORT orvellogin FILE orvelloginTargets.cmake NAMESPACE orvellogin:: DESTINATION ${package_files})
 configure_package_config_file(
-  cmake/orvelloginConfig.cmake.in ${CMAKE_BINARY_DIR}/orvelloginConfig.cmake INSTALL_DESTINATION ${package_files})
+  cmake/orvelloginConfig.cmake.in ${CMAKE_BINARY_DIR}/orvelloginConfig.cmake
+  INSTALL_DESTINATION ${package_files} PATH_VARS CMAKE_INSTALL_LIBDIR)
 write_basic_package_version_file(
-  ${CMAKE_BINARY_DIR}/orvelloginConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+  ${CMAKE_BINARY_DIR}/orvelloginConfigVersion.cmake COMPATIBILITY SameMajorVersion ARCH_INDEPENDENT)
 install(FILES
   ${CMAKE_BINARY_DIR}/orvelloginConfig.cmake ${CMAKE_BINARY_DIR}/orvelloginConfigVersion.cmake
   DESTINATION ${package_files})

@@ -16,6 +16,13 @@ public:
 
     bool isNull() const { return chars == nullptr; }
 
+    /// Gives up the string, a BSTR, to a caller who owns it from now on.
+    wchar_t* release() {
+        wchar_t* const released = chars;
+        chars = nullptr;
+        return released;
+    }
+
     /// The same UTF-16 units, embedded zero units included. Throws `loginRuntimeException` for a null.
     std::wstring toNative() const;
 

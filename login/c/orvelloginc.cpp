@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <cwchar>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -15,8 +16,10 @@
 
 #include "login/LoginManagerClient.h"
 #include "login/LoginManagerClientCLR.h"
+#include "login/RuntimeFailure.h"
+#include "login/Wiping.h"
 
-using Bridge = OrvelLoginClientCLR::LoginManagerClientCLR;
+using namespace OrvelLoginClientCLR;
 
 namespace {
 
@@ -67,11 +70,11 @@ struct orvellogin_client {
           client(given.login ? &onLogin : nullptr, given.logout ? &onLogout : nullptr, static_cast<uiLang>(language)) {}
 
     // Whoever makes the bridge makes its callbacks those that count.
-    Bridge& bridge() {
+    LoginManagerClientCLR& bridge() {
         if (!client.bridge) {
             current = callbacks;
         }
-        Bridge* const made = client.getLoginMgrClient();
+        LoginManagerClientCLR* const made = client.getLoginMgrClient();
         if (!made) {
             throw std::bad_alloc();
         }
@@ -84,38 +87,28 @@ struct orvellogin_client {
 
 namespace {
 
-// What a call with impossible arguments ends in.
-struct BadCall {
-    const char* what;
-};
+using Member = ManagedMember ManagerMembers::*;
 
-void require(bool condition, const char* what) {
-    if (!condition) {
-        throw BadCall{what};
-    }
-}
+// Whether an exception of the manager's own kind is its report or one like any other.
+enum class Report { translated, untranslated };
 
-// Owns a BSTR until it is handed out.
-struct FreeText {
-    void operator()(wchar_t* text) const { SysFreeString(text); }
-};
-using Text = std::unique_ptr<wchar_t, FreeText>;
+// What a null of the manager's becomes.
+enum class Null { empty, failure };
 
-Text toText(const std::wstring& text) {
-    Text copy(SysAllocStringLen(text.data(), static_cast<UINT>(text.size())));
-    if (!copy) {
-        throw std::bad_alloc();
-    }
-    return copy;
-}
-
-std::wstring toString(const wchar_t* text, int length) {
-    require(length >= -1 && (text || length == 0), "a text is null, or its length is below -1");
-    return length == -1 ? std::wstring(text) : std::wstring(text, static_cast<std::size_t>(length));
-}
+enum class Offline { empty, ignored };
 
 // The text of a failure is the one field that a caller may leave out.
 constexpr int withoutText = offsetof(orvellogin_failure, text);
+
+void reset(orvellogin_failure& failure) {
+    failure.code = 0;
+    failure.hresult = 0;
+    failure.typeName = nullptr;
+    failure.message = nullptr;
+    if (failure.size > withoutText) {
+        failure.text = nullptr;
+    }
+}
 
 // As far as memory reaches: a text that cannot be had is null.
 void describe(orvellogin_failure* failure, int code, HRESULT hresult, const std::wstring& typeName,
@@ -136,18 +129,30 @@ void describe(orvellogin_failure* failure, int code, HRESULT hresult, const std:
     describe(failure, code, hresult, std::wstring(), std::wstring(text.begin(), text.end()), text.c_str());
 }
 
-void reset(orvellogin_failure& failure) {
-    failure.code = 0;
-    failure.hresult = 0;
-    failure.typeName = nullptr;
-    failure.message = nullptr;
-    if (failure.size > withoutText) {
-        failure.text = nullptr;
+orvellogin_result reported(orvellogin_failure* failure, statusCode code) {
+    describe(failure, code, S_OK, "the login manager reports code " + std::to_string(code));
+    return orvellogin_reported;
+}
+
+orvellogin_result failed(orvellogin_failure* failure, const loginRuntimeException& cause) {
+    describe(failure, -1, cause.hresult, cause.typeName, cause.message, cause.what());
+    return orvellogin_failed;
+}
+
+// What a call with impossible arguments ends in.
+struct BadCall {
+    const char* what;
+};
+
+void require(bool condition, const char* what) {
+    if (!condition) {
+        throw BadCall{what};
     }
 }
 
-// The only way into the library: what is thrown is reported, and nothing leaves.
-orvellogin_result run(orvellogin_failure* failure, void (*call)(void*), void* body) noexcept {
+// The only way into the library: what is thrown is described, and nothing leaves. What the manager does is no exception
+// here, but data; throwing costs as much as a call.
+orvellogin_result run(orvellogin_failure* failure, orvellogin_result (*call)(void*), void* body) noexcept {
     if (failure) {
         if (failure->size < withoutText) {
             return orvellogin_badCall;
@@ -155,23 +160,17 @@ orvellogin_result run(orvellogin_failure* failure, void (*call)(void*), void* bo
         reset(*failure);
     }
     try {
-        call(body);
-        return orvellogin_ok;
-    } catch (loginManagerException* reported) {
-        const std::unique_ptr<loginManagerException> owner(reported);
-        describe(failure, owner->code, S_OK, "the login manager reports code " + std::to_string(owner->code));
-        return orvellogin_reported;
-    } catch (const loginRuntimeException& failed) {
-        describe(failure, -1, failed.hresult, failed.typeName, failed.message, failed.what());
-        return orvellogin_failed;
+        return call(body);
+    } catch (const loginRuntimeException& cause) {
+        return failed(failure, cause);
     } catch (const BadCall& bad) {
         describe(failure, -1, E_INVALIDARG, bad.what);
         return orvellogin_badCall;
     } catch (const std::bad_alloc&) {
         describe(failure, -1, E_OUTOFMEMORY, "");
         return orvellogin_noMemory;
-    } catch (const std::exception& failed) {
-        describe(failure, -1, E_FAIL, failed.what());
+    } catch (const std::exception& other) {
+        describe(failure, -1, E_FAIL, other.what());
         return orvellogin_failed;
     }
 }
@@ -179,61 +178,122 @@ orvellogin_result run(orvellogin_failure* failure, void (*call)(void*), void* bo
 template <class Body>
 orvellogin_result guarded(orvellogin_failure* failure, Body body) {
     return run(
-        failure, [](void* bodyIn) { (*static_cast<Body*>(bodyIn))(); }, &body);
+        failure, [](void* bodyIn) { return (*static_cast<Body*>(bodyIn))(); }, &body);
 }
 
-Bridge& bridgeOf(orvellogin_client* client) {
-    require(client, "the client is null");
-    return client->bridge();
+TextArgument argument(const wchar_t* text, int length) {
+    require(length >= -1 && (text || length == 0), "a text is null, or its length is below -1");
+    return {text, length == -1 ? static_cast<std::int32_t>(std::wcslen(text)) : length};
 }
 
-enum class Offline { empty, ignored };
+wchar_t* emptyText() {
+    wchar_t* const text = SysAllocStringLen(L"", 0);
+    if (!text) {
+        throw std::bad_alloc();
+    }
+    return text;
+}
 
-// A function whose result is a text.
-template <class Member>
-orvellogin_result text(orvellogin_client* client, Offline offline, wchar_t** result, orvellogin_failure* failure,
-                       Member member) {
+// Calls a member of the manager's, which is created if need be.
+orvellogin_result call(orvellogin_client& client, Member member, Report report, orvellogin_failure* failure,
+                       void* result, const TextArgument* first = nullptr, const TextArgument* second = nullptr) {
+    const ManagerHandle manager = client.bridge().manager();
+    ManagedFailure ended;
+    if (callManaged((managerMembers().*member).call, manager, first, second, result, ended)) {
+        return orvellogin_ok;
+    }
+    if (ended.isManagerException && report == Report::translated) {
+        return reported(failure, getStatusCode(ended.status));
+    }
+    return failed(failure,
+                  managedFailure(ended.typeName.toNativeOrEmpty(), ended.message.toNativeOrEmpty(), ended.hresult));
+}
+
+// A function whose result is a text, and which may take one.
+orvellogin_result text(orvellogin_client* client, Member member, Report report, Null null, Offline offline,
+                       wchar_t** result, orvellogin_failure* failure, const TextArgument* of = nullptr) {
+    require(client && result, "the client or the place for the result is null");
+    if (offline == Offline::empty && client->client.isOrvelOfflineMode()) {
+        *result = emptyText();
+        return orvellogin_ok;
+    }
+    ManagedString text;
+    const orvellogin_result ended = call(*client, member, report, failure, &text, of);
+    if (ended != orvellogin_ok) {
+        return ended;
+    }
+    if (text.isNull() && null == Null::failure) {
+        return failed(failure, nullStringFailure());
+    }
+    *result = text.isNull() ? emptyText() : text.release();
+    return orvellogin_ok;
+}
+
+orvellogin_result textFunction(orvellogin_client* client, Member member, Report report, Null null, Offline offline,
+                               wchar_t** result, orvellogin_failure* failure) {
+    if (result) {
+        *result = nullptr;
+    }
+    return guarded(failure, [&] { return text(client, member, report, null, offline, result, failure); });
+}
+
+orvellogin_result textOfTextFunction(orvellogin_client* client, Member member, Report report, const wchar_t* given,
+                                     int length, wchar_t** result, orvellogin_failure* failure) {
     if (result) {
         *result = nullptr;
     }
     return guarded(failure, [&] {
-        require(client && result, "the client or the place for the result is null");
-        const bool quiet = offline == Offline::empty && client->client.isOrvelOfflineMode();
-        *result = toText(quiet ? std::wstring() : member(client->bridge())).release();
+        const TextArgument of = argument(given, length);
+        return text(client, member, report, Null::failure, Offline::empty, result, failure, &of);
     });
 }
 
-// One whose result is a record.
-template <class Member>
-orvellogin_result record(orvellogin_client* client, orvellogin_response* response, orvellogin_failure* failure,
-                         Member member) {
-    const bool usable = response && response->size >= static_cast<int>(sizeof *response);
-    if (usable) {
-        *response = {response->size, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
-    }
+// The ten getters of addresses and of the tenant.
+orvellogin_result plainGetter(orvellogin_client* client, Member member, wchar_t** result, orvellogin_failure* failure) {
+    return textFunction(client, member, Report::untranslated, Null::empty, Offline::empty, result, failure);
+}
+
+// A function without a result.
+orvellogin_result plain(orvellogin_client* client, Member member, Report report, orvellogin_failure* failure) {
     return guarded(failure, [&] {
-        require(usable, "the response is null or smaller than its type");
-        const LoginResponse user = member(bridgeOf(client));
-        Text texts[] = {toText(user.statusDescription), toText(user.userName), toText(user.firstName),
-                        toText(user.lastName),          toText(user.rowId),    toText(user.aliasName),
-                        toText(user.domainName)};
-        wchar_t** field = &response->statusDescription;
-        for (Text& each : texts) {
-            *field++ = each.release();
-        }
+        require(client, "the client is null");
+        return call(*client, member, report, failure, nullptr);
     });
 }
 
-// One without a result.
-template <class Member>
-orvellogin_result plain(orvellogin_client* client, orvellogin_failure* failure, Member member) {
-    return guarded(failure, [&] { member(bridgeOf(client)); });
+orvellogin_result handOver(ManagedRecord& from, orvellogin_response& to, orvellogin_failure* failure) {
+    if (!from.present) {
+        return reported(failure, statusCodeNoResponse);
+    }
+    ManagedString* const fields[] = {&from.statusDescription, &from.userName, &from.firstName,
+                                     &from.lastName,          &from.rowId,    &from.aliasName};
+    for (const ManagedString* field : fields) {
+        if (field->isNull()) {
+            return failed(failure, nullStringFailure());
+        }
+    }
+    to.domainName = from.domainName.isNull() ? emptyText() : from.domainName.release();
+    wchar_t** place = &to.statusDescription;
+    for (ManagedString* field : fields) {
+        *place++ = field->release();
+    }
+    return orvellogin_ok;
 }
 
-void freeAll(wchar_t** first, wchar_t** end) {
-    for (; first != end; ++first) {
-        SysFreeString(*first);
-        *first = nullptr;
+// A function whose result is a record.
+orvellogin_result record(orvellogin_client* client, Member member, orvellogin_response* response,
+                         orvellogin_failure* failure, const TextArgument* first = nullptr,
+                         const TextArgument* second = nullptr) {
+    require(client, "the client is null");
+    require(response && response->size >= static_cast<int>(sizeof *response), "the response is null or too small");
+    ManagedRecord answer;
+    const orvellogin_result ended = call(*client, member, Report::translated, failure, &answer, first, second);
+    return ended == orvellogin_ok ? handOver(answer, *response, failure) : ended;
+}
+
+void reset(orvellogin_response* response) {
+    if (response && response->size >= static_cast<int>(sizeof *response)) {
+        *response = {response->size, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
     }
 }
 
@@ -244,7 +304,10 @@ int ORVELLOGIN_CALL orvellogin_version() {
 }
 
 void ORVELLOGIN_CALL orvellogin_free(wchar_t* text) {
-    SysFreeString(text);
+    if (text) {  // it may be a token, a cookie or a ticket
+        wipe(text, SysStringLen(text));
+        SysFreeString(text);
+    }
 }
 
 void ORVELLOGIN_CALL orvellogin_clearFailure(orvellogin_failure* failure) {
@@ -260,7 +323,10 @@ void ORVELLOGIN_CALL orvellogin_clearFailure(orvellogin_failure* failure) {
 
 void ORVELLOGIN_CALL orvellogin_clearResponse(orvellogin_response* response) {
     if (response && response->size >= static_cast<int>(sizeof *response)) {
-        freeAll(&response->statusDescription, &response->domainName + 1);
+        for (wchar_t** field = &response->statusDescription; field <= &response->domainName; ++field) {
+            SysFreeString(*field);
+        }
+        reset(response);
     }
 }
 
@@ -273,6 +339,7 @@ orvellogin_result ORVELLOGIN_CALL orvellogin_create(orvellogin_callback onLogin,
     return guarded(failure, [&] {
         require(client, "the place for the client is null");
         *client = new orvellogin_client({onLogin, loginContext, onLogout, logoutContext}, language);
+        return orvellogin_ok;
     });
 }
 
@@ -282,113 +349,124 @@ void ORVELLOGIN_CALL orvellogin_destroy(orvellogin_client* client) {
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_login(orvellogin_client* client, orvellogin_response* response,
                                                    orvellogin_failure* failure) {
-    return record(client, response, failure, [](Bridge& bridge) { return bridge.login(); });
+    reset(response);
+    return guarded(failure, [&] { return record(client, &ManagerMembers::login, response, failure); });
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_loginWithPassword(orvellogin_client* client, const wchar_t* userName,
                                                                int userNameLength, const wchar_t* password,
                                                                int passwordLength, orvellogin_response* response,
                                                                orvellogin_failure* failure) {
-    return record(client, response, failure, [&](Bridge& bridge) {
-        return bridge.login(toString(userName, userNameLength), toString(password, passwordLength));
+    reset(response);
+    return guarded(failure, [&] {
+        const TextArgument user = argument(userName, userNameLength);
+        const TextArgument secret = argument(password, passwordLength);
+        return record(client, &ManagerMembers::loginWith, response, failure, &user, &secret);
     });
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getLoggedInUser(orvellogin_client* client, int lastLoginFlag,
                                                              orvellogin_response* response,
                                                              orvellogin_failure* failure) {
-    return record(client, response, failure,
-                  [&](Bridge& bridge) { return lastLoginFlag ? bridge.login() : bridge.getLoggedInUser(); });
+    reset(response);
+    const Member member = lastLoginFlag ? &ManagerMembers::login : &ManagerMembers::getLoggedInUser;
+    return guarded(failure, [&] { return record(client, member, response, failure); });
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_logout(orvellogin_client* client, orvellogin_failure* failure) {
-    return plain(client, failure, [](Bridge& bridge) { bridge.logout(); });
+    return plain(client, &ManagerMembers::Logout, Report::translated, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_formatAccessUrl(orvellogin_client* client, const wchar_t* targetUrl,
                                                              int targetUrlLength, wchar_t** url,
                                                              orvellogin_failure* failure) {
-    return text(client, Offline::empty, url, failure,
-                [&](Bridge& bridge) { return bridge.formatAccessUrl(toString(targetUrl, targetUrlLength)); });
+    return textOfTextFunction(client, &ManagerMembers::formatAccessURL, Report::translated, targetUrl, targetUrlLength,
+                              url, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getAccessToken(orvellogin_client* client, wchar_t** token,
                                                             orvellogin_failure* failure) {
-    return text(client, Offline::empty, token, failure, [](Bridge& bridge) { return bridge.getAccessToken(); });
+    return textFunction(client, &ManagerMembers::getAccessToken, Report::translated, Null::empty, Offline::empty, token,
+                        failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getPlatFormURL(orvellogin_client* client, wchar_t** url,
                                                             orvellogin_failure* failure) {
-    return text(client, Offline::empty, url, failure, [](Bridge& bridge) { return bridge.getPlatFormURL(); });
+    return plainGetter(client, &ManagerMembers::getPlatformURL, url, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getRegistryURL(orvellogin_client* client, wchar_t** url,
                                                             orvellogin_failure* failure) {
-    return text(client, Offline::empty, url, failure, [](Bridge& bridge) { return bridge.getRegistryURL(); });
+    return plainGetter(client, &ManagerMembers::getRegistryURL, url, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getKelpaURL(orvellogin_client* client, wchar_t** url,
                                                          orvellogin_failure* failure) {
-    return text(client, Offline::empty, url, failure, [](Bridge& bridge) { return bridge.getKelpaURL(); });
+    return plainGetter(client, &ManagerMembers::getKelpaURL, url, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getTenantName(orvellogin_client* client, wchar_t** name,
                                                            orvellogin_failure* failure) {
-    return text(client, Offline::empty, name, failure, [](Bridge& bridge) { return bridge.getTenantName(); });
+    return plainGetter(client, &ManagerMembers::getTenantName, name, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getPassportURL(orvellogin_client* client, wchar_t** url,
                                                             orvellogin_failure* failure) {
-    return text(client, Offline::empty, url, failure, [](Bridge& bridge) { return bridge.getPassportURL(); });
+    return plainGetter(client, &ManagerMembers::getPassportURL, url, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getCASCookie(orvellogin_client* client, wchar_t** cookie,
                                                           orvellogin_failure* failure) {
-    return text(client, Offline::empty, cookie, failure, [](Bridge& bridge) { return bridge.getCASCookie(); });
+    return plainGetter(client, &ManagerMembers::getCASCookie, cookie, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getmyAppsURL(orvellogin_client* client, wchar_t** url,
                                                           orvellogin_failure* failure) {
-    return text(client, Offline::empty, url, failure, [](Bridge& bridge) { return bridge.getmyAppsURL(); });
+    return plainGetter(client, &ManagerMembers::getmyAppsURL, url, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getTenantId(orvellogin_client* client, wchar_t** id,
                                                          orvellogin_failure* failure) {
-    return text(client, Offline::empty, id, failure, [](Bridge& bridge) { return bridge.getTenantId(); });
+    return plainGetter(client, &ManagerMembers::getTenantId, id, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getTenantIds(orvellogin_client* client, wchar_t** ids,
                                                           orvellogin_failure* failure) {
-    return text(client, Offline::empty, ids, failure, [](Bridge& bridge) { return bridge.getTenantIds(); });
+    return plainGetter(client, &ManagerMembers::getTenantIds, ids, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getSpaceURL(orvellogin_client* client, wchar_t** url,
                                                          orvellogin_failure* failure) {
-    return text(client, Offline::empty, url, failure, [](Bridge& bridge) { return bridge.getSpaceURL(); });
+    return plainGetter(client, &ManagerMembers::getSpaceURL, url, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getLoginTicket(orvellogin_client* client, const wchar_t* spaceUrl,
                                                             int spaceUrlLength, wchar_t** ticket,
                                                             orvellogin_failure* failure) {
-    return text(client, Offline::empty, ticket, failure,
-                [&](Bridge& bridge) { return bridge.getLoginTicket(toString(spaceUrl, spaceUrlLength)); });
+    return textOfTextFunction(client, &ManagerMembers::getLoginTicket, Report::untranslated, spaceUrl, spaceUrlLength,
+                              ticket, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_stopDNMListener(orvellogin_client* client, orvellogin_failure* failure) {
-    return plain(client, failure, [](Bridge& bridge) { bridge.stopDNMListener(); });
+    return plain(client, &ManagerMembers::stopDNMListener, Report::untranslated, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_DunmoreLoginBrowser(orvellogin_client* client, const wchar_t* server,
                                                                  int serverLength, const wchar_t* clientId,
                                                                  int clientIdLength, orvellogin_failure* failure) {
-    return plain(client, failure, [&](Bridge& bridge) {
-        bridge.DunmoreLoginBrowser(toString(server, serverLength), toString(clientId, clientIdLength));
+    return guarded(failure, [&] {
+        require(client, "the client is null");
+        const TextArgument first = argument(server, serverLength);
+        const TextArgument second = argument(clientId, clientIdLength);
+        return call(*client, &ManagerMembers::DunmoreLoginBrowser, Report::translated, failure, nullptr, &first,
+                    &second);
     });
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getDNMAccessToken(orvellogin_client* client, wchar_t** token,
                                                                orvellogin_failure* failure) {
-    return text(client, Offline::ignored, token, failure, [](Bridge& bridge) { return bridge.getDNMAccessToken(); });
+    return textFunction(client, &ManagerMembers::getDNMAccessToken, Report::untranslated, Null::failure,
+                        Offline::ignored, token, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_isDunmorePlatformTokenExpired(orvellogin_client* client,
@@ -398,8 +476,10 @@ orvellogin_result ORVELLOGIN_CALL orvellogin_isDunmorePlatformTokenExpired(orvel
         *expired = 0;
     }
     return guarded(failure, [&] {
-        require(expired, "the place for the result is null");
-        *expired = bridgeOf(client).isDunmorePlatformTokenExpired(toString(token, tokenLength)) ? 1 : 0;
+        require(client && expired, "the client or the place for the result is null");
+        const TextArgument of = argument(token, tokenLength);
+        return call(*client, &ManagerMembers::isDunmorePlatformTokenExpired, Report::untranslated, failure, expired,
+                    &of);
     });
 }
 

@@ -94,7 +94,7 @@ typedef void(ORVELLOGIN_CALL* orvellogin_callback)(void* context);
 /* Version of the DLL, as ORVELLOGIN_VERSION has that of this header: 10203 is 1.2.3. Any thread. */
 ORVELLOGINC_API int ORVELLOGIN_CALL orvellogin_version(void);
 
-/* Frees a text that the library gave out. Null is allowed. The same as SysFreeString. */
+/* Overwrites a text that the library gave out, and frees it. Null is allowed. */
 ORVELLOGINC_API void ORVELLOGIN_CALL orvellogin_free(wchar_t* text);
 
 /* Frees what a function wrote into a failure or a response, and sets the fields to null. Null is allowed. */

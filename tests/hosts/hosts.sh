@@ -1,0 +1,67 @@
+#!/bin/bash
+# hosts.sh SOURCE BUILD COMPILER: builds the sign-in examples by a compiler and from the installed package, as a user
+# does, and runs them. All of them print the same, whatever the compiler and the language.
+set -euo pipefail
+source=$1 build=$2 compiler=$3
+. "$source/script/paths"
+package=$build/tests/hosts/package
+scratch=$build/tests/hosts/$compiler
+rm -rf "$scratch"
+mkdir -p "$scratch"
+cd "$scratch"
+
+configure_and_build() { # CMAKE-OPTION...
+  cmake -S "$source/tests/hosts/project" -B . -G Ninja "-DCMAKE_PREFIX_PATH=$package" -DCMAKE_BUILD_TYPE=Release \
+    -DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=BOTH "-DEXAMPLES=$source/examples" "$@"
+  cmake --build .
+}
+
+case $compiler in
+  install)
+    rm -rf "$package"
+    exec cmake --install "$build" --prefix "$package"
+    ;;
+  mingw) configure_and_build "-DCMAKE_TOOLCHAIN_FILE=$source/cmake/mingw-x86.cmake" ;;
+  clang-cl) configure_and_build "-DCMAKE_TOOLCHAIN_FILE=$source/tests/hosts/msvc/clang-cl.cmake" "-DHOSTS=$hosts" ;;
+  csharp)
+    mcs -platform:x86 -warnaserror -out:csharp.exe "$source/bindings/csharp/OrvelLogin.cs" \
+      "$source/examples/signin-csharp/Program.cs"
+    ;;
+  pascal)
+    "$hosts/fpc/pp" -Twin32 -n -v0 "-Fu$hosts/fpc/units" "-Fu$source/bindings/pascal" -FE. \
+      "$source/examples/signin-pascal/signin_pascal.pas"
+    ;;
+esac
+cp "$package"/bin/{orvelloginc,OrvelLoginClientCLR}.dll .
+cp -r "$build/bin/OrvelLoginManagerClient" .
+
+# The last line of both streams, and the status.
+ends() { # PROGRAM COMMANDS
+  local status=0
+  ORVEL_STANDIN=$2 "$source/script/wine-run" "$1" > output 2>&1 || status=$?
+  echo "$(tail -n 1 output | tr -d '\r') ($status)"
+}
+
+failures=0
+expect() { # WHAT WANTED GOT
+  [ "$2" = "$3" ] || {
+    printf '%s\n  wanted: %s\n  got:    %s\n' "$1" "$2" "$3"
+    failures=$((failures + 1))
+  }
+}
+
+null='System.ArgumentNullException: NULLPTR is not supported for this conversion.'
+for program in *.exe; do
+  echo "== $program"
+  # Events on a thread of their own, after a collection that would take what the host does not hold.
+  ORVEL_STANDIN='events=thread;getTenantName=collect' "$source/script/wine-run" "$program" > output 2>&1 || true
+  sed -E 's/\r$//; s/thread [0-9]+/thread N/; s/[0-9a-f]{32}/TOKEN/; s/[0-9]{18}\./EXPIRES./' output |
+    diff -u "$source/tests/hosts/signin.txt" - || failures=$((failures + 1))
+  expect "$program, a report" 'the login manager reports code 8 (1)' "$(ends "$program" 'Logout=status 42')"
+  expect "$program, no record" 'the login manager reports code 6 (1)' "$(ends "$program" 'login=null')"
+  expect "$program, another failure" 'System.TimeoutException: κείμενο 🦉 (1)' \
+    "$(ends "$program" 'getSpaceURL=throw System.TimeoutException κείμενο 🦉')"
+  expect "$program, a null" "$null (1)" "$(ends "$program" 'rowId=null')"
+  expect "$program, a missing null" "$null (1)" "$(ends "$program" 'getLoginTicket=null')"
+done
+exit $failures
