@@ -18,6 +18,11 @@ namespace OrvelLoginClientCLR {
 
 namespace {
 
+// Set by the system before it ends the other threads. No documented function tells.
+using ShutdownInProgress = BOOLEAN(NTAPI*)();
+const auto shutdownInProgress = reinterpret_cast<ShutdownInProgress>(
+    reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlDllShutdownInProgress")));
+
 struct Meaning {
     HRESULT code;
     const wchar_t* words;
@@ -148,10 +153,6 @@ std::uint32_t executeInDefaultAppDomain(const std::wstring& assembly, const wcha
 }
 
 bool processIsEnding() noexcept {
-    // Set by the system before it ends the other threads. No documented function tells.
-    using ShutdownInProgress = BOOLEAN(NTAPI*)();
-    static const auto shutdownInProgress = reinterpret_cast<ShutdownInProgress>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlDllShutdownInProgress")));
     return shutdownInProgress && shutdownInProgress();
 }
 

@@ -10,24 +10,30 @@ namespace {
 constexpr FloatingPointControl runtimes = {0x027F, 0x1F80};
 
 constexpr std::uint16_t x87Masks = 0x003F;
+constexpr std::uint32_t sseFlags = 0x003F;  // what has happened, not how to compute
 
-// The innermost ManagedCodeScope of each thread. Not thread_local: the compiler emulates that, at several times the
-// cost.
-class ThreadSlot {
+// The control with which each thread last entered managed code; 0 for a thread that never did. It fits into the slot
+// itself, so nothing has to be taken back. Not thread_local: the compiler emulates that, at several times the cost.
+class HostControls {
 public:
-    ThreadSlot() noexcept : index(TlsAlloc()) {}
-    ~ThreadSlot() { TlsFree(index); }
-    ThreadSlot(const ThreadSlot&) = delete;
-    ThreadSlot& operator=(const ThreadSlot&) = delete;
+    HostControls() noexcept : slot(TlsAlloc()) {}
+    ~HostControls() { TlsFree(slot); }
+    HostControls(const HostControls&) = delete;
+    HostControls& operator=(const HostControls&) = delete;
 
-    void* get() const noexcept { return TlsGetValue(index); }
-    void set(void* value) const noexcept { TlsSetValue(index, value); }
+    void keep(const FloatingPointControl& control) const noexcept {
+        TlsSetValue(slot, reinterpret_cast<void*>((control.sse & ~sseFlags) << 16 | control.x87));
+    }
+    FloatingPointControl ofThisThread(const FloatingPointControl& otherwise) const noexcept {
+        const auto kept = reinterpret_cast<std::uintptr_t>(TlsGetValue(slot));
+        return kept ? FloatingPointControl{static_cast<std::uint16_t>(kept), kept >> 16} : otherwise;
+    }
 
 private:
-    const DWORD index;  // without one, get() gives null: a callback then sees the control of the last bridge's maker
+    const DWORD slot;
 };
 
-const ThreadSlot innermost;
+const HostControls hostControls;
 
 }  // namespace
 
@@ -38,33 +44,25 @@ FloatingPointControl FloatingPointControl::current() noexcept {
 }
 
 void FloatingPointControl::apply() const noexcept {
-    const FloatingPointControl now = current();
-    if (now.x87 != x87) {
-        // Flags that managed code left would raise the moment that they are unmasked.
-        if ((x87 & x87Masks) != x87Masks) {
-            __asm__ volatile("fnclex");
-        }
-        __asm__ volatile("fldcw %0" : : "m"(x87));
+    // Flags that managed code left would raise the moment that they are unmasked.
+    if ((x87 & x87Masks) != x87Masks) {
+        __asm__ volatile("fnclex");
     }
-    if (now.sse != sse) {
-        __asm__ volatile("ldmxcsr %0" : : "m"(sse));
-    }
+    __asm__ volatile("fldcw %0\n\tldmxcsr %1" : : "m"(x87), "m"(sse));
 }
 
-ManagedCodeScope::ManagedCodeScope() noexcept : host(FloatingPointControl::current()), outer(innermost.get()) {
-    innermost.set(this);
+ManagedCodeScope::ManagedCodeScope() noexcept : host(FloatingPointControl::current()) {
+    hostControls.keep(host);
     runtimes.apply();
 }
 
 ManagedCodeScope::~ManagedCodeScope() {
     host.apply();
-    innermost.set(outer);
 }
 
 HostCodeScope::HostCodeScope(const FloatingPointControl& otherwise) noexcept
     : managed(FloatingPointControl::current()) {
-    const auto* member = static_cast<const ManagedCodeScope*>(innermost.get());
-    (member ? member->host : otherwise).apply();
+    hostControls.ofThisThread(otherwise).apply();
 }
 
 HostCodeScope::~HostCodeScope() {

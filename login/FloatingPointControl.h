@@ -29,14 +29,12 @@ public:
     ManagedCodeScope& operator=(const ManagedCodeScope&) = delete;
 
 private:
-    friend class HostCodeScope;
-
     const FloatingPointControl host;
-    void* const outer;  // the scope of an enclosing call on this thread, when a callback of the host's called again
 };
 
-/// While it lives, a thread that came from managed code runs the host's callback, with the host's control: the one that
-/// the member under way was called with, or `otherwise` on a thread of the runtime's own. Restores the runtime's.
+/// While it lives, a thread that came from managed code runs the host's callback, with the host's control: the one with
+/// which this thread last entered managed code, or `otherwise` on a thread of the runtime's own. Restores the
+/// runtime's.
 class HostCodeScope {
 public:
     explicit HostCodeScope(const FloatingPointControl& otherwise) noexcept;

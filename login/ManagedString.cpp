@@ -4,15 +4,20 @@
 
 #include <oleauto.h>
 
+#include <new>
+#include <utility>
+
 #include "login/RuntimeFailure.h"
 #include "login/Wiping.h"
 
 namespace OrvelLoginClientCLR {
 
 ManagedString::~ManagedString() {
-    if (chars) {  // of the texts that pass here some are tokens, cookies and tickets; which, only the caller knows
-        wipe(chars, SysStringLen(chars));
-        SysFreeString(chars);
+    if (length > 0) {
+        wipe(chars(), static_cast<std::size_t>(length));
+    }
+    if (bstr) {
+        SysFreeString(bstr);
     }
 }
 
@@ -20,11 +25,28 @@ std::wstring ManagedString::toNative() const {
     if (isNull()) {
         throw nullStringFailure();
     }
-    return std::wstring(chars, SysStringLen(chars));
+    return std::wstring(chars(), static_cast<std::size_t>(length));
 }
 
 std::wstring ManagedString::toNativeOrEmpty() const {
-    return isNull() ? std::wstring() : toNative();
+    return isNull() ? std::wstring() : std::wstring(chars(), static_cast<std::size_t>(length));
+}
+
+wchar_t* ManagedString::detachBstr() {
+    if (isNull()) {
+        return nullptr;
+    }
+    if (!bstr) {
+        wchar_t* const made = SysAllocStringLen(buffer, static_cast<UINT>(length));
+        if (!made) {
+            throw std::bad_alloc();
+        }
+        wipe(buffer, static_cast<std::size_t>(length));
+        length = -1;
+        return made;
+    }
+    length = -1;
+    return std::exchange(bstr, nullptr);
 }
 
 }  // namespace OrvelLoginClientCLR

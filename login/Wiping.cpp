@@ -1,11 +1,13 @@
 #include "login/Wiping.h"
 
-#include <windows.h>
+#include <cstring>
 
 namespace OrvelLoginClientCLR {
 
 void wipe(wchar_t* chars, std::size_t units) noexcept {
-    SecureZeroMemory(chars, units * sizeof *chars);
+    std::memset(chars, 0, units * sizeof *chars);
+    // The memory is read here, as far as the compiler knows.
+    __asm__ volatile("" : : "r"(chars) : "memory");
 }
 
 WipedAtEnd::~WipedAtEnd() {

@@ -15,8 +15,8 @@ namespace OrvelLoginClientCLR
         public int isManagerException;
         public int status;
         public int hresult;
-        public IntPtr typeName;
-        public IntPtr message;
+        public NativeString typeName;
+        public NativeString message;
 
         /// Takes down `e`; called in the handler that caught it. Lets nothing out, and takes down as much as can be had: an
         /// exception may throw when it is asked for its message, and memory may be exhausted.
@@ -34,8 +34,8 @@ namespace OrvelLoginClientCLR
             try
             {
                 hresult = HResult.Of(e);
-                typeName = BStr.From(e.GetType().FullName);
-                message = BStr.From(Causes.MessageOf(e));
+                typeName.Set(e.GetType().FullName);
+                message.Set(Causes.MessageOf(e));
             }
             catch (Exception)
             {

@@ -10,26 +10,26 @@ namespace OrvelLoginClientCLR
     struct Record
     {
         public int present;
-        public IntPtr statusDescription;
-        public IntPtr userName;
-        public IntPtr firstName;
-        public IntPtr lastName;
-        public IntPtr rowId;
-        public IntPtr aliasName;
-        public IntPtr domainName;
+        public NativeString statusDescription;
+        public NativeString userName;
+        public NativeString firstName;
+        public NativeString lastName;
+        public NativeString rowId;
+        public NativeString aliasName;
+        public NativeString domainName;
 
         public void Fill(LoginResponse response)
         {
             if (response == null)
                 return;
             present = 1;
-            statusDescription = BStr.From(response.statusDescription);
-            userName = BStr.From(response.userName);
-            firstName = BStr.From(response.firstName);
-            lastName = BStr.From(response.lastName);
-            rowId = BStr.From(response.rowId);
-            aliasName = BStr.From(response.aliasName);
-            domainName = BStr.From(response.domainName);
+            statusDescription.Set(response.statusDescription);
+            userName.Set(response.userName);
+            firstName.Set(response.firstName);
+            lastName.Set(response.lastName);
+            rowId.Set(response.rowId);
+            aliasName.Set(response.aliasName);
+            domainName.Set(response.domainName);
         }
     }
 
@@ -118,7 +118,7 @@ namespace OrvelLoginClientCLR
 
         static void Return(void* result, string text)
         {
-            *(IntPtr*)result = BStr.From(text);
+            ((NativeString*)result)->Set(text);
         }
 
         static void Create(Creation* creation)
