@@ -20,13 +20,6 @@ public:
 
     bool isNull() const { return length < 0; }
 
-    /// Gives up the string, a BSTR, to a caller who owns it from now on.
-    wchar_t* release() {
-        wchar_t* const released = chars;
-        chars = nullptr;
-        return released;
-    }
-
     /// The same UTF-16 units, embedded zero units included. Throws `loginRuntimeException` for a null.
     std::wstring toNative() const;
 

@@ -225,7 +225,7 @@ orvellogin_result text(orvellogin_client* client, Member member, Report report, 
     if (text.isNull() && null == Null::failure) {
         return failed(failure, nullStringFailure());
     }
-    *result = text.isNull() ? emptyText() : text.release();
+    *result = text.isNull() ? emptyText() : text.detachBstr();
     return orvellogin_ok;
 }
 
@@ -272,10 +272,10 @@ orvellogin_result handOver(ManagedRecord& from, orvellogin_response& to, orvello
             return failed(failure, nullStringFailure());
         }
     }
-    to.domainName = from.domainName.isNull() ? emptyText() : from.domainName.release();
+    to.domainName = from.domainName.isNull() ? emptyText() : from.domainName.detachBstr();
     wchar_t** place = &to.statusDescription;
     for (ManagedString* field : fields) {
-        *place++ = field->release();
+        *place++ = field->detachBstr();
     }
     return orvellogin_ok;
 }

@@ -7,7 +7,6 @@
 
 #include <atomic>
 #include <cstring>
-#include <filesystem>
 #include <functional>
 #include <string>
 #include <thread>
@@ -190,93 +189,67 @@ TEST(Callbacks, GetTheContextsOfTheManagerCreatedLast) {
     EXPECT_EQ(counters[2], 1);
 }
 
-/// The library in a folder of its own.
-struct Copy {
-    explicit Copy(const std::filesystem::path& folder) {
-        for (const wchar_t* part : {L"orvelloginc.dll", L"OrvelLoginClientCLR.dll", L"OrvelLoginManagerClient"}) {
-            std::filesystem::copy(program::ownfolder() / part, folder / part);
-        }
-        load(folder / L"orvelloginc.dll");
-    }
-    Copy() = default;
+template <class Function>
+Function* function(HMODULE module, const char* name) {
+    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+}
 
-    void load(const std::filesystem::path& file) { module = LoadLibraryW(file.c_str()); }
-
-    template <class Function>
-    Function* function(Function&, const char* name) const {
-        return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(module, name)));
-    }
-
-    HMODULE module = nullptr;
-};
-
-#define FUNCTION(copy, name) (copy).function(name, #name)
-
-TEST(Copies, EachGoOnAfterTheOtherAndACollection) {
-    SetEnvironmentVariableW(L"ORVEL_STANDIN", L"stopDNMListener=collect");
-    temporary_folder folder;
-    const Copy other(folder.path);
-    orvellogin_client* clients[2];
-    ASSERT_EQ(orvellogin_create(nullptr, nullptr, nullptr, nullptr, 0, &clients[0], nullptr), orvellogin_ok);
-    ASSERT_EQ(FUNCTION(other, orvellogin_create)(nullptr, nullptr, nullptr, nullptr, 0, &clients[1], nullptr),
-              orvellogin_ok);
-    // And the DLL of the class, by the decorated names of its members, whose convention is that of a fast call.
-    Copy ofClass;
-    ofClass.load(program::ownfolder() / L"orvellogin.dll");
-    alignas(8) unsigned char object[64];
-    using Construct = void __fastcall(void*, int, void (*)(), void (*)(), int);
-    using Member = void __fastcall(void*, int);
-    Construct* unused = nullptr;
-    ofClass.function(*unused, "_ZN18LoginManagerClientC1EPFvvES1_6uiLang")(object, 0, nullptr, nullptr, 0);
-    Member* const stop = ofClass.function(*static_cast<Member*>(nullptr), "_ZN18LoginManagerClient15stopDNMListenerEv");
-    for (int round = 0; round < 3; ++round) {
-        EXPECT_EQ(orvellogin_stopDNMListener(clients[0], nullptr), orvellogin_ok);
-        EXPECT_EQ(FUNCTION(other, orvellogin_stopDNMListener)(clients[1], nullptr), orvellogin_ok);
-        stop(object, 0);
+TEST(Copies, ComeAndGoInAProcessOfTheCompilersRuntime) {
+    for (int round = 0; round < 50; ++round) {
+        const HMODULE copy = LoadLibraryW(COPY);
+        EXPECT_EQ(function<decltype(orvellogin_logout)>(copy, "orvellogin_logout")(nullptr, nullptr),
+                  orvellogin_badCall)
+            << "thrown and caught inside";
+        FreeLibrary(copy);
+        EXPECT_EQ(GetModuleHandleW(COPY), nullptr);
+        EXPECT_THROW(throw std::runtime_error("the host's own"), std::exception);
     }
 }
 
-// In a process of its own: see below.
-TEST(Copies, DISABLED_StartTheRuntime) {
-    temporary_folder folder;
-    const Copy other(folder.path);
-    const auto create = FUNCTION(other, orvellogin_create);
+TEST(Copies, EachGoOnAfterTheOthersAndACollection) {
+    SetEnvironmentVariableW(L"ORVEL_STANDIN", L"stopDNMListener=collect");
+    const HMODULE copy = LoadLibraryW(COPY);
+    orvellogin_client* clients[2];
+    ASSERT_EQ(orvellogin_create(nullptr, nullptr, nullptr, nullptr, 0, &clients[0], nullptr), orvellogin_ok);
+    ASSERT_EQ(function<decltype(orvellogin_create)>(copy, "orvellogin_create")(nullptr, nullptr, nullptr, nullptr, 0,
+                                                                               &clients[1], nullptr),
+              orvellogin_ok);
+    const auto stopOfCopy = function<decltype(orvellogin_stopDNMListener)>(copy, "orvellogin_stopDNMListener");
+    // And the class's DLL, by the decorated names of its members, whose convention is that of a fast call.
+    const HMODULE ofClass = LoadLibraryW(L"orvellogin.dll");
+    alignas(8) unsigned char object[64];
+    function<void __fastcall(void*, int, void (*)(), void (*)(), int)>(
+        ofClass, "_ZN18LoginManagerClientC1EPFvvES1_6uiLang")(object, 0, nullptr, nullptr, 0);
+    const auto stopOfClass =
+        function<void __fastcall(void*, int)>(ofClass, "_ZN18LoginManagerClient15stopDNMListenerEv");
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(orvellogin_stopDNMListener(clients[0], nullptr), orvellogin_ok);
+        EXPECT_EQ(stopOfCopy(clients[1], nullptr), orvellogin_ok);
+        stopOfClass(object, 0);
+    }
+}
+
+// For the test below, in a process of its own.
+TEST(Copies, DISABLED_Start) {
+    const auto createOfCopy = function<decltype(orvellogin_create)>(LoadLibraryW(COPY), "orvellogin_create");
     std::atomic<int> ready{0};
-    const auto start = [&](auto* function) {
+    const auto start = [&](decltype(orvellogin_create)* create) {
         for (++ready; ready < 2;) {
         }
         orvellogin_client* client;
-        EXPECT_EQ(function(nullptr, nullptr, nullptr, nullptr, 0, &client, nullptr), orvellogin_ok);
+        EXPECT_EQ(create(nullptr, nullptr, nullptr, nullptr, 0, &client, nullptr), orvellogin_ok);
     };
     std::thread one([&] { start(&orvellogin_create); });
-    start(create);
+    start(createOfCopy);
     one.join();
 }
 
 TEST(Copies, StartTheRuntimeAtTheSameMoment) {
     const temporary_folder folder;
     for (int run = 0; run < 12; ++run) {
-        EXPECT_EQ(program(L"functions_test.exe", L"--gtest_also_run_disabled_tests --gtest_filter=*_StartTheRuntime",
-                          folder.path)
-                      .wait()
-                      .status,
-                  0u)
-            << run;
+        program child(L"functions_test.exe", L"--gtest_also_run_disabled_tests --gtest_filter=*_Start", folder.path);
+        EXPECT_EQ(child.wait().status, 0u) << run;
     }
-}
-
-TEST(Copies, ComeAndGoInAProcessOfTheCompilersRuntime) {
-    temporary_folder folder;
-    Copy copy(folder.path);
-    for (int round = 0; round < 50; ++round) {
-        EXPECT_EQ(FUNCTION(copy, orvellogin_logout)(nullptr, nullptr), orvellogin_badCall)
-            << "thrown and caught inside";
-        FreeLibrary(copy.module);
-        EXPECT_EQ(GetModuleHandleW((folder.path / L"orvelloginc.dll").c_str()), nullptr);
-        EXPECT_THROW(throw std::runtime_error("the host's own"), std::exception);
-        copy.load(folder.path / L"orvelloginc.dll");
-    }
-    FreeLibrary(copy.module);
 }
 
 }  // namespace
