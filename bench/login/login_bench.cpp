@@ -129,11 +129,24 @@ void ways() {
     }
 }
 
+// What a DLL is without its debug information, whose sections have names too long for the header.
+std::size_t sizeOf(const wchar_t* dll) {
+    const auto* base = reinterpret_cast<const unsigned char*>(GetModuleHandleW(dll));
+    const auto* headers =
+        reinterpret_cast<const IMAGE_NT_HEADERS*>(base + reinterpret_cast<const IMAGE_DOS_HEADER*>(base)->e_lfanew);
+    const IMAGE_SECTION_HEADER* section = IMAGE_FIRST_SECTION(headers);
+    std::size_t size = headers->OptionalHeader.SizeOfHeaders;
+    for (WORD i = 0; i < headers->FileHeader.NumberOfSections; ++i, ++section) {
+        size += section->Name[0] == '/' ? 0 : section->SizeOfRawData;
+    }
+    return size;
+}
+
 void sizes() {
-    const std::filesystem::path folder = std::filesystem::path(programPath()).parent_path();
-    std::printf("\n| file | bytes |\n|---|---|\n");
-    for (const wchar_t* name : {L"orvellogin.dll", L"orvelloginc.dll"}) {
-        std::printf("| `%ls` | %ju |\n", name, std::uintmax_t(std::filesystem::file_size(folder / name)));
+    std::printf("\n| file | bytes without debug information |\n|---|---|\n");
+    for (const wchar_t* name :
+         {L"orvellogin.dll", L"libgcc_s_dw2-1.dll", L"libstdc++-6.dll", L"libwinpthread-1.dll", L"orvelloginc.dll"}) {
+        std::printf("| `%ls` | %zu |\n", name, sizeOf(name));
     }
 }
 

@@ -81,7 +81,22 @@ struct orvellogin_client {
         return *made;
     }
 
+    // Stores an answer of the manager's, in which a null is an empty text.
+    void put(wchar_t** place, ManagedString& text) const {
+        if (receiver) {
+            if (!(text.isNull() ? receiver(place, L"", 0) : receiver(place, text.chars(), text.units()))) {
+                throw std::bad_alloc();
+            }
+            return;
+        }
+        *place = text.isNull() ? SysAllocStringLen(L"", 0) : text.detachBstr();
+        if (!*place) {
+            throw std::bad_alloc();
+        }
+    }
+
     const Callbacks* const callbacks;
+    orvellogin_receiver receiver = nullptr;
     LoginManagerClient client;
 };
 
@@ -96,6 +111,22 @@ enum class Report { translated, untranslated };
 enum class Null { empty, failure };
 
 enum class Offline { empty, ignored };
+
+// The fields of a record.
+struct Field {
+    wchar_t* orvellogin_response::*given;
+    ManagedString ManagedRecord::*managers;
+    Null null;
+};
+constexpr Field fields[] = {
+    {&orvellogin_response::statusDescription, &ManagedRecord::statusDescription, Null::failure},
+    {&orvellogin_response::userName, &ManagedRecord::userName, Null::failure},
+    {&orvellogin_response::firstName, &ManagedRecord::firstName, Null::failure},
+    {&orvellogin_response::lastName, &ManagedRecord::lastName, Null::failure},
+    {&orvellogin_response::rowId, &ManagedRecord::rowId, Null::failure},
+    {&orvellogin_response::aliasName, &ManagedRecord::aliasName, Null::failure},
+    {&orvellogin_response::domainName, &ManagedRecord::domainName, Null::empty},
+};
 
 // The text of a failure is the one field that a caller may leave out.
 constexpr int withoutText = offsetof(orvellogin_failure, text);
@@ -186,14 +217,6 @@ TextArgument argument(const wchar_t* text, int length) {
     return {text, length == -1 ? static_cast<std::int32_t>(std::wcslen(text)) : length};
 }
 
-wchar_t* emptyText() {
-    wchar_t* const text = SysAllocStringLen(L"", 0);
-    if (!text) {
-        throw std::bad_alloc();
-    }
-    return text;
-}
-
 // Calls a member of the manager's, which is created if need be.
 orvellogin_result call(orvellogin_client& client, Member member, Report report, orvellogin_failure* failure,
                        void* result, const TextArgument* first = nullptr, const TextArgument* second = nullptr) {
@@ -213,35 +236,44 @@ orvellogin_result call(orvellogin_client& client, Member member, Report report, 
 orvellogin_result text(orvellogin_client* client, Member member, Report report, Null null, Offline offline,
                        wchar_t** result, orvellogin_failure* failure, const TextArgument* of = nullptr) {
     require(client && result, "the client or the place for the result is null");
-    if (offline == Offline::empty && client->client.isOrvelOfflineMode()) {
-        *result = emptyText();
-        return orvellogin_ok;
-    }
     ManagedString text;
-    const orvellogin_result ended = call(*client, member, report, failure, &text, of);
-    if (ended != orvellogin_ok) {
-        return ended;
+    if (offline == Offline::ignored || !client->client.isOrvelOfflineMode()) {
+        const orvellogin_result ended = call(*client, member, report, failure, &text, of);
+        if (ended != orvellogin_ok) {
+            return ended;
+        }
+        if (text.isNull() && null == Null::failure) {
+            return failed(failure, nullStringFailure());
+        }
     }
-    if (text.isNull() && null == Null::failure) {
-        return failed(failure, nullStringFailure());
-    }
-    *result = text.isNull() ? emptyText() : text.detachBstr();
+    client->put(result, text);
     return orvellogin_ok;
+}
+
+// A result is null until it is there; but with a receiver its place is the caller's.
+void reset(const orvellogin_client* client, wchar_t** result) {
+    if (result && !(client && client->receiver)) {
+        *result = nullptr;
+    }
+}
+
+void reset(const orvellogin_client* client, orvellogin_response* response) {
+    if (response && response->size >= static_cast<int>(sizeof *response)) {
+        for (const Field& field : fields) {
+            reset(client, &(response->*field.given));
+        }
+    }
 }
 
 orvellogin_result textFunction(orvellogin_client* client, Member member, Report report, Null null, Offline offline,
                                wchar_t** result, orvellogin_failure* failure) {
-    if (result) {
-        *result = nullptr;
-    }
+    reset(client, result);
     return guarded(failure, [&] { return text(client, member, report, null, offline, result, failure); });
 }
 
 orvellogin_result textOfTextFunction(orvellogin_client* client, Member member, Report report, const wchar_t* given,
                                      int length, wchar_t** result, orvellogin_failure* failure) {
-    if (result) {
-        *result = nullptr;
-    }
+    reset(client, result);
     return guarded(failure, [&] {
         const TextArgument of = argument(given, length);
         return text(client, member, report, Null::failure, Offline::empty, result, failure, &of);
@@ -261,21 +293,32 @@ orvellogin_result plain(orvellogin_client* client, Member member, Report report,
     });
 }
 
-orvellogin_result handOver(ManagedRecord& from, orvellogin_response& to, orvellogin_failure* failure) {
+void clear(orvellogin_response& response) {
+    for (const Field& field : fields) {
+        SysFreeString(response.*field.given);
+        response.*field.given = nullptr;
+    }
+}
+
+orvellogin_result handOver(const orvellogin_client& client, ManagedRecord& from, orvellogin_response& to,
+                           orvellogin_failure* failure) {
     if (!from.present) {
         return reported(failure, statusCodeNoResponse);
     }
-    ManagedString* const fields[] = {&from.statusDescription, &from.userName, &from.firstName,
-                                     &from.lastName,          &from.rowId,    &from.aliasName};
-    for (const ManagedString* field : fields) {
-        if (field->isNull()) {
+    for (const Field& field : fields) {
+        if ((from.*field.managers).isNull() && field.null == Null::failure) {
             return failed(failure, nullStringFailure());
         }
     }
-    to.domainName = from.domainName.isNull() ? emptyText() : from.domainName.detachBstr();
-    wchar_t** place = &to.statusDescription;
-    for (ManagedString* field : fields) {
-        *place++ = field->detachBstr();
+    try {
+        for (const Field& field : fields) {
+            client.put(&(to.*field.given), from.*field.managers);
+        }
+    } catch (const std::bad_alloc&) {
+        if (!client.receiver) {
+            clear(to);
+        }
+        throw;
     }
     return orvellogin_ok;
 }
@@ -288,13 +331,7 @@ orvellogin_result record(orvellogin_client* client, Member member, orvellogin_re
     require(response && response->size >= static_cast<int>(sizeof *response), "the response is null or too small");
     ManagedRecord answer;
     const orvellogin_result ended = call(*client, member, Report::translated, failure, &answer, first, second);
-    return ended == orvellogin_ok ? handOver(answer, *response, failure) : ended;
-}
-
-void reset(orvellogin_response* response) {
-    if (response && response->size >= static_cast<int>(sizeof *response)) {
-        *response = {response->size, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
-    }
+    return ended == orvellogin_ok ? handOver(*client, answer, *response, failure) : ended;
 }
 
 }  // namespace
@@ -323,10 +360,7 @@ void ORVELLOGIN_CALL orvellogin_clearFailure(orvellogin_failure* failure) {
 
 void ORVELLOGIN_CALL orvellogin_clearResponse(orvellogin_response* response) {
     if (response && response->size >= static_cast<int>(sizeof *response)) {
-        for (wchar_t** field = &response->statusDescription; field <= &response->domainName; ++field) {
-            SysFreeString(*field);
-        }
-        reset(response);
+        clear(*response);
     }
 }
 
@@ -347,9 +381,15 @@ void ORVELLOGIN_CALL orvellogin_destroy(orvellogin_client* client) {
     delete client;
 }
 
+void ORVELLOGIN_CALL orvellogin_setReceiver(orvellogin_client* client, orvellogin_receiver receiver) {
+    if (client) {
+        client->receiver = receiver;
+    }
+}
+
 orvellogin_result ORVELLOGIN_CALL orvellogin_login(orvellogin_client* client, orvellogin_response* response,
                                                    orvellogin_failure* failure) {
-    reset(response);
+    reset(client, response);
     return guarded(failure, [&] { return record(client, &ManagerMembers::login, response, failure); });
 }
 
@@ -357,7 +397,7 @@ orvellogin_result ORVELLOGIN_CALL orvellogin_loginWithPassword(orvellogin_client
                                                                int userNameLength, const wchar_t* password,
                                                                int passwordLength, orvellogin_response* response,
                                                                orvellogin_failure* failure) {
-    reset(response);
+    reset(client, response);
     return guarded(failure, [&] {
         const TextArgument user = argument(userName, userNameLength);
         const TextArgument secret = argument(password, passwordLength);
@@ -368,7 +408,7 @@ orvellogin_result ORVELLOGIN_CALL orvellogin_loginWithPassword(orvellogin_client
 orvellogin_result ORVELLOGIN_CALL orvellogin_getLoggedInUser(orvellogin_client* client, int lastLoginFlag,
                                                              orvellogin_response* response,
                                                              orvellogin_failure* failure) {
-    reset(response);
+    reset(client, response);
     const Member member = lastLoginFlag ? &ManagerMembers::login : &ManagerMembers::getLoggedInUser;
     return guarded(failure, [&] { return record(client, member, response, failure); });
 }

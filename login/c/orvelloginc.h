@@ -91,6 +91,10 @@ typedef struct orvellogin_client orvellogin_client;
 /* Called with the context that was given with it. It must not let an exception out, nor leave by longjmp. */
 typedef void(ORVELLOGIN_CALL* orvellogin_callback)(void* context);
 
+/* Takes a text into a string of the caller's own: see orvellogin_setReceiver. Returns 0 when memory is exhausted, and
+   lets nothing out. */
+typedef int(ORVELLOGIN_CALL* orvellogin_receiver)(wchar_t** place, const wchar_t* units, int length);
+
 /* Version of the DLL, as ORVELLOGIN_VERSION has that of this header: 10203 is 1.2.3. Any thread. */
 ORVELLOGINC_API int ORVELLOGIN_CALL orvellogin_version(void);
 
@@ -121,6 +125,14 @@ ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_create(orvellogin_c
 
 /* Disposes the client's manager, if one was created, and frees the client. Signs nobody out. Null is allowed. */
 ORVELLOGINC_API void ORVELLOGIN_CALL orvellogin_destroy(orvellogin_client* client);
+
+/*
+ * For wrappers in languages with strings of their own, which would only copy a BSTR and free it: from now on each text
+ * that a function of this client answers is handed to `receiver`, with the place where the BSTR would have been stored:
+ * the pointer that was passed, or the address of the response's field. What that place contains is the caller's, so it
+ * may point to a string; the functions leave it as it is. The texts of failures remain BSTRs. Null for BSTRs again.
+ */
+ORVELLOGINC_API void ORVELLOGIN_CALL orvellogin_setReceiver(orvellogin_client* client, orvellogin_receiver receiver);
 
 /*
  * Signing in and out. None of these is governed by the offline flag; a failure that the manager reports is

@@ -37,7 +37,8 @@ output=$("$source/script/wine-run" project/build/host.exe | tr -d '\r')
 expect "the host signs in: $output" [ "$output" = "signed in: Ada Lovelace" ]
 
 echo "== the examples in the package"
-for example in "$package"/share/orvellogin/examples/signin*; do
+for example in "$package"/share/orvellogin/examples/signin*/CMakeLists.txt; do
+  example=${example%/*}
   cmake -S "$example" -B "${example##*/}" "${cross[@]}"
   cmake --build "${example##*/}"
 done

@@ -26,6 +26,7 @@ public:
         call(orvellogin_create, loginCallBack ? &relay : nullptr, reinterpret_cast<void*>(loginCallBack),
              logoutCallBack ? &relay : nullptr, reinterpret_cast<void*>(logoutCallBack), static_cast<int>(langIn),
              &client);
+        orvellogin_setReceiver(client, &receive);
     }
 
     ~LoginManagerClient() { orvellogin_destroy(client); }
@@ -95,26 +96,22 @@ private:
                     : std::wstring();
     }
 
-    struct Text {
-        Text() = default;
-        Text(const Text&) = delete;
-        Text& operator=(const Text&) = delete;
-        ~Text() { orvellogin_free(chars); }
-
-        wchar_t* chars = nullptr;
-    };
-
-    struct Response : orvellogin_response {
-        Response() { size = sizeof(orvellogin_response); }
-        Response(const Response&) = delete;
-        Response& operator=(const Response&) = delete;
-        ~Response() { orvellogin_clearResponse(this); }
-    };
-
     static int length(const std::wstring& text) { return static_cast<int>(text.size()); }
 
     // Nothing must get out of a callback into the library.
     static void ORVELLOGIN_CALL relay(void* hosts) noexcept { reinterpret_cast<void (*)()>(hosts)(); }
+
+    // Where a BSTR would be stored there is the address of a string.
+    static int ORVELLOGIN_CALL receive(wchar_t** place, const wchar_t* units, int length) noexcept {
+        try {
+            reinterpret_cast<std::wstring*>(*place)->assign(units, static_cast<std::size_t>(length));
+            return 1;
+        } catch (const std::bad_alloc&) {
+            return 0;
+        }
+    }
+
+    static wchar_t* place(std::wstring& text) { return reinterpret_cast<wchar_t*>(&text); }
 
     [[noreturn]] static void raise(orvellogin_result result, orvellogin_failure& failure) {
         struct Clear {
@@ -143,23 +140,20 @@ private:
 
     template <class Function, class... Arguments>
     std::wstring text(Function function, Arguments... arguments) {
-        Text result;
-        call(function, client, arguments..., &result.chars);
-        return units(result.chars);
+        std::wstring result;
+        wchar_t* received = place(result);
+        call(function, client, arguments..., &received);
+        return result;
     }
 
     template <class Function, class... Arguments>
     LoginResponse record(Function function, Arguments... arguments) {
-        Response response;
-        call(function, client, arguments..., static_cast<orvellogin_response*>(&response));
         LoginResponse result;
-        result.statusDescription = units(response.statusDescription);
-        result.userName = units(response.userName);
-        result.firstName = units(response.firstName);
-        result.lastName = units(response.lastName);
-        result.rowId = units(response.rowId);
-        result.aliasName = units(response.aliasName);
-        result.domainName = units(response.domainName);
+        orvellogin_response received = {sizeof received,         place(result.statusDescription),
+                                        place(result.userName),  place(result.firstName),
+                                        place(result.lastName),  place(result.rowId),
+                                        place(result.aliasName), place(result.domainName)};
+        call(function, client, arguments..., &received);
         return result;
     }
 

@@ -1,5 +1,5 @@
-// What a program of the MSVC ABI takes from its start-up code and from libc++'s own library, neither of which Debian has.
-// Wine's C library has the rest. Compiled without type information, whose class it defines.
+// What a program of the MSVC ABI takes from its start-up code and from libc++'s own library, neither of which Debian
+// has. Wine's C library has the rest. Compiled without type information, whose class it defines.
 
 #include <stdlib.h>
 

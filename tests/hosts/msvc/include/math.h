@@ -13,8 +13,8 @@ TWO(copysign) ONE(erf) ONE(erfc) ONE(exp2) ONE(expm1) TWO(fdim) TWO(fmax) TWO(fm
 ONE(log2) ONE(logb) ONE(nearbyint) TWO(nextafter) TWO(remainder) ONE(rint) ONE(round) ONE(tgamma) ONE(trunc)
 #undef ONE
 #undef TWO
-/* clang-format on */
-long double frexpl(long double, int*);
+    /* clang-format on */
+    long double frexpl(long double, int*);
 long double ldexpl(long double, int);
 long double modfl(long double, long double*);
 long double fmal(long double, long double, long double);
