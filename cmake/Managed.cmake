@@ -1,32 +1,53 @@
-# Compiles C# with mcs.
+# Compiles C#.
 
-find_program(MCS mcs REQUIRED)
+find_program(CSHARP_COMPILER NAMES mcs csc REQUIRED)
 
-# add_managed(TARGET OUTPUT folder SOURCES file... [NAME name] [REFERENCES target...])
+# add_managed(TARGET OUTPUT folder SOURCES file... [NAME name] [REFERENCES target...] [DEFINES symbol...])
 # Builds an assembly, called like the target unless told, into a folder. A reference is the target of another one.
 function(add_managed target)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "OUTPUT;NAME" "SOURCES;REFERENCES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "OUTPUT;NAME" "SOURCES;REFERENCES;DEFINES")
   if(NOT arg_NAME)
     set(arg_NAME ${target})
   endif()
   set(file ${arg_OUTPUT}/${arg_NAME}.dll)
   # Sources that configure made have full paths already.
-  list(TRANSFORM arg_SOURCES PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/ REGEX "^[^/]")
+  set(sources)
+  foreach(source IN LISTS arg_SOURCES)
+    cmake_path(ABSOLUTE_PATH source BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR})
+    list(APPEND sources ${source})
+  endforeach()
   set(references)
+  set(reference_options)
   foreach(reference IN LISTS arg_REFERENCES)
     get_target_property(path ${reference} MANAGED_FILE)
     list(APPEND references ${path})
+    # Relative, because a "," in a folder's name would end the option.
+    cmake_path(RELATIVE_PATH path BASE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
+    list(APPEND reference_options -r:${path})
   endforeach()
-  list(TRANSFORM references PREPEND -r: OUTPUT_VARIABLE reference_options)
+  list(TRANSFORM arg_DEFINES PREPEND -define:)
+  # Not in the package: there the assemblies are the host's own affair.
+  set(identify ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/deterministic-assembly.py)
+  set(identity)
+  if(EXISTS ${identify})
+    set(identity COMMAND python3 ${identify} ${file})
+    list(APPEND references ${identify})
+  endif()
   add_custom_command(
     OUTPUT ${file}
     COMMAND ${CMAKE_COMMAND} -E make_directory ${arg_OUTPUT}
-    COMMAND ${MCS} -nologo -target:library -platform:x86 -unsafe -optimize -langversion:6 -warn:4 -warnaserror
-            -out:${file} ${reference_options} ${arg_SOURCES}
-    DEPENDS ${arg_SOURCES} ${references}
+    COMMAND ${CSHARP_COMPILER} -nologo -target:library -platform:x86 -unsafe -optimize -langversion:6 -warn:4
+            -warnaserror -out:${file} ${reference_options} ${arg_DEFINES} ${sources}
+    ${identity}
+    DEPENDS ${sources} ${references}
+    WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}
     COMMENT "Compiling ${arg_NAME}.dll"
     VERBATIM)
-  add_custom_target(${target} ALL DEPENDS ${file})
+  set(all)
+  if(PROJECT_IS_TOP_LEVEL)
+    set(all ALL)
+  endif()
+  add_custom_target(${target} ${all} DEPENDS ${file})
   set_target_properties(${target} PROPERTIES MANAGED_FILE ${file})
   if(arg_REFERENCES)
     add_dependencies(${target} ${arg_REFERENCES})

@@ -1,36 +1,61 @@
-# What a host project gets: cmake --install, the ZIP of script/package, and find_package(orvellogin CONFIG).
+# What a host project gets: the library by cmake --install, and all of it, with documents and examples, as the ZIP of
+# script/package.
 
 include(CMakePackageConfigHelpers)
 
-set(share ${CMAKE_INSTALL_DATADIR}/orvellogin)
 set(package_files ${CMAKE_INSTALL_LIBDIR}/cmake/orvellogin)
 
-install(PROGRAMS ${runtime_files} TYPE BIN)
+install(TARGETS orvellogin orvelloginc orvellogin_client EXPORT orvellogin)
+install(FILES ${import_files} DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY login/include/ login/client TYPE INCLUDE)
+install(FILES login/c/orvelloginc.h ${orvellogin_BINARY_DIR}/login/include/orvelloginversion.h TYPE INCLUDE)
+install(PROGRAMS ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/OrvelLoginClientCLR.dll ${runtime_files} TYPE BIN)
+if(TARGET orvdiag)
+  install(TARGETS orvdiag)
+endif()
 install(EXPORT orvellogin FILE orvelloginTargets.cmake NAMESPACE orvellogin:: DESTINATION ${package_files})
 configure_package_config_file(
-  cmake/orvelloginConfig.cmake.in ${CMAKE_BINARY_DIR}/orvelloginConfig.cmake
+  cmake/orvelloginConfig.cmake.in ${orvellogin_BINARY_DIR}/orvelloginConfig.cmake
   INSTALL_DESTINATION ${package_files} PATH_VARS CMAKE_INSTALL_LIBDIR)
 write_basic_package_version_file(
-  ${CMAKE_BINARY_DIR}/orvelloginConfigVersion.cmake COMPATIBILITY SameMajorVersion ARCH_INDEPENDENT)
+  ${orvellogin_BINARY_DIR}/orvelloginConfigVersion.cmake COMPATIBILITY SameMajorVersion ARCH_INDEPENDENT)
 install(FILES
-  ${CMAKE_BINARY_DIR}/orvelloginConfig.cmake ${CMAKE_BINARY_DIR}/orvelloginConfigVersion.cmake
+  ${orvellogin_BINARY_DIR}/orvelloginConfig.cmake ${orvellogin_BINARY_DIR}/orvelloginConfigVersion.cmake
   DESTINATION ${package_files})
+install(FILES cmake/Deploy.cmake DESTINATION ${package_files} RENAME orvelloginDeploy.cmake)
 
-install(FILES README.md CHANGELOG.md SECURITY.md LICENSE DESTINATION ${share})
-install(DIRECTORY docs DESTINATION ${share} PATTERN Doxyfile EXCLUDE PATTERN *.dot EXCLUDE)
-install(DIRECTORY examples DESTINATION ${share})
+# At the top of the ZIP, and nowhere else: what would be out of place in a folder that other software shares.
+function(install_in_zip)
+  install(${ARGV} COMPONENT zip EXCLUDE_FROM_ALL)
+endfunction()
+
+file(READ README.md readme)
+string(REGEX MATCH "\n```cpp\n(.*)\n```\n" host "${readme}")
+string(REGEX REPLACE "\n```\n.*" "" host "${CMAKE_MATCH_1}")
+configure_file(cmake/package-readme.md.in ${orvellogin_BINARY_DIR}/package/README.md @ONLY)
+install_in_zip(FILES ${orvellogin_BINARY_DIR}/package/README.md CHANGELOG.md LICENSE NOTICES.md SECURITY.md DESTINATION .)
+install_in_zip(FILES
+  docs/crashes.md docs/diagnostics.md docs/integration.md docs/settings.md docs/troubleshooting.md
+  DESTINATION docs)
+file(GLOB pictures CONFIGURE_DEPENDS docs/signin-window*.png)
+install_in_zip(FILES ${pictures} DESTINATION docs)
+install_in_zip(DIRECTORY bindings examples DESTINATION .)
+install_in_zip(FILES cmake/Managed.cmake cmake/mingw-x86.cmake DESTINATION cmake)
 # Until the real login manager is at hand: the stand-ins, compiled, in the folder that goes next to the library.
-install(DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/OrvelLoginManagerClient DESTINATION ${share}/examples/standins)
+install_in_zip(DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/OrvelLoginManagerClient DESTINATION examples/standins)
 
 # The compiler's runtime DLLs are other people's work: their notices, as the compiler's packages bring them.
-install(FILES NOTICES.md DESTINATION ${share}/notices)
-install(FILES /usr/share/doc/gcc-mingw-w64-i686-posix-runtime/copyright
-  DESTINATION ${share}/notices RENAME gcc-runtime.txt)
-install(FILES /usr/share/doc/mingw-w64-i686-dev/copyright DESTINATION ${share}/notices RENAME mingw-w64.txt)
-install(FILES /usr/share/common-licenses/GPL-3 DESTINATION ${share}/notices RENAME GPL-3.txt)
+install_in_zip(FILES /usr/share/doc/gcc-mingw-w64-i686-posix-runtime/copyright
+  DESTINATION notices RENAME gcc-runtime.txt)
+install_in_zip(FILES /usr/share/doc/mingw-w64-i686-dev/copyright DESTINATION notices RENAME mingw-w64.txt)
+install_in_zip(FILES /usr/share/common-licenses/GPL-3 DESTINATION notices RENAME GPL-3.txt)
 
-set(CPACK_GENERATOR ZIP)
-set(CPACK_PACKAGE_FILE_NAME ${PROJECT_NAME}-${PROJECT_VERSION}-mingw-x86)
-set(CPACK_STRIP_FILES ON)
-set(CPACK_VERBATIM_VARIABLES ON)
-include(CPack)
+# The ZIPs, in the build folder: see package.py.
+add_custom_target(zip
+  COMMAND python3 ${CMAKE_CURRENT_LIST_DIR}/package.py ${CMAKE_COMMAND} ${CMAKE_OBJCOPY} ${orvellogin_SOURCE_DIR}
+    ${orvellogin_BINARY_DIR} ${PROJECT_NAME}-${PROJECT_VERSION}-mingw-x86
+  VERBATIM)
+add_dependencies(zip orvellogin orvelloginc OrvelLoginClient)
+if(TARGET orvdiag)
+  add_dependencies(zip orvdiag)
+endif()

@@ -1,25 +1,28 @@
-# Version information, made from the version of the project orvellogin, for what a customer gets to see.
+# What a customer gets to see of a file: version information, for programs also a manifest and an icon.
 
-# add_version_info(TARGET DESCRIPTION [OWN_MANIFEST])
-# A program gets cmake/program.manifest too, unless its own resources have a manifest.
+# add_version_info(TARGET DESCRIPTION [MANIFEST file])
+# A program gets cmake/program.manifest unless told. The resources are compiled apart from the target, because windres cannot
+# take an include folder with "'" or "&" in its path; without one it can.
 function(add_version_info target description)
-  cmake_parse_arguments(PARSE_ARGV 2 arg "OWN_MANIFEST" "" "")
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "MANIFEST" "")
+  set(folder ${orvellogin_SOURCE_DIR}/cmake)
   get_target_property(type ${target} TYPE)
+  set(file_type VFT_DLL)
+  set(file_name ${target}.dll)
+  set(program_resources "")
+  set(used ${folder}/version.rc.in)
   if(type STREQUAL EXECUTABLE)
     set(file_type VFT_APP)
     set(file_name ${target}.exe)
-    if(NOT arg_OWN_MANIFEST)
-      set(manifest ${orvellogin_SOURCE_DIR}/cmake/program.manifest)
-      # 24 is RT_MANIFEST, 1 the manifest that a process is created with.
-      file(CONFIGURE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/${target}_manifest.rc CONTENT "1 24 \"${manifest}\"\n")
-      set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/${target}_manifest.rc PROPERTIES
-        OBJECT_DEPENDS ${manifest})
-      target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${target}_manifest.rc)
+    if(NOT arg_MANIFEST)
+      set(arg_MANIFEST ${folder}/program.manifest)
     endif()
-  else()
-    set(file_type VFT_DLL)
-    set(file_name ${target}.dll)
+    # 24 is RT_MANIFEST, 1 the manifest that a process is created with. The icon with the lowest name is the program's.
+    set(program_resources "1 24 \"${arg_MANIFEST}\"\n1 ICON \"${folder}/orvel.ico\"")
+    list(APPEND used ${arg_MANIFEST} ${folder}/orvel.ico)
   endif()
-  configure_file(${orvellogin_SOURCE_DIR}/cmake/version.rc.in ${CMAKE_CURRENT_BINARY_DIR}/${target}_version.rc @ONLY)
-  target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${target}_version.rc)
+  configure_file(${folder}/version.rc.in ${CMAKE_CURRENT_BINARY_DIR}/${target}_version.rc @ONLY)
+  set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/${target}_version.rc PROPERTIES OBJECT_DEPENDS "${used}")
+  add_library(${target}_version OBJECT ${CMAKE_CURRENT_BINARY_DIR}/${target}_version.rc)
+  target_link_libraries(${target} PRIVATE ${target}_version)
 endfunction()

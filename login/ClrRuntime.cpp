@@ -23,54 +23,9 @@ using ShutdownInProgress = BOOLEAN(NTAPI*)();
 const auto shutdownInProgress = reinterpret_cast<ShutdownInProgress>(
     reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlDllShutdownInProgress")));
 
-struct Meaning {
-    HRESULT code;
-    const wchar_t* words;
-};
-
-// What the codes that occur most in the field mean to the person who has to mend the machine.
-
-constexpr Meaning startMeanings[] = {
-    {CLR_E_SHIM_RUNTIMELOAD, L"the .NET Framework 4 is not installed or cannot be loaded"},
-    {CLR_E_SHIM_LEGACYRUNTIMEALREADYBOUND, L"the host program has bound this process to an older runtime"},
-    {HOST_E_CLRNOTAVAILABLE, L"the runtime is not available in this process (it has failed or is shutting down)"},
-    {HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND), L"mscoree.dll is missing: the .NET Framework is not installed"},
-    {HRESULT_FROM_WIN32(ERROR_PROC_NOT_FOUND), L"mscoree.dll is older than the .NET Framework 4"},
-    {E_ACCESSDENIED, L"access is denied"},
-    {E_OUTOFMEMORY, L"memory is exhausted"},
-    {HRESULT_FROM_WIN32(ERROR_BAD_FORMAT), L"a file is not a valid image for a 32-bit process"},
-    {HRESULT_FROM_WIN32(ERROR_BAD_EXE_FORMAT), L"a file is not a valid image for a 32-bit process"},
-};
-
-constexpr Meaning runMeanings[] = {
-    {COR_E_NOTSUPPORTED,
-     L"the file is marked as coming from the internet; unblock the ZIP in its properties and unpack it again"},
-    {COR_E_MISSINGMETHOD, L"the file is of another version, which lacks this method"},
-    {COR_E_TYPELOAD, L"the file is of another version, which lacks this class"},
-    {COR_E_FORMAT, L"the file is of another version, which does not understand this one"},
-    {COR_E_ASSEMBLYEXPECTED, L"the file is damaged, is no assembly, or is for 64-bit processes"},
-    {HRESULT_FROM_WIN32(ERROR_BAD_FORMAT), L"the file is damaged, is no assembly, or is for 64-bit processes"},
-    {COR_E_NEWER_RUNTIME, L"the file needs a newer runtime than the one in this process"},
-    {HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), L"the file, or one that it needs, is missing"},
-    {E_ACCESSDENIED, L"access is denied"},
-    {E_OUTOFMEMORY, L"memory is exhausted"},
-    {HOST_E_CLRNOTAVAILABLE, L"the runtime is not available in this process (it has failed or is shutting down)"},
-};
-
-template <std::size_t count>
-std::wstring meaning(const Meaning (&rows)[count], HRESULT result) {
-    for (const Meaning& row : rows) {
-        if (row.code == result) {
-            return row.words;
-        }
-    }
-    return L"the runtime gives no other reason than its code";
-}
-
 void check(HRESULT result) {
     if (FAILED(result)) {
-        throw startFailure(L"the .NET Framework 4 runtime cannot be started: " + meaning(startMeanings, result),
-                           result);
+        throw cannotStart(result);
     }
 }
 
@@ -145,9 +100,7 @@ std::uint32_t executeInDefaultAppDomain(const std::wstring& assembly, const wcha
     const HRESULT result =
         host->ExecuteInDefaultAppDomain(assembly.c_str(), typeName, method, argument.c_str(), &returned);
     if (FAILED(result)) {
-        throw startFailure(L"the runtime cannot run " + std::wstring(typeName) + L"." + method + L" of " + assembly +
-                               L": " + meaning(runMeanings, result),
-                           result);
+        throw cannotRun(std::wstring(typeName) + L"." + method + L" of " + assembly, result);
     }
     return returned;
 }

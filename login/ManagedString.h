@@ -13,6 +13,7 @@ namespace OrvelLoginClientCLR {
 /// what a short text costs: allocating and freeing a BSTR. C# half: `NativeString`.
 class ManagedString {
 public:
+    // cppcheck-suppress uninitMemberVar  // the buffer: initialising it would cost more than most texts
     ManagedString() = default;
     ManagedString(const ManagedString&) = delete;
     ManagedString& operator=(const ManagedString&) = delete;
@@ -39,7 +40,7 @@ private:
 
     wchar_t* bstr = nullptr;   // a text that does not fit; allocated by the runtime
     std::int32_t length = -1;  // units; -1 for null
-    wchar_t buffer[capacity];  // not initialised: it would cost more than most texts
+    wchar_t buffer[capacity];
 };
 
 }  // namespace OrvelLoginClientCLR

@@ -14,6 +14,12 @@ loginRuntimeException managedFailure(std::wstring typeName, std::wstring message
 /// A failure before any managed code ran: `words`, followed by the HRESULT.
 loginRuntimeException startFailure(const std::wstring& words, std::int32_t hresult);
 
+/// The runtime could not be started. Says what `hresult` means, if that is known.
+loginRuntimeException cannotStart(std::int32_t hresult);
+
+/// The runtime was started but could not run `method`, which names the method and its assembly's file.
+loginRuntimeException cannotRun(const std::wstring& method, std::int32_t hresult);
+
 /// What converting a null managed string ends in.
 loginRuntimeException nullStringFailure();
 

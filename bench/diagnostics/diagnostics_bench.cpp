@@ -8,7 +8,9 @@
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/spdlog.h>
 #include <wbemcli.h>
+#include <wrl/client.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -20,12 +22,15 @@
 #include "../timing.h"
 #include "orvsecutils/log/log.h"
 #include "orvsecutils/log/recordheader.h"
-#include "orvsecutils/platform/com.h"
+#include "orvsecutils/log/walltime.h"
 #include "orvsecutils/platform/platform.h"
-#include "orvsecutils/platform/walltime.h"
+#include "orvsecutils/platform/windows/com.h"
 #include "tests/orvsecutils/sandbox.h"
+#include "tests/support/program.h"
+#include "tests/support/temporary_folder.h"
 
 using namespace orvsecutils;
+using Microsoft::WRL::ComPtr;
 
 namespace {
 
@@ -131,8 +136,11 @@ void off() {
     const walltime now = currentwalltime();
     const std::vector<double> ns = medianNanoseconds(
         101, 2000,
-        {times([] { loginfo() << message; }), times([] { sink = timetext(currentwalltime()).size(); }),
-         times([&] { sink = recordheader(now, 0, "diagnostics_bench.exe").size(); }),
+        {times([] { loginfo() << message; }), times([] { sink = timetext(currentwalltime()).size(); }), times([&] {
+             std::stringbuf header;
+             putheader(header, now, 0, "diagnostics_bench.exe");
+             sink = header.in_avail();
+         }),
          times([] { sink = std::stringstream().good(); }), times([] { sink = streamedtime().size(); })});
     std::fprintf(report,
                  "\n| record with logging off, ns | of it the time, ns | share | header text without the clock, ns | ");
@@ -147,31 +155,22 @@ void addressbare() {
     CoInitialize(nullptr);
     CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_DEFAULT, RPC_C_IMP_LEVEL_IMPERSONATE, nullptr,
                          EOAC_NONE, nullptr);
-    const auto locator = obtain<IWbemLocator>([](IWbemLocator** object) {
-        return CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
-                                reinterpret_cast<void**>(object));
-    });
-    const systemstring space = makesystemstring(L"ROOT\\CIMV2");
-    const systemstring language = makesystemstring(L"WQL");
-    const systemstring text =
-        makesystemstring(L"SELECT MACAddress FROM Win32_NetworkAdapterConfiguration WHERE IPEnabled=TRUE");
-    const auto services = obtain<IWbemServices>([&](IWbemServices** object) {
-        return locator->ConnectServer(space.get(), nullptr, nullptr, nullptr, WBEM_FLAG_CONNECT_USE_MAX_WAIT, nullptr,
-                                      nullptr, object);
-    });
-    CoSetProxyBlanket(services.get(), RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr, RPC_C_AUTHN_LEVEL_CALL,
+    ComPtr<IWbemLocator> locator;
+    CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator, &locator);
+    const bstr namespacepath = makebstr(L"ROOT\\CIMV2");
+    const bstr language = makebstr(L"WQL");
+    const bstr text = makebstr(L"SELECT MACAddress FROM Win32_NetworkAdapterConfiguration WHERE IPEnabled=TRUE");
+    ComPtr<IWbemServices> services;
+    locator->ConnectServer(namespacepath.get(), nullptr, nullptr, nullptr, WBEM_FLAG_CONNECT_USE_MAX_WAIT, nullptr,
+                           nullptr, &services);
+    CoSetProxyBlanket(services.Get(), RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr, RPC_C_AUTHN_LEVEL_CALL,
                       RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE);
-    const auto objects = obtain<IEnumWbemClassObject>([&](IEnumWbemClassObject** object) {
-        return services->ExecQuery(language.get(), text.get(), WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY,
-                                   nullptr, object);
-    });
-    for (;;) {
-        IWbemClassObject* object = nullptr;
-        ULONG count = 0;
-        if (objects->Next(-1, 1, &object, &count) != S_OK) {
-            return;
-        }
-        const interfacepointer<IWbemClassObject> owner(object);
+    ComPtr<IEnumWbemClassObject> objects;
+    services->ExecQuery(language.get(), text.get(), WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY, nullptr,
+                        &objects);
+    ComPtr<IWbemClassObject> object;
+    ULONG count = 0;
+    while (objects->Next(-1, 1, &object, &count) == S_OK) {
         variant value;
         object->Get(L"MACAddress", 0, &value.value, nullptr, nullptr);
         sink = V_VT(&value.value);
@@ -185,21 +184,12 @@ void address() {
                  ns[0] / 1e6, ns[1] / 1e6, ns[0] / ns[1]);
 }
 
-void run(const wchar_t* mode) {
-    std::fflush(report);
-    std::wstring line = L"diagnostics_bench.exe " + std::wstring(mode);
-    wchar_t program[MAX_PATH];
-    GetModuleFileNameW(nullptr, program, MAX_PATH);
-    STARTUPINFOW start = {};
-    start.cb = sizeof start;
-    start.dwFlags = STARTF_USESTDHANDLES;
-    start.hStdOutput = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(report)));
-    start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
-    PROCESS_INFORMATION info = {};
-    CreateProcessW(program, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &info);
-    const filehandle process(info.hProcess);
-    const filehandle thread(info.hThread);
-    WaitForSingleObject(process.get(), INFINITE);
+// Off is found out once a process, so that is measured in one of its own.
+void runoff() {
+    const temporary_folder folder;
+    std::string output = program(L"diagnostics_bench.exe", L"off", folder.path).wait().output;
+    output.erase(std::remove(output.begin(), output.end(), '\r'), output.end());
+    std::fputs(output.c_str(), report);
 }
 
 }  // namespace
@@ -215,7 +205,7 @@ int main(int count, char** arguments) {
     } else {
         std::fprintf(report, "## Diagnostics log and adapter address\n\n");
         delivered();
-        run(L"off");
+        runoff();
         address();
     }
     std::fclose(report);

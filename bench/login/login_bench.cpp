@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,6 +16,8 @@
 #include "Way.h"
 #include "login/ClrRuntime.h"
 #include "login/LoginManagerClient.h"
+#include "tests/support/program.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -29,14 +30,8 @@ struct Bare {
     void (*loopIsExpired)(int calls);
 } bare;
 
-std::wstring programPath() {
-    std::wstring path(1024, L'\0');
-    path.resize(GetModuleFileNameW(nullptr, &path[0], 1024));
-    return path;
-}
-
 void execute(const wchar_t* type, const wchar_t* method, const std::wstring& argument) {
-    const std::wstring assembly = (std::filesystem::path(programPath()).parent_path() / L"LoginBench.dll").wstring();
+    const std::wstring assembly = (program::ownfolder() / L"LoginBench.dll").wstring();
     OrvelLoginClientCLR::executeInDefaultAppDomain(assembly, type, method, argument);
 }
 
@@ -201,21 +196,9 @@ int childFirstCall(const char* what) {
 }
 
 // Milliseconds that a program beside this one gives as microseconds.
-double runProgram(const std::filesystem::path& program, const std::wstring& arguments) {
-    STARTUPINFOW startup = {};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process = {};
-    std::wstring command = L"bench " + arguments;
-    if (!CreateProcessW((std::filesystem::path(programPath()).parent_path() / program).c_str(), &command[0], nullptr,
-                        nullptr, FALSE, 0, nullptr, nullptr, &startup, &process)) {
-        return -1;
-    }
-    WaitForSingleObject(process.hProcess, INFINITE);
-    DWORD microseconds = 0;
-    GetExitCodeProcess(process.hProcess, &microseconds);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-    return microseconds / 1000.0;
+double runProgram(const wchar_t* name, const wchar_t* arguments) {
+    static const temporary_folder folder;
+    return program(name, arguments, folder.path).wait().status / 1000.0;
 }
 
 void start() {

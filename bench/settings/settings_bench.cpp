@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "bench/timing.h"
-#include "orvsecutils/platform/handles.h"
 #include "orvsecutils/platform/platform.h"
 #include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/platform/windows/handles.h"
 
 using namespace orvsecutils;
 

@@ -36,15 +36,16 @@ const std::pair<const wchar_t*, Getter> getters[] = {
     {L"Space", &LoginManagerClient::getSpaceURL},
 };
 
-/// Adds to `answer` what is known of the user. A getter that fails leaves what was learnt before it.
+/// Adds to `answer` what is known of the user. A getter that fails leaves what was learnt before it. Offline the
+/// library answers the getters without asking anybody, so an empty text then means that the value is not known.
 // cppcheck-suppress constParameter ; the getters, which are not const, are called through pointers
-void describe(LoginManagerClient& client, const LoginResponse& user, Answer& answer) {
+void describe(LoginManagerClient& client, const LoginResponse& user, bool offline, Answer& answer) {
     answer.details = {
         {L"Account", user.userName}, {L"First name", user.firstName}, {L"Last name", user.lastName},
         {L"Alias", user.aliasName},  {L"Domain", user.domainName},    {L"Record", user.rowId},
     };
     for (const auto& [name, getter] : getters) {
-        answer.details.emplace_back(name, (client.*getter)());
+        answer.details.emplace_back(name, offline ? L"unknown while offline" : (client.*getter)());
     }
     answer.status = user.statusDescription;
 }
@@ -54,10 +55,10 @@ void carryOut(LoginManagerClient& client, const Request& request, Answer& answer
     switch (request.action) {
         case Request::signIn:
             // The client takes strings by value: the one made here is out of reach afterwards, and not wiped.
-            describe(client, client.login(request.account, request.password.c_str()), answer);
+            describe(client, client.login(request.account, request.password.c_str()), request.offline, answer);
             break;
         case Request::refresh:
-            describe(client, client.getLoggedInUser(false), answer);
+            describe(client, client.getLoggedInUser(false), request.offline, answer);
             break;
         case Request::signOut:
             client.logout();

@@ -36,7 +36,8 @@ struct Answer {
 class ClientWorker {
 public:
     explicit ClientWorker(HWND windowIn);
-    /// Waits until the running request has been carried out: a call into the manager cannot be broken off.
+    /// Waits until the running request has been carried out and the client is destroyed, which lasts as long as the
+    /// manager wants: a call into it cannot be broken off.
     ~ClientWorker();
 
     /// Hands a request over. The one before must have been answered.

@@ -3,16 +3,22 @@
 #include <commctrl.h>
 
 #include <string>
+#include <thread>
 #include <utility>
+
+#include "texts.h"
 
 namespace {
 
 constexpr wchar_t askingForDetails[] = L"Asking for the details…";
 
+/// How long the manager may keep the process alive after its window was closed, in milliseconds.
+constexpr DWORD patience = 2000;
+
 }  // namespace
 
 int SigninDialog::run(HINSTANCE instance) {
-    const INITCOMMONCONTROLSEX classes = {sizeof classes, ICC_LISTVIEW_CLASSES};
+    const INITCOMMONCONTROLSEX classes = {sizeof classes, ICC_LISTVIEW_CLASSES | ICC_PROGRESS_CLASS};
     InitCommonControlsEx(&classes);
     SigninDialog dialog;
     const INT_PTR result =
@@ -28,7 +34,7 @@ INT_PTR CALLBACK SigninDialog::procedure(HWND window, UINT message, WPARAM wPara
         return TRUE;
     }
     auto* dialog = reinterpret_cast<SigninDialog*>(GetWindowLongPtrW(window, DWLP_USER));
-    return dialog && dialog->handle(message, wParam);  // the first messages come before WM_INITDIALOG
+    return dialog && dialog->handle(message, wParam, lParam);  // the first messages come before WM_INITDIALOG
 }
 
 void SigninDialog::open(HWND windowIn) {
@@ -47,12 +53,20 @@ void SigninDialog::open(HWND windowIn) {
         column.cx = columns[i].second;
         ListView_InsertColumn(list, i, &column);
     }
-    SetDlgItemTextW(window, IDC_STATUS, L"Nobody is signed in.");
+    SendMessageW(item(IDC_PROGRESS), PBM_SETMARQUEE, TRUE, 0);
+    showStatus(L"Nobody is signed in.");
     enableControls();
 }
 
-bool SigninDialog::handle(UINT message, WPARAM wParam) {
+bool SigninDialog::handle(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
+        case WM_SETCURSOR:
+            if (!busy || LOWORD(lParam) != HTCLIENT) {
+                return false;
+            }
+            SetCursor(LoadCursorW(nullptr, IDC_APPSTARTING));
+            SetWindowLongPtrW(window, DWLP_MSGRESULT, TRUE);
+            return true;
         case WM_COMMAND:
             command(LOWORD(wParam), HIWORD(wParam));
             return true;
@@ -69,8 +83,11 @@ bool SigninDialog::handle(UINT message, WPARAM wParam) {
         case WM_APP_SIGNED_OUT:
             signedIn = false;
             ListView_DeleteAllItems(item(IDC_DETAILS));
-            SetDlgItemTextW(window, IDC_STATUS, L"Signed out.");
-            enableControls();
+            showStatus(L"Signed out.");
+            if (!busy) {
+                enableControls();
+                focusOn(IDC_ACCOUNT);
+            }
             return true;
         default:
             return false;
@@ -80,11 +97,11 @@ bool SigninDialog::handle(UINT message, WPARAM wParam) {
 void SigninDialog::command(int id, int notification) {
     if (id == IDCANCEL) {  // the Escape key, and the system's close button too
         close();
-    } else if (id == IDC_ACCOUNT && notification == EN_CHANGE) {
+    } else if ((id == IDC_ACCOUNT || id == IDC_PASSWORD) && notification == EN_CHANGE) {
         enableControls();
     } else if (busy || notification != BN_CLICKED) {
         return;
-    } else if (id == IDC_SIGN_IN) {
+    } else if (id == IDC_SIGN_IN && canSignIn()) {
         std::wstring account(static_cast<std::size_t>(GetWindowTextLengthW(item(IDC_ACCOUNT))), L'\0');
         GetDlgItemTextW(window, IDC_ACCOUNT, &account[0], static_cast<int>(account.size()) + 1);
         ask({Request::signIn, offline(), std::move(account), takePassword()}, L"Signing in…");
@@ -96,35 +113,39 @@ void SigninDialog::command(int id, int notification) {
 }
 
 void SigninDialog::close() {
-    if (busy) {
-        // The call into the manager cannot be broken off; the dialog ends with it, out of sight until then.
-        closing = true;
-        ShowWindow(window, SW_HIDE);
-    } else {
-        EndDialog(window, 0);
-    }
+    // A manager that does not return, from a call or from its disposal, must not keep the process: nothing can break it
+    // off.
+    std::thread([] {
+        Sleep(patience);
+        TerminateProcess(GetCurrentProcess(), 0);
+    }).detach();
+    EndDialog(window, 0);
 }
 
 void SigninDialog::ask(Request request, const wchar_t* progress) {
     busy = true;
+    action = request.action;
     focus = GetFocus();
     SetFocus(item(IDC_DETAILS));  // stays enabled: a control that is disabled while it has the focus takes it along
     enableControls();
-    SetDlgItemTextW(window, IDC_STATUS, progress);
+    showStatus(progress);
     worker->ask(std::move(request));
 }
 
 void SigninDialog::answered() {
     busy = false;
-    if (closing) {
-        EndDialog(window, 0);
-        return;
-    }
     const Answer answer = worker->takeAnswer();
     show(answer);
     enableControls();
-    if (GetFocus() == item(IDC_DETAILS) && IsWindowEnabled(focus)) {
-        SendMessageW(window, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(focus), TRUE);
+    // To the next step, unless the user has gone elsewhere meanwhile.
+    if (GetFocus() == item(IDC_DETAILS)) {
+        if (action == Request::signIn) {
+            focusOn(answer.details.empty() ? IDC_PASSWORD : IDC_SIGN_OUT);
+        } else if (action == Request::signOut) {
+            focusOn(signedIn ? IDC_SIGN_OUT : IDC_ACCOUNT);
+        } else {
+            focusOn(GetDlgCtrlID(focus));
+        }
     }
 }
 
@@ -140,7 +161,7 @@ Secret SigninDialog::takePassword() {
 }
 
 void SigninDialog::show(const Answer& answer) {
-    SetDlgItemTextW(window, IDC_STATUS, answer.status.c_str());
+    showStatus(answer.status);
     if (answer.details.empty()) {
         return;  // a refused sign-in leaves whoever is signed in
     }
@@ -157,10 +178,27 @@ void SigninDialog::show(const Answer& answer) {
     }
 }
 
+void SigninDialog::showStatus(const std::wstring& text) {
+    SetDlgItemTextW(window, IDC_STATUS, withLineEnds(text).c_str());
+}
+
+// Signed in, an empty password is one that was not typed: Enter must not sign in again with it.
+bool SigninDialog::canSignIn() const {
+    return !busy && GetWindowTextLengthW(item(IDC_ACCOUNT)) > 0 &&
+           (!signedIn || GetWindowTextLengthW(item(IDC_PASSWORD)) > 0);
+}
+
 void SigninDialog::enableControls() {
     EnableWindow(item(IDC_ACCOUNT), !busy);
     EnableWindow(item(IDC_PASSWORD), !busy);
     EnableWindow(item(IDC_OFFLINE), !busy);
-    EnableWindow(item(IDC_SIGN_IN), !busy && GetWindowTextLengthW(item(IDC_ACCOUNT)) > 0);
+    EnableWindow(item(IDC_SIGN_IN), canSignIn());
     EnableWindow(item(IDC_SIGN_OUT), !busy && signedIn);
+    ShowWindow(item(IDC_PROGRESS), busy ? SW_SHOWNA : SW_HIDE);
+}
+
+void SigninDialog::focusOn(int id) {
+    if (IsWindowEnabled(item(id))) {
+        SendMessageW(window, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(item(id)), TRUE);
+    }
 }

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <optional>
+#include <string>
 
 #include "ClientWorker.h"
 #include "Secret.h"
@@ -17,7 +18,7 @@ public:
 private:
     static INT_PTR CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
     void open(HWND windowIn);
-    bool handle(UINT message, WPARAM wParam);
+    bool handle(UINT message, WPARAM wParam, LPARAM lParam);
     void command(int id, int notification);
     void close();
 
@@ -25,7 +26,10 @@ private:
     void answered();
     Secret takePassword();
     void show(const Answer& answer);
+    void showStatus(const std::wstring& text);
+    bool canSignIn() const;
     void enableControls();
+    void focusOn(int id);
     HWND item(int id) const { return GetDlgItem(window, id); }
     bool offline() const { return IsDlgButtonChecked(window, IDC_OFFLINE) == BST_CHECKED; }
 
@@ -33,6 +37,6 @@ private:
     HWND focus = nullptr;   // the control that had it before the running request
     bool signedIn = false;  // as the manager's events tell
     bool busy = false;
-    bool closing = false;
+    Request::Action action = Request::refresh;  // the last request's
     std::optional<ClientWorker> worker;
 };

@@ -9,3 +9,4 @@
 #define IDC_OFFLINE 105
 #define IDC_DETAILS 106
 #define IDC_STATUS 107
+#define IDC_PROGRESS 108

@@ -27,3 +27,14 @@ std::wstring widened(const char* utf8) {
     result.resize(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, utf8, bytes, &result[0], bytes)));
     return result;
 }
+
+std::wstring withLineEnds(const std::wstring& text) {
+    std::wstring result;
+    for (const wchar_t unit : text) {
+        if (unit == L'\n' && (result.empty() || result.back() != L'\r')) {
+            result += L'\r';
+        }
+        result += unit;
+    }
+    return result;
+}

@@ -15,6 +15,10 @@ namespace OrvelLoginClient
     ///     echo          gives back the argument (login: as userName and firstName)
     ///     status N      throws a LoginManagerException with that status
     ///     throw TYPE    throws an exception of that type of mscorlib's, with what follows as its message, or "on request"
+    ///     wrapped       throws an exception that wraps two others, the first of which has a cause
+    ///     chain N L     throws N exceptions, one inside the other, with messages of L letters
+    ///     abort         aborts the thread
+    ///     huge          gives back a text of 40 million letters
     ///     load NAME     loads an assembly by that display name; gives back where from, or "not found"
     ///     collect       runs the garbage collector
     ///     wait NAME     waits until the event of that name is set
@@ -23,6 +27,7 @@ namespace OrvelLoginClient
     ///     pool          raises events on a thread of the pool
     static class Steering
     {
+        static string huge;
         static Dictionary<string, string> commands; // null when nothing is steered, so that then nothing is slowed
 
         public static void Read()
@@ -57,6 +62,8 @@ namespace OrvelLoginClient
                 return otherwise;
             if (command == "null")
                 return null;
+            if (command == "huge")
+                return huge ?? (huge = new string('h', 40000000));
             return command.StartsWith("load ", StringComparison.Ordinal) ? Load(command.Substring(5)) : otherwise;
         }
 
@@ -73,6 +80,20 @@ namespace OrvelLoginClient
                 string[] words = command.Split(new[] { ' ' }, 3);
                 throw (Exception)Activator.CreateInstance(Type.GetType(words[1], true), words.Length > 2 ? words[2] : "on request");
             }
+            if (command == "wrapped")
+                throw new AggregateException("several",
+                    new InvalidOperationException("first", new TimeoutException("its cause")), new ArgumentException("second"));
+            if (command.StartsWith("chain ", StringComparison.Ordinal))
+            {
+                string[] numbers = command.Split(' ');
+                var message = new string('m', int.Parse(numbers[2], CultureInfo.InvariantCulture));
+                Exception chain = null;
+                for (int i = int.Parse(numbers[1], CultureInfo.InvariantCulture); i > 0; i--)
+                    chain = new TimeoutException(message, chain);
+                throw chain;
+            }
+            if (command == "abort")
+                Thread.CurrentThread.Abort();
             if (command.StartsWith("wait ", StringComparison.Ordinal))
             {
                 using (var gate = EventWaitHandle.OpenExisting(command.Substring(5)))

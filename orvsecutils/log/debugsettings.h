@@ -4,21 +4,21 @@
 
 namespace orvsecutils {
 
-/// The settings group that says whether the log is written. Read once in a process's life: a change in the store takes
-/// effect in the next process.
+/// The settings group with the log's switch. Read once in the life of a process: a change in the registry takes effect
+/// in processes that start afterwards.
 class debugsettings : public settings {
 public:
-    static constexpr char groupname[] = "Debug";
-    static constexpr char loggingname[] = "Logging";
+    static constexpr char groupname[] = "Debug";      ///< the group
+    static constexpr char loggingname[] = "Logging";  ///< the switch: an integer, not 0 for on
 
     /// Reads the group. Throws as `settings` does.
     debugsettings();
 
-    /// The process's one object. Made at the first call, by whichever thread; destroyed when the process ends or the
-    /// library is unloaded. Throws as the constructor does, and the next call tries again.
+    /// The object of the process. It is created by the first call, on any thread, and destroyed when the process ends
+    /// or the library is unloaded. Throws as the constructor does; the next call then tries again.
     static const debugsettings& instance();
 
-    /// Whether records are delivered: "Logging" is an integer and not 0. Any thread may call.
+    /// Whether records are delivered: "Logging" is an integer other than 0. Any thread may call.
     bool logging() const;
 };
 

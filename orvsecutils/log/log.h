@@ -6,60 +6,73 @@
 #include <sstream>
 #include <type_traits>
 
+/// @file
+/// The diagnostics log.
 namespace orvsecutils {
 
-/// One line of the diagnostics log. Made in a statement, filled by insertion, delivered by its destructor:
+/// One line of the diagnostics log. Create it in a statement and insert the message; the destructor delivers the line:
 ///
 ///     loginfo() << "wmi::query(" << text << ")";
 ///
-/// A line is time, level word, executable's name and message, with commas between them. It goes to standard output and
-/// to the end of the log file (`logfile`) when logging is on (`debugsettings`), and nowhere when it is off. Levels
-/// label lines and filter none.
+/// A line is time, level word, executable's name and message, separated by commas. While logging is on (see
+/// `debugsettings`), it goes to standard output and to the end of the log file (see `logfile`); while it is off,
+/// nowhere. The level labels the line and filters nothing. All records of a process share one answer to whether logging
+/// is on, which the first one gets.
 ///
-/// A traced call is the record `class::method(arguments)`. Its outcome is another, `class::method(arguments)=result`;
-/// an absent result is `null`. Texts are UTF-8. No secret belongs into a line.
+/// To trace a call, write the record `class::method(arguments)`, then another one with its result,
+/// `class::method(arguments)=result`; an absent result is `null`. Texts are UTF-8. Never log secrets.
 ///
-/// What keeps a record from being delivered is never the caller's concern: nothing but exhausted memory is thrown, and
-/// that by the constructor or an insertion only. A file that cannot be opened is told on standard error. Each record is
-/// for one thread; any number of them may be under way. Not for destructors of static objects: the log may have ended
-/// before them.
+/// Delivery failures are swallowed; a log file that cannot be opened is reported on standard error. The only exception
+/// is `std::bad_alloc`, and only from the constructor: the record is then lost, and never written with half a header.
+/// An insertion for which memory runs out leaves the rest of the message out; what a value's own `operator<<` throws
+/// passes through.
+///
+/// A record belongs to the thread that made it; several threads may have records at the same time. Lines appear in
+/// order of destruction. A record made by the destructor of a static object may come after the log's own end; it is
+/// then lost.
 class log {
 public:
-    /// Level 0 is "info", 1 "warn", 2 "error", any other "unknown".
+    /// Makes a record of level 0 ("info"), 1 ("warn"), 2 ("error") or any other number ("unknown").
     explicit log(int level);
 
-    /// "info" for a call that went well, "error" for one that did not.
+    /// Makes a record that is "info" for a call that succeeded and "error" for one that failed.
     explicit log(bool ok);
 
-    log(const void*) = delete;  // a text given for a level would count as true
+    log(const void*) = delete;  ///< a text passed as the level would count as true
 
-    /// Delivers the record: when it ends, not when it was made, decides its place in the log.
+    /// Delivers the line.
     virtual ~log();
 
     log(const log&) = delete;
     log& operator=(const log&) = delete;
 
-    /// Whatever a standard stream takes. Not even formatted when logging is off. Numbers look the same in every locale.
+    /// Inserts whatever a standard stream takes. Values are not formatted while logging is off. Numbers look the same
+    /// in every locale. A null pointer to text is written as "null".
     template <class Value>
     log& operator<<(const Value& value) {
         using character = std::remove_cv_t<std::remove_pointer_t<std::decay_t<Value>>>;
         static_assert(!std::is_same_v<character, wchar_t> && !std::is_same_v<character, char16_t> &&
                           !std::is_same_v<character, char32_t>,
-                      "a line is narrow text: convert to UTF-8 what is wide");
-        if (enabled) {
+                      "a line is narrow text: convert wide text to UTF-8");
+        using pointer = std::decay_t<Value>;
+        if constexpr (std::is_pointer_v<pointer> && (std::is_convertible_v<pointer, const char*> ||
+                                                     std::is_convertible_v<pointer, const signed char*> ||
+                                                     std::is_convertible_v<pointer, const unsigned char*>)) {
+            return *this << reinterpret_cast<const char*>(value);
+        } else if (enabled) {
             buffer << value;
         }
         return *this;
     }
 
-    /// A null pointer is written as "null".
+    /// Inserts a text, and "null" for a null pointer.
     log& operator<<(const char* text);
 
-    /// @name Manipulators
-    /// @{
+    /// Applies a manipulator of a standard stream, such as `std::endl`.
     log& operator<<(std::ostream& (*manipulator)(std::ostream&));
+
+    /// Applies a manipulator of a standard stream's format, such as `std::hex`.
     log& operator<<(std::ios_base& (*manipulator)(std::ios_base&));
-    /// @}
 
 private:
     const bool enabled;
@@ -67,22 +80,22 @@ private:
     const std::int32_t level;
 };
 
-/// A record of level 0.
+/// A record of level 0, "info".
 class loginfo : public log {
 public:
-    loginfo() : log(0) {}
+    loginfo() : log(0) {}  ///< as log(0)
 };
 
-/// A record of level 1.
+/// A record of level 1, "warn".
 class logwarn : public log {
 public:
-    logwarn() : log(1) {}
+    logwarn() : log(1) {}  ///< as log(1)
 };
 
-/// A record of level 2.
+/// A record of level 2, "error".
 class logerror : public log {
 public:
-    logerror() : log(2) {}
+    logerror() : log(2) {}  ///< as log(2)
 };
 
 }  // namespace orvsecutils

@@ -1,6 +1,6 @@
 #include "orvsecutils/log/logfile.h"
 
-#include "orvsecutils/settings/placement.h"
+#include "orvsecutils/settings/productnames.h"
 
 namespace orvsecutils {
 
@@ -16,7 +16,7 @@ std::string preparedpath(const platform& system) {
 std::string logfilepath(const platform& system) {
     std::string path = system.profilefolder();
     for (const char* part : {companyname, groupkey, "orvsec.log"}) {
-        // What follows an empty path would lie in the current folder of the moment.
+        // Appending to an empty path would give a path in the current folder.
         path = path.empty() ? path : system.appendpath(path, part);
     }
     return path;

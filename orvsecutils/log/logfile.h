@@ -6,24 +6,24 @@
 
 namespace orvsecutils {
 
-/// Where the log file of a system's user lies, whether or not it is there: `Orvel\LoginManager\orvsec.log` in his
-/// profile folder. Empty when the system cannot name that folder, or the path is too long for it.
+/// The path of the log file: `Orvel\LoginManager\orvsec.log` in the profile folder of the user, whether or not it
+/// exists. Empty when `system` does not know that folder, or the path is too long for platform::appendpath().
 std::string logfilepath(const platform& system);
 
-/// The log file of a process. Knows where it is and prepares its folder; records write it.
+/// The log file of a process. It prepares the folder; records write the file.
 class logfile {
 public:
-    /// Makes the folder, with its parents, when it is missing.
+    /// Creates the folder, with its parents, if it does not exist.
     explicit logfile(const platform& system);
     virtual ~logfile() = default;
     logfile(const logfile&) = delete;
     logfile& operator=(const logfile&) = delete;
 
-    /// The process's one object. Made at the first call, by whichever thread; destroyed when the process ends or the
-    /// library is unloaded.
+    /// The object of the process. It is created by the first call, on any thread, and destroyed when the process ends
+    /// or the library is unloaded.
     static const logfile& instance();
 
-    /// logfilepath(), or empty when the folder could not be made; that is not tried again.
+    /// logfilepath(), or empty when the folder could not be created; that is not tried again.
     const std::string path;
 };
 

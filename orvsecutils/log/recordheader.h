@@ -1,21 +1,23 @@
 #pragma once
 
 #include <array>
-#include <string>
+#include <streambuf>
 #include <string_view>
 
-#include "orvsecutils/platform/walltime.h"
+#include "orvsecutils/log/walltime.h"
 
-/// What stands in front of a record's message.
+/// @file
+/// The text in front of a record's message.
 namespace orvsecutils {
 
-/// The word for a level.
+/// The word for a level: "info", "warn", "error", and "unknown" for any number but 0, 1 and 2.
 const char* levelword(int level);
 
 /// Date, time and offset from UTC, as in "11/13/2026 23:06:40+0100".
 std::array<char, 24> timetext(const walltime& time);
 
-/// Time, level word and executable's name, with a comma after each.
-std::string recordheader(const walltime& time, int level, std::string_view executable);
+/// Writes time, level word and executable's name to `out`, each followed by a comma. Throws what `out` throws: a string
+/// buffer `std::bad_alloc`, and then the header is not whole.
+void putheader(std::streambuf& out, const walltime& time, int level, std::string_view executable);
 
 }  // namespace orvsecutils

@@ -5,50 +5,62 @@
 #include <vector>
 
 #include "orvsecutils/settings/setting.h"
-#include "orvsecutils/settings/settingsdef.h"
 
+/// @file
+/// The interface to the operating system.
 namespace orvsecutils {
+
+// Only named here: definitions ask the platform, so this header cannot build on theirs.
+class settingsdef;
+enum class settingsscope : std::int32_t;
 
 /// One entry of a folder.
 struct fileentry {
-    std::string name;        ///< without its folder
-    std::int64_t lastwrite;  ///< as in platform::filetimes
+    std::string name;        ///< without the folder
+    std::int64_t lastwrite;  ///< as in platform::filetimes()
 };
 
-/// What the service control manager knows about a service; the numbers are those of the Win32 service configuration.
+/// The configuration of a service; the numbers are those of the Win32 service configuration.
 struct serviceconfiguration {
-    std::uint32_t servicetype;
-    std::uint32_t starttype;
-    std::uint32_t errorcontrol;
+    std::uint32_t servicetype;   ///< a combination of SERVICE_WIN32_OWN_PROCESS and the like
+    std::uint32_t starttype;     ///< SERVICE_AUTO_START and the like
+    std::uint32_t errorcontrol;  ///< SERVICE_ERROR_NORMAL and the like
     std::string binarypathname;  ///< command line of the service
-    std::string loadordergroup;
-    std::uint32_t tagid;
-    std::string dependencies;      ///< names of services and groups, with a zero character between each two
-    std::string servicestartname;  ///< account that it runs under
-    std::string displayname;
+    std::string loadordergroup;  ///< empty for none
+    std::uint32_t tagid;         ///< place in the load order group; 0 for none
+    std::string dependencies;    ///< names of services, and of groups with a "+" in front, separated by zero characters
+    std::string servicestartname;  ///< account that the service runs under
+    std::string displayname;       ///< name for people
 };
 
-/// What the library asks of the operating system. Every operation is on the calling process, its user and its machine.
+/// The library's questions and requests to the operating system. They concern the calling process, its user and its
+/// machine.
 ///
 /// Texts are UTF-8 in both directions. An argument that is not valid UTF-8, and a text of the system's that is not
-/// valid UTF-16, throws `std::range_error` ("bad conversion"). An argument ends at a zero character, if it holds one.
+/// valid UTF-16, throws `std::range_error` ("bad conversion"). An argument ends at its first zero character; only a
+/// text that writesettings() writes is stored whole.
 ///
-/// No operation tells why it failed: a text is then empty, a boolean false, and outputs are untouched unless it says
-/// otherwise. Exceptions are left for exhausted memory, texts too long for a string, and buffers that cannot be had
-/// (`platformerror`).
+/// No operation says why it failed: a text is then empty, a boolean false, and outputs are untouched unless the
+/// operation says otherwise. The only other exceptions are `std::bad_alloc`, `std::length_error`, and `platformerror`
+/// when there is no buffer for a system call.
 ///
 /// Any thread may call; nothing is kept between calls.
 ///
-/// Paths of files take either separator; the operations on a path's mere text (9, 11, 12) want the backslash. Beyond
-/// 259 UTF-16 units (247 for a new folder) the system finds no file, unless the path starts with `\\?\`.
+/// Paths of files may have either separator; the operations on the text of a path (9, 11, 12) need backslashes. The
+/// system finds no file whose path exceeds 259 UTF-16 units (247 for a folder to be made), unless the path starts with
+/// `\\?\`, or the machine allows long paths (Windows 10 1607 and later) and the host's manifest declares
+/// `longPathAware`. The operations that say 259 units themselves (9, 10, 16) keep to that everywhere.
 ///
-/// The number in front is the operation's slot in the virtual table; slot 0 is the destructor. platformwindows.cpp has
-/// the operations under the same names, in the same order.
+/// The number in front is the operation's slot in the virtual table; slot 0 is the destructor. The library exports none
+/// of this, but the order of the slots is part of the interface's definition, for implementations that are built apart
+/// from their callers: new operations go to the end, and what is there keeps its place. platformwindows.cpp has the
+/// operations in the same order.
 class platform {
 public:
     virtual ~platform() = default;
 
-    /// 1. Language of the user interface, as numbered by languagecode().
+    /// 1. Language of the user's regional format, as numbered by languagecode(). The language in which Windows shows
+    /// its own texts may be another.
     virtual int uilanguage() const = 0;
 
     /// 2. DNS host name of the machine, without its domain.
@@ -70,16 +82,16 @@ public:
     /// 7. The user's profile folder.
     virtual std::string profilefolder() const = 0;
 
-    /// 8. Makes a folder, with every parent that is missing. True when it was made or is there already; false when a
-    /// file has that name. Parents made on the way to a failure stay. Give it no trailing separator: if a parent is
-    /// missing, the folder is then made as its own parent and the answer is false.
+    /// 8. Makes a folder, with every parent that is missing. True when it was made, by this call or by another process
+    /// at the same moment, or is there already; false when a file has that name. Parents made before a failure stay.
     virtual bool createdirectory(const std::string& path) const = 0;
 
     /// 9. `path` and `more` with one separator between them and "." and ".." resolved. `more` replaces `path` when it
     /// names a drive or a UNC share. Empty when one of the three exceeds 259 UTF-16 units.
     virtual std::string appendpath(const std::string& path, const std::string& more) const = 0;
 
-    /// 10. File name of the process's executable; empty when its full path exceeds 259 UTF-16 units.
+    /// 10. File name of the process's executable, without its folder; empty when its full path exceeds 259 UTF-16
+    /// units.
     virtual std::string executablename() const = 0;
 
     /// 11. `path` without its last component and the separator in front of it. A drive's root stays as it is; a path of
@@ -89,13 +101,15 @@ public:
     /// 12. The last component of `path`, a trailing separator included; of a drive's root, all of it.
     virtual std::string filename(const std::string& path) const = 0;
 
-    /// 13. The values of a group in one scope. Empty when the group is not there; values that are malformed or of a
-    /// kind that is not known are left out. Reads the 64-bit view of the registry.
+    /// 13. The values of a group in one scope. Empty when the group does not exist; malformed values and values of
+    /// unknown types are left out. Reads the 64-bit view of the registry.
     virtual settingsmap readsettings(settingsscope scope, const settingsdef& definition) const = 0;
 
-    /// 14. Writes `values` into a group, making it if need be, and leaves what else it holds. False when it cannot be
-    /// opened or any value not be written, as no list can; the others are written all the same. Writes the view of the
-    /// registry that is a 32-bit process's own, so the machine's groups are not read back from where they were written.
+    /// 14. Writes `values` into a group, creating it if it does not exist; values that the group has besides stay.
+    /// Names and texts are converted first: when one is not valid UTF-8, nothing is written. False when the group
+    /// cannot be opened or a value cannot be written, as lists never can; the others are written all the same. A text
+    /// is written with the zero characters in it, but reading ends at the first. Writes the view of the registry that
+    /// is a 32-bit process's own: a group written for the machine is not the one that readsettings() reads.
     virtual bool writesettings(settingsscope scope, const settingsdef& definition, const settingsmap& values) const = 0;
 
     /// 15. Where settings start unless a definition says otherwise: "software".
@@ -104,10 +118,13 @@ public:
     /// 16. Folder of the process's executable; empty when its full path exceeds 259 UTF-16 units.
     virtual std::string executablefolder() const = 0;
 
-    /// 17. Starts `file` (a program, or a document with the program that opens it), waits for its end, however long,
-    /// and returns the 32 bits of its exit code; -1 when no process was started, of which the shell may tell the user
-    /// in a message box. The arguments are joined by joinarguments(): one with a space in it must bring its own quotes.
-    /// A program named without a folder is searched for as the shell does.
+    /// 17. Starts `file` (a program, or a document with the program that opens it), waits for its end without a time
+    /// limit and returns the 32 bits of its exit code; -1 when no process was started, which the shell may report to
+    /// the user in a message box. The arguments are joined by joinarguments(): one that contains a space must bring its
+    /// own quotes. A program named without a folder is searched for as the shell does.
+    ///
+    /// The shell may use COM for documents: initialise it on the calling thread first, single-threaded. The wait
+    /// dispatches no messages, so a user interface thread does not respond until the program ends.
     virtual int runprocess(const std::string& file, const std::vector<std::string>& arguments) const = 0;
 
     /// 18. Whether a file or folder has that path.
@@ -119,35 +136,38 @@ public:
     /// 20. The user's folder for application data that stays on this machine.
     virtual std::string localappdatafolder() const = 0;
 
-    /// 21. The user's folder for application data that follows him.
+    /// 21. The user's folder for roaming application data.
     virtual std::string roamingappdatafolder() const = 0;
 
-    /// 22. The folder for programs of the process's own kind: on a 64-bit system the one for 32-bit programs.
+    /// 22. The folder for programs of the process's own bitness: on a 64-bit system the one for 32-bit programs.
     virtual std::string programfilesfolder() const = 0;
 
     /// 23. The folder for 32-bit programs.
     virtual std::string programfilesx86folder() const = 0;
 
-    /// 24. Address of a network adapter that speaks IP, as six two-digit hexadecimal groups with colons; the last one's
-    /// of several. Empty when there is none, and on a thread in COM's multithreaded apartment; any other thread is in a
-    /// single-threaded one afterwards. Takes milliseconds, by WMI: keep the answer.
+    /// 24. MAC address of an IP-enabled network adapter, as six two-digit hexadecimal groups separated by colons; of
+    /// several adapters, the one that WMI lists last. Empty when there is none, and on a thread in COM's multithreaded
+    /// apartment. Any other thread is in a single-threaded apartment afterwards (see `wmi`). Takes milliseconds: keep
+    /// the result.
     virtual std::string macaddress() const = 0;
 
-    /// 25. When a file or folder was made, last read and last written, in seconds since 1970-01-01 00:00 UTC, the
-    /// fraction dropped; -1 for a time before that.
+    /// 25. The times of creation, last access and last write of a file or folder, in seconds since 1970-01-01 00:00 UTC
+    /// without the fraction; -1 for a time before that or after the year 3000.
     ///
-    /// Goes by way of local time: first with the offset from UTC that holds today, back with the one that holds at that
-    /// time. So a time in the other half of the daylight-saving year comes out off by the difference between the two.
+    /// Converted by way of local time: to local time with the offset from UTC of today, and back with that of the time
+    /// itself. So a time in the other half of the daylight-saving year is off by the difference of the two. Where the
+    /// environment variable TZ is set, the way back takes the time zone from there.
     virtual bool filetimes(const std::string& path, std::int64_t& creation, std::int64_t& lastaccess,
                            std::int64_t& lastwrite) const = 0;
 
-    /// 26. The same, for an object that is not const.
+    /// 26. The same as slot 25, for objects that are not const: the interface has the operation in both forms, and a
+    /// table without this slot would move all that follow.
     virtual bool filetimes(const std::string& path, std::int64_t& creation, std::int64_t& lastaccess,
                            std::int64_t& lastwrite) = 0;
 
-    /// 27. The entries whose path matches `pattern` (`*` and `?` in the last component), files and folders without "."
-    /// and "..", in the file system's order. `entries` is emptied first. True when the search could be started, which
-    /// it cannot when nothing matches.
+    /// 27. The files and folders whose path matches `pattern` (`*` and `?` in the last component), without "." and
+    /// "..", in the file system's order. `entries` is emptied first. False when the search does not start, as when
+    /// nothing matches.
     virtual bool findfiles(const std::string& pattern, std::vector<fileentry>& entries) const = 0;
 
     /// 28. The value of `key` in `section` of an INI file. `value` is emptied first; true when it is not empty
@@ -157,10 +177,10 @@ public:
     virtual bool readinivalue(const std::string& file, const std::string& section, const std::string& key,
                               std::string& value) const = 0;
 
-    /// 29. How a service, by its short name, is set up.
+    /// 29. The configuration of a service, which is named by its short name.
     virtual bool serviceconfig(const std::string& service, serviceconfiguration& configuration) const = 0;
 
-    /// 30. Whether readsettings() could open the group.
+    /// 30. Whether the group exists in that scope and may be read, in the view that readsettings() reads.
     virtual bool settingsexist(settingsscope scope, const settingsdef& definition) const = 0;
 
     /// 31. The folder that all users share.
@@ -170,8 +190,8 @@ public:
     virtual bool directoryexists(const std::string& path) const = 0;
 };
 
-/// The process's one platform object. Made at the first call, by whichever thread, and destroyed when the process ends
-/// or the library is unloaded.
+/// The platform object of the process. It is created by the first call, on any thread, and destroyed when the process
+/// ends or the library is unloaded.
 platform& currentplatform();
 
 }  // namespace orvsecutils

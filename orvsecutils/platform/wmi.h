@@ -5,9 +5,11 @@
 #include <string>
 #include <vector>
 
+/// @file
+/// WMI queries.
 namespace orvsecutils {
 
-/// One object of a query's answer: its properties that are texts, by name. Names and values are UTF-8.
+/// One object of a query's result: its text properties by name. Names and values are UTF-8.
 using wmirow = std::map<std::string, std::string>;
 
 /// A connection to the WMI namespace `ROOT\CIMV2` of this machine, as the current user.
@@ -19,19 +21,21 @@ public:
     wmi(const wmi&) = delete;
     wmi& operator=(const wmi&) = delete;
 
-    /// A new connection, or null when there is none to be had within two minutes.
+    /// A new connection, or null when there is none within two minutes.
     ///
-    /// Initialises COM on the calling thread, for a single-threaded apartment, and leaves it so. On a thread that has
-    /// joined the multithreaded apartment the answer is null. Process-wide COM security is set unless the host has done
-    /// so before. Throws `platformerror` (`outofmemory`) when the system has no memory for a string.
+    /// Initialises COM on the calling thread as a single-threaded apartment and never uninitialises it: the thread
+    /// stays in that apartment for its life. A thread in the multithreaded apartment gets null. COM security belongs to
+    /// the whole process and can be set once: this call sets it (default authentication, impersonation level
+    /// "impersonate") unless the host has called `CoInitializeSecurity` before, which a host with its own requirements
+    /// must do at its start. Throws `platformerror` (`outofmemory`) when there is no memory for a BSTR.
     static std::shared_ptr<wmi> connect();
 
-    /// Runs a WQL query and adds its objects to `rows`, in the order of delivery; what was in it stays. Properties that
-    /// are null, numbers or lists are left out; of two with the same name the first counts. True when `rows` is not
-    /// empty afterwards. A failure ends the rows at that point and is not told from there being no more.
+    /// Runs a WQL query and appends its objects to `rows` in the order of delivery. Only text properties are kept, not
+    /// nulls, numbers or lists; of two with the same name, the first. True when `rows` is not empty afterwards. A
+    /// failure ends the rows at that point and cannot be distinguished from the end of the results.
     ///
-    /// Waits for the answer without a time limit. Throws `std::range_error` ("bad conversion") for a `text` that is not
-    /// UTF-8 or a property that is not UTF-16, and `platformerror` (`outofmemory`) as connect() does.
+    /// Waits for the results without a time limit. Throws `std::range_error` ("bad conversion") for a `text` that is
+    /// not UTF-8 or a property that is not UTF-16, and `platformerror` as connect() and toutf16() do.
     virtual bool query(const std::string& text, std::vector<wmirow>& rows) const = 0;
 
 protected:

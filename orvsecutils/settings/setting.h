@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+/// @file
+/// The values of a settings group.
 namespace orvsecutils {
 
 /// Kinds of setting values.
@@ -16,48 +18,54 @@ enum class settingtype : std::uint32_t {
     multistring = 2,  ///< `settingmultistring`
 };
 
-/// One value of a settings group, exactly as the store holds it. What it is tells `type`; whoever wants the payload
-/// checks `type` and then reads the field of the class that it names.
+/// One value of a settings group, exactly as the registry holds it. `type` says which derived class this is; check it
+/// before casting.
+///
+/// A tagged hierarchy and not a `std::variant`: the kinds, their numbers and the deletion through the base are the
+/// library's interface, and values are shared by pointer, so that a group can be copied without copying texts.
 class setting {
 public:
     virtual ~setting() = default;
     setting(const setting&) = delete;
     setting& operator=(const setting&) = delete;
 
-    const settingtype type;
+    const settingtype type;  ///< the derived class
 
 protected:
-    explicit setting(settingtype kind) : type(kind) {}
+    explicit setting(settingtype kind) : type(kind) {}  ///< for the derived classes
 };
 
 /// A 32-bit integer; as a boolean, any value but 0 is true.
 class settingint : public setting {
 public:
-    explicit settingint(std::uint32_t number);
+    explicit settingint(std::uint32_t number);  ///< keeps `number`
 
-    std::uint32_t value;
+    std::uint32_t value;  ///< the 32 bits; a caller may read them as signed
 };
 
-/// A text, in UTF-8. May be empty, which is not the same as absent.
+/// A text. May be empty, which is not the same as absent.
 class settingstring : public setting {
 public:
-    explicit settingstring(std::string text);
+    explicit settingstring(std::string text);  ///< keeps `text`
 
-    std::string value;
+    std::string value;  ///< UTF-8
 };
 
-/// A list of texts in UTF-8, in the store's order. May have no elements.
+/// A list of texts, in the registry's order. May have no elements.
 class settingmultistring : public setting {
 public:
-    explicit settingmultistring(std::vector<std::string> texts);
+    explicit settingmultistring(std::vector<std::string> texts);  ///< keeps `texts`
 
-    std::vector<std::string> value;
+    std::vector<std::string> value;  ///< UTF-8
 };
 
+/// @name New values
 /// A new value of the kind that fits the payload.
-std::unique_ptr<setting> makesetting(std::uint32_t number);
-std::unique_ptr<setting> makesetting(std::string text);
-std::unique_ptr<setting> makesetting(std::vector<std::string> texts);
+/// @{
+std::unique_ptr<setting> makesetting(std::uint32_t number);            ///< a `settingint`
+std::unique_ptr<setting> makesetting(std::string text);                ///< a `settingstring`
+std::unique_ptr<setting> makesetting(std::vector<std::string> texts);  ///< a `settingmultistring`
+/// @}
 
 /// Values by name, ordered by the bytes of the name's UTF-8 text. No pointer in it is null.
 using settingsmap = std::map<std::string, std::shared_ptr<setting>, std::less<>>;

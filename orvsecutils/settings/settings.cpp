@@ -1,7 +1,7 @@
 #include "orvsecutils/settings/settings.h"
 
 #include "orvsecutils/platform/platform.h"
-#include "orvsecutils/settings/placement.h"
+#include "orvsecutils/settings/productnames.h"
 
 namespace orvsecutils {
 
@@ -14,7 +14,7 @@ const decltype(Kind::value)* payload(const setting* found, settingtype wanted) {
 }
 
 template <class Payload, class Output>
-bool hand(const Payload* payload, Output& output) {
+bool copyifpresent(const Payload* payload, Output& output) {
     if (!payload) {
         return false;
     }
@@ -48,27 +48,28 @@ const setting* settings::find(std::string_view name) const {
 }
 
 bool settings::getint(std::string_view name, std::uint32_t& value) const {
-    return hand(payload<settingint>(find(name), settingtype::integer), value);
+    return copyifpresent(payload<settingint>(find(name), settingtype::integer), value);
 }
 
 bool settings::getint(std::string_view name, std::int32_t& value) const {
-    return hand(payload<settingint>(find(name), settingtype::integer), value);
+    return copyifpresent(payload<settingint>(find(name), settingtype::integer), value);
 }
 
 bool settings::getbool(std::string_view name, bool& value) const {
-    return hand(payload<settingint>(find(name), settingtype::integer), value);
+    return copyifpresent(payload<settingint>(find(name), settingtype::integer), value);
 }
 
 bool settings::getstring(std::string_view name, std::string& value) const {
-    return hand(payload<settingstring>(find(name), settingtype::string), value);
+    return copyifpresent(payload<settingstring>(find(name), settingtype::string), value);
 }
 
 bool settings::getmultistring(std::string_view name, std::vector<std::string>& value) const {
-    return hand(payload<settingmultistring>(find(name), settingtype::multistring), value);
+    return copyifpresent(payload<settingmultistring>(find(name), settingtype::multistring), value);
 }
 
 void settings::setint(const std::string& name, std::uint32_t value) {
-    user[name] = makesetting(value);
+    // The value is complete before the map changes: there is never an entry without a value.
+    user.insert_or_assign(name, makesetting(value));
 }
 
 void settings::setbool(const std::string& name, bool value) {
@@ -76,7 +77,7 @@ void settings::setbool(const std::string& name, bool value) {
 }
 
 void settings::setstring(const std::string& name, const std::string& value) {
-    user[name] = makesetting(value);
+    user.insert_or_assign(name, makesetting(value));
 }
 
 bool settings::save() {

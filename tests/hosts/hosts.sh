@@ -3,7 +3,7 @@
 # does, and runs them. All of them print the same, whatever the compiler and the language.
 set -euo pipefail
 source=$1 build=$2 compiler=$3
-. "$source/script/paths"
+. "$source/script/prologue"
 package=$build/tests/hosts/package
 scratch=$build/tests/hosts/$compiler
 rm -rf "$scratch"
@@ -32,7 +32,9 @@ case $compiler in
       "$source/examples/signin-pascal/signin_pascal.pas"
     ;;
 esac
-cp "$package"/bin/{orvelloginc,OrvelLoginClientCLR}.dll .
+case $compiler in
+  csharp | pascal) cp "$package"/bin/{orvelloginc,OrvelLoginClientCLR}.dll . ;;
+esac
 cp -r "$build/bin/OrvelLoginManagerClient" .
 
 # The last line of both streams, and the status.

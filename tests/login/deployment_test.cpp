@@ -7,11 +7,14 @@
 #include <fstream>
 #include <string>
 
+#include "compiler_runtime.h"
 #include "tests/support/program.h"
 #include "tests/support/temporary_folder.h"
 
 namespace fs = std::filesystem;
+using testing::AllOf;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 namespace {
 
@@ -20,8 +23,10 @@ class Deployment {
 public:
     Deployment() {
         const fs::path built = program::ownfolder();
-        for (const wchar_t* name : {L"orvellogin.dll", L"OrvelLoginClientCLR.dll", L"libgcc_s_dw2-1.dll",
-                                    L"libstdc++-6.dll", L"libwinpthread-1.dll"}) {
+        for (const wchar_t* name : {L"orvellogin.dll", L"OrvelLoginClientCLR.dll"}) {
+            fs::copy_file(built / name, folder / name);
+        }
+        for (const char* name : compilerRuntime) {
             fs::copy_file(built / name, folder / name);
         }
         for (const wchar_t* name : {L"probe.exe", L"HostAssembly.dll"}) {
@@ -34,10 +39,15 @@ public:
 
     void spoil(const wchar_t* name) const { std::ofstream(folder / name, std::ios::trunc) << "no assembly"; }
 
-    /// What the probe prints for these steps.
-    std::string run(const std::wstring& steps) const {
-        return program(folder / L"probe.exe", steps, folder).wait().output;
+    /// Puts another make of a file, built for these tests, in its place.
+    void replace(const wchar_t* name, const wchar_t* other) const {
+        fs::copy_file(fs::path(PROBE_FOLDER) / other, folder / name, fs::copy_options::overwrite_existing);
     }
+
+    program start(const std::wstring& steps) const { return program(folder / L"probe.exe", steps, folder); }
+
+    /// What the probe prints for these steps.
+    std::string run(const std::wstring& steps) const { return start(steps).wait().output; }
 
 private:
     // Neither the library's folder nor the host's may be taken through a code page.
@@ -105,14 +115,52 @@ TEST(Deployment, MissingOrBrokenManagedPartIsNamed) {
 
 TEST(Deployment, ManagerOfAnotherVersionServesAsFarAsItHasTheMembers) {
     const Deployment deployment;
-    fs::copy_file(fs::path(PROBE_FOLDER) / L"old" / L"OrvelLoginClient.dll", deployment / manager,
-                  fs::copy_options::overwrite_existing);
+    deployment.replace(manager, L"old\\OrvelLoginClient.dll");
     // What is missing is found out inside a call and must not end the process.
-    const std::string printed = deployment.run(L"construct tenant token login platform tenant destroy");
-    EXPECT_THAT(printed, HasSubstr("construct: done\ntenant: Old Works\ntoken: System.MissingMethodException: "));
+    const std::string printed = deployment.run(L"construct tenant kelpa login platform tenant destroy");
+    EXPECT_THAT(printed, HasSubstr("construct: done\ntenant: Old Works\nkelpa: System.MissingMethodException: "));
     EXPECT_THAT(printed, HasSubstr("\nlogin: System.MissingFieldException: "));
     EXPECT_THAT(printed,
                 HasSubstr("\nplatform: OrvelLoginClient.SilentException: \ntenant: Old Works\ndestroy: done\n"));
+}
+
+TEST(Deployment, SharedTypesOfAnotherMakeCostTheStatusAndNothingElse) {
+    struct {
+        const wchar_t* types;
+        const char* failure;
+    } const rows[] = {
+        {L"property\\loginManagerUtils.dll", "loginManagerUtils.LoginManagerException"},
+        {L"none\\loginManagerUtils.dll", "System.TimeoutException"},
+    };
+    for (const auto& row : rows) {
+        const Deployment deployment;
+        deployment.replace(manager, L"old\\OrvelLoginClient.dll");
+        deployment.replace(managerTypes, row.types);
+        EXPECT_EQ(deployment.run(L"construct token tenant token destroy"),
+                  std::string("construct: done\ntoken: ") + row.failure +
+                      ": refused\ntenant: Old Works\ntoken: " + row.failure + ": refused\ndestroy: done\n");
+    }
+}
+
+TEST(Deployment, HalfAnUpdateIsNamedWithBothFilesAndVersions) {
+    for (const wchar_t* part : {L"earlier\\OrvelLoginClientCLR.dll", L"later\\OrvelLoginClientCLR.dll"}) {
+        const Deployment deployment;
+        deployment.replace(L"OrvelLoginClientCLR.dll", part);
+        EXPECT_THAT(deployment.run(L"construct"),
+                    AllOf(StartsWith("construct: these two files do not belong together: "),
+                          HasSubstr("\\orvellogin.dll (version 1.0.0.0) and "),
+                          HasSubstr("\\OrvelLoginClientCLR.dll (version 0.9.8.7); take both from one package")));
+    }
+}
+
+TEST(Deployment, AClientOfAPlugInLeavesTheHostsExitStatusAlone) {
+    const Deployment deployment;
+    fs::copy_file(fs::path(PROBE_FOLDER) / L"plugin.dll", deployment / L"plugin.dll");
+    for (const wchar_t* steps : {L"exit", L"plugin exit"}) {
+        const program::outcome ended = deployment.start(steps).wait();
+        EXPECT_EQ(ended.status, 7u);
+        EXPECT_EQ(ended.errors, "");
+    }
 }
 
 TEST(Deployment, HandlerServesAnyAssemblyByItsSimpleNameAndNothingElse) {

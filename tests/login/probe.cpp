@@ -1,9 +1,12 @@
 // A host program for tests of deployments: carries out the steps given as arguments and prints what each ended in.
 
+#include <windows.h>
+
 #include <fcntl.h>
 #include <io.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -32,6 +35,13 @@ std::wstring carryOut(const std::wstring& step) {
         return client->getAccessToken();
     } else if (step == L"platform") {
         return client->getPlatFormURL();
+    } else if (step == L"kelpa") {
+        return client->getKelpaURL();
+    } else if (step == L"plugin") {
+        const FARPROC signIn = GetProcAddress(LoadLibraryW(L"plugin.dll"), "signIn");
+        reinterpret_cast<void (*)()>(reinterpret_cast<void*>(signIn))();
+    } else if (step == L"exit") {
+        std::exit(7);
     } else if (step == L"destroy") {
         client.reset();
     } else if (step == L"repair") {

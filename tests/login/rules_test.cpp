@@ -1,27 +1,70 @@
 // What the native side decides by itself, against a managed part played here that creates no manager.
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include <algorithm>
 #include <climits>
+#include <cwchar>
 #include <functional>
+#include <new>
 #include <string>
 
 #include "login/LibraryFile.h"
+#include "login/LoginManagerClient.h"
 #include "login/LoginManagerClientCLR.h"
 #include "login/RuntimeFailure.h"
 #include "login/Wiping.h"
 #include "outcome.h"
 
 using namespace OrvelLoginClientCLR;
+using testing::StartsWith;
 
 namespace {
 
+// A string as the managed part fills it in.
+struct PlayedString {
+    wchar_t* bstr;
+    std::int32_t length;
+    wchar_t buffer[256];
+};
+static_assert(sizeof(PlayedString) == sizeof(ManagedString), "one layout");
+
+void play(ManagedString& text, const wchar_t* value) {
+    auto& played = reinterpret_cast<PlayedString&>(text);
+    played.length = static_cast<std::int32_t>(std::wcslen(value));
+    std::wmemcpy(played.buffer, value, static_cast<std::size_t>(played.length));
+}
+
+std::int32_t createdManager = 0;
+const wchar_t* seenSecret = nullptr;
+
 ManagerMembers playedMembers() {
     ManagerMembers members;  // a member that is called all the same ends the test
-    members.create.call = [](ManagerHandle, const TextArgument*, const TextArgument*, void*,
-                             ManagedFailure*) -> std::int32_t { return 0; };
+    members.create.call = [](ManagerHandle, const TextArgument*, const TextArgument*, void* result,
+                             ManagedFailure*) -> std::int32_t {
+        static_cast<ManagedCreation*>(result)->manager = createdManager;
+        return 0;
+    };
+    members.dispose.call = [](ManagerHandle, const TextArgument*, const TextArgument*, void*,
+                              ManagedFailure*) -> std::int32_t { return 0; };
     members.stopDNMListener.call = [](ManagerHandle manager, const TextArgument*, const TextArgument*, void*,
                                       ManagedFailure*) -> std::int32_t { return manager == 0 ? 0 : 1; };
+    members.loginWith.call = [](ManagerHandle, const TextArgument*, const TextArgument* password, void* result,
+                                ManagedFailure*) -> std::int32_t {
+        seenSecret = password->chars;
+        auto& record = *static_cast<ManagedRecord*>(result);
+        record.present = 1;
+        for (ManagedString* field : {&record.statusDescription, &record.userName, &record.firstName, &record.lastName,
+                                     &record.rowId, &record.aliasName}) {
+            play(*field, L"");
+        }
+        return 0;
+    };
+    members.isDunmorePlatformTokenExpired.call = [](ManagerHandle, const TextArgument* token, const TextArgument*,
+                                                    void*, ManagedFailure*) -> std::int32_t {
+        seenSecret = token->chars;
+        return 0;
+    };
     return members;
 }
 
@@ -82,14 +125,47 @@ TEST(Paths, LoseThePrefixThatTheRuntimeRejects) {
     }
 }
 
-TEST(Secrets, AreWipedWithAllOfTheirMemory) {
+TEST(Failures, ExplainWhyTheRuntimeRefusesAFile) {
+    struct {
+        unsigned hresult;
+        const char* words;
+    } const rows[] = {
+        {0x80131515, "the file is marked as coming from the internet; unblock the ZIP in its properties"},
+        {0x80131513, "the file is of another version"},
+        {0x80131522, "the file is of another version"},
+        {0x80131018, "the file is damaged, is no assembly, or is for 64-bit processes"},
+        {0x8007000B, "the file is damaged, is no assembly, or is for 64-bit processes"},
+        {0x80004005, "the runtime gives no other reason than its code"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_THAT(cannotRun(L"A.B of C", static_cast<std::int32_t>(row.hresult)).what(),
+                    StartsWith(std::string("the runtime cannot run A.B of C: ") + row.words));
+    }
+}
+
+bool isZero(const wchar_t* memory, int units) {
+    return std::count(memory, memory + units, L'\0') == units;
+}
+
+TEST(Secrets, AreWipedBeforeTheirMemoryIsFreed) {
+    createdManager = 1;
+    LoginManagerClient client(nullptr, nullptr, uiLangFallback);
+    // The strings that were passed live to the end of the full expression, so their memory can still be looked at.
+    EXPECT_TRUE((client.login(L"a name of some length", L"a secret of some length"), isZero(seenSecret, 23)));
+    EXPECT_TRUE((client.isDunmorePlatformTokenExpired(L"a secret of some length"), isZero(seenSecret, 23)));
+
+    alignas(ManagedString) unsigned char memory[sizeof(ManagedString)];
+    auto* text = new (memory) ManagedString;
+    play(*text, L"token");
+    EXPECT_EQ(text->toNative(), L"token");
+    text->~ManagedString();
+    EXPECT_TRUE(isZero(reinterpret_cast<PlayedString*>(memory)->buffer, 5));
+
     std::wstring secret(100, L's');
-    const wchar_t* const memory = secret.data();
+    const wchar_t* const start = secret.data();
     secret.resize(10);
     { const WipedAtEnd wiped(secret); }
-    for (int unit = 0; unit < 100; ++unit) {
-        EXPECT_EQ(memory[unit], L'\0') << unit;
-    }
+    EXPECT_TRUE(isZero(start, 100)) << "what lies behind the end, too";
 }
 
 }  // namespace
@@ -105,6 +181,8 @@ bool callManaged(ManagedCall member, ManagerHandle manager, const TextArgument* 
                  void* result, ManagedFailure& failure) {
     return member(manager, first, second, result, &failure) == 0;
 }
+
+void registerResolveHandler() {}
 
 void throwUntranslated(const ManagedFailure& failure) {
     throw managedFailure(L"Failure", L"", failure.hresult);

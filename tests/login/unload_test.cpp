@@ -3,6 +3,10 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <string>
+
+#include "tests/support/program.h"
+
 namespace {
 
 // A member's convention is that of a fast call whose second argument is not used.
@@ -12,8 +16,10 @@ Function* member(const char* decorated) {
     return reinterpret_cast<Function*>(reinterpret_cast<void*>(address));
 }
 
+// The path is one that the runtime itself would reject.
 bool staysLoaded(bool withManager) {
-    const HMODULE library = LoadLibraryW(L"orvellogin.dll");
+    const std::wstring path = L"\\\\?\\" + (program::ownfolder() / L"orvellogin.dll").native();
+    const HMODULE library = LoadLibraryW(path.c_str());
     alignas(8) unsigned char client[64];
     member<void __fastcall(void*, int, void (*)(), void (*)(), int)>("_ZN18LoginManagerClientC1EPFvvES1_6uiLang")(
         client, 0, nullptr, nullptr, 0);

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "orvsecutils/platform/appendfile.h"
+#include "orvsecutils/log/appendfile.h"
 #include "orvsecutils/platform/unicode.h"
 #include "tests/orvsecutils/sandbox.h"
 #include "tools/orvdiag/assembly.h"

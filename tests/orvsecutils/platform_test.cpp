@@ -6,29 +6,37 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <locale>
 #include <string>
+#include <thread>
 #include <tuple>
 #include <vector>
 
-#include "orvsecutils/platform/handles.h"
 #include "orvsecutils/platform/platform.h"
 #include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/platform/windows/filetime.h"
+#include "orvsecutils/platform/windows/handles.h"
 #include "tests/support/temporary_folder.h"
 
 using namespace orvsecutils;
 
 namespace {
 
-const platform& here = currentplatform();
+const platform& windows = currentplatform();
 
-// Another way to know what the platform tells.
+// Another source of what the platform tells.
 std::string environment(const wchar_t* name) {
     wchar_t value[1000];
     return toutf8({value, GetEnvironmentVariableW(name, value, 1000)});
+}
+
+FILETIME filetime(std::int64_t seconds) {
+    const std::int64_t ticks = (seconds + 11644473600) * 10000000;
+    return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
 }
 
 class Files : public testing::Test {
@@ -46,23 +54,39 @@ protected:
 
 TEST(Facts, AgreeWithTheEnvironment) {
     const std::pair<std::string, const wchar_t*> cases[] = {
-        {here.username(), L"USERNAME"},
-        {here.profilefolder(), L"USERPROFILE"},
-        {here.localappdatafolder(), L"LOCALAPPDATA"},
-        {here.roamingappdatafolder(), L"APPDATA"},
-        {here.programfilesfolder(), L"ProgramFiles"},
-        {here.programfilesx86folder(), L"ProgramFiles(x86)"},
-        {here.publicfolder(), L"PUBLIC"},
+        {windows.username(), L"USERNAME"},
+        {windows.profilefolder(), L"USERPROFILE"},
+        {windows.localappdatafolder(), L"LOCALAPPDATA"},
+        {windows.roamingappdatafolder(), L"APPDATA"},
+        {windows.programfilesfolder(), L"ProgramFiles"},
+        {windows.programfilesx86folder(), L"ProgramFiles(x86)"},
+        {windows.publicfolder(), L"PUBLIC"},
     };
     for (const auto& [actual, variable] : cases) {
         EXPECT_EQ(actual, environment(variable)) << toutf8(variable);
         EXPECT_NE(actual, "");
     }
-    std::string computer = here.computername();
+    std::string computer = windows.computername();
     std::transform(computer.begin(), computer.end(), computer.begin(), ::toupper);
     EXPECT_EQ(computer.substr(0, 15), environment(L"COMPUTERNAME"));  // the variable has the NetBIOS name
-    EXPECT_EQ(here.executablename(), "orvsecutils_platform_test.exe");
-    EXPECT_TRUE(here.pathexists(here.executablefolder() + "\\" + here.executablename()));
+    EXPECT_EQ(windows.executablename(), "orvsecutils_platform_test.exe");
+    EXPECT_TRUE(windows.pathexists(windows.executablefolder() + "\\" + windows.executablename()));
+}
+
+// Also run with several languages and time zones in the environment.
+TEST(Environment, DecidesLanguageAndFileTimes) {
+    const std::string expected = environment(L"EXPECTED_LANGUAGE");
+    EXPECT_EQ(std::to_string(windows.uilanguage()), expected.empty() ? "3" : expected);
+
+    // A time comes out off by the difference between today's offset from UTC and its own.
+    TIME_ZONE_INFORMATION zone;
+    const bool summer = GetTimeZoneInformation(&zone) == TIME_ZONE_ID_DAYLIGHT,
+               hassummer = zone.DaylightDate.wMonth != 0;
+    for (const std::int64_t seconds : {1705320000, 1721044800}) {  // January and July 2024
+        const bool wassummer = hassummer && seconds == 1721044800;
+        EXPECT_EQ(calendartime(filetime(seconds)), seconds + 3600 * (summer - wassummer)) << seconds;
+    }
+    EXPECT_EQ(calendartime({}), -1) << "in the year 1601";
 }
 
 TEST(Facts, NumbersAreNotGroupedByTheHostsLocale) {
@@ -70,7 +94,8 @@ TEST(Facts, NumbersAreNotGroupedByTheHostsLocale) {
         std::string do_grouping() const override { return "\1"; }
     };
     const std::locale before = std::locale::global(std::locale(std::locale(), new grouping));
-    const std::string version = here.osversion(), languages = here.languageids(), processors = here.processorinfo();
+    const std::string version = windows.osversion(), languages = windows.languageids(),
+                      processors = windows.processorinfo();
     std::locale::global(before);
     EXPECT_EQ(std::count(version.begin(), version.end(), ','), 4) << version;
     EXPECT_EQ(languages, std::to_string(GetUserDefaultLangID()) + "," + std::to_string(GetSystemDefaultLangID()));
@@ -92,8 +117,8 @@ TEST(Paths, AreTakenApartAtTheirLastComponent) {
         {longPath + "\\" + std::string(300, 'y'), longPath, std::string(300, 'y')},
     };
     for (const auto& [path, parent, name] : cases) {
-        EXPECT_EQ(here.parentfolder(path), parent) << path;
-        EXPECT_EQ(here.filename(path), name) << path;
+        EXPECT_EQ(windows.parentfolder(path), parent) << path;
+        EXPECT_EQ(windows.filename(path), name) << path;
     }
 }
 
@@ -113,7 +138,7 @@ TEST(Paths, AreJoinedWithOneSeparatorOrNotAtAll) {
         {"a", std::string(100000, 'b'), ""},
     };
     for (const auto& [path, more, joined] : cases) {
-        EXPECT_EQ(here.appendpath(path, more), joined) << path << " and " << more.substr(0, 20);
+        EXPECT_EQ(windows.appendpath(path, more), joined) << path << " and " << more.substr(0, 20);
     }
 }
 
@@ -126,8 +151,11 @@ TEST_F(Files, FoldersAreMadeUnlessSomethingIsInTheWay) {
         {folder + deep, true},
         {folder + deep, true},
         {folder + "\\sub\\", true},
+        {folder + "\\new\\sub\\", true},
+        {folder + "/one/two/three", true},
         {plain, false},
         {plain + "\\below\\further", false},
+        {plain + "/below", false},
         {folder + "\\a?\\b", false},
         {longPath, true},
         {"", false},
@@ -136,37 +164,63 @@ TEST_F(Files, FoldersAreMadeUnlessSomethingIsInTheWay) {
         {"\\\\orvsecutils.invalid\\share\\a\\b", false},
     };
     for (const auto& [path, made] : cases) {
-        EXPECT_EQ(here.createdirectory(path), made) << path;
-        EXPECT_EQ(here.directoryexists(path), made) << path;
+        EXPECT_EQ(windows.createdirectory(path), made) << path;
+        EXPECT_EQ(windows.directoryexists(path), made) << path;
     }
     std::filesystem::remove(toutf16(longPath));  // too long for remove_all
-    EXPECT_TRUE(here.pathexists(plain) && !here.directoryexists(plain));
+    EXPECT_TRUE(windows.pathexists(plain));
     std::ifstream content(toutf16(plain).c_str());
     EXPECT_EQ(content.get(), 'c') << "the file in the way is left alone";
 }
 
+TEST_F(Files, FoldersMayBeMadeByOthersAtTheSameMoment) {
+    std::atomic<int> arrived{0}, refused{0};
+    std::vector<std::thread> makers;
+    for (int maker = 0; maker < 4; ++maker) {
+        makers.emplace_back([&] {
+            for (int round = 1; round <= 50; ++round) {
+                for (++arrived; arrived < 4 * round;) {
+                }
+                refused += !windows.createdirectory(folder + "\\outer" + std::to_string(round) + "\\inner");
+            }
+        });
+    }
+    for (std::thread& maker : makers) {
+        maker.join();
+    }
+    EXPECT_EQ(refused, 0);
+}
+
 TEST_F(Files, TimesAndNamesOfEntriesAreTold) {
     std::int64_t creation = 1, access = 2, write = 3;
-    EXPECT_FALSE(here.filetimes(folder + "\\none", creation, access, write));
-    EXPECT_TRUE(creation == 1 && access == 2 && write == 3) << "untouched on failure";
+    EXPECT_FALSE(windows.filetimes(folder + "\\none", creation, access, write));
+    EXPECT_THAT(std::tie(creation, access, write), testing::FieldsAre(1, 2, 3)) << "untouched on failure";
 
     const std::string path = file("\xE5\xAD\x97.txt", "");
-    here.createdirectory(folder + "\\sub");
-    const std::int64_t now = std::time(nullptr);
-    EXPECT_TRUE(currentplatform().filetimes(path, creation, access, write));
+    windows.createdirectory(folder + "\\sub");
+    {
+        const filehandle opened(
+            CreateFileW(toutf16(path).c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        const FILETIME times[] = {filetime(3000), filetime(2000), filetime(3000)};
+        EXPECT_TRUE(SetFileTime(opened.get(), &times[0], &times[1], &times[2]));
+    }
     std::vector<fileentry> entries = {{"old", 0}};
-    EXPECT_FALSE(here.findfiles(folder + "\\*.none", entries));
-    EXPECT_TRUE(entries.empty());
-    EXPECT_TRUE(here.findfiles(folder + "\\*", entries));
-    const auto lately = [&](std::int64_t time) { return std::abs(time - now) <= 5; };
-    EXPECT_TRUE(lately(creation) && lately(access) && lately(write));
-    const auto entry = [&](const char* name) { return testing::FieldsAre(name, testing::Truly(lately)); };
-    EXPECT_THAT(entries, testing::UnorderedElementsAre(entry("sub"), entry("\xE5\xAD\x97.txt")));
+    EXPECT_FALSE(windows.findfiles(folder + "\\*.none", entries));
+    EXPECT_THAT(entries, testing::IsEmpty());
+    EXPECT_TRUE(windows.findfiles(folder + "\\*", entries));
+    EXPECT_TRUE(currentplatform().filetimes(path, creation, access, write));
+    // Wine has no time of creation but that of the last write.
+    EXPECT_THAT(
+        std::tie(creation, access, write),
+        testing::FieldsAre(calendartime(filetime(3000)), calendartime(filetime(2000)), calendartime(filetime(3000))));
+    const auto lately = [](std::int64_t time) { return std::abs(time - std::time(nullptr)) <= 5; };
+    EXPECT_THAT(entries, testing::UnorderedElementsAre(testing::FieldsAre("sub", testing::Truly(lately)),
+                                                       testing::FieldsAre("\xE5\xAD\x97.txt", write)));
 
-    here.deletefile(folder + "\\sub");
-    here.deletefile(path);
-    EXPECT_TRUE(here.pathexists(folder + "\\sub")) << "a folder is not a file";
-    EXPECT_FALSE(here.pathexists(path));
+    windows.deletefile(folder + "\\sub");
+    windows.deletefile(path);
+    EXPECT_TRUE(windows.pathexists(folder + "\\sub")) << "a folder is not a file";
+    EXPECT_FALSE(windows.pathexists(path));
 }
 
 TEST_F(Files, IniValuesAreCutWhereTheBufferEnds) {
@@ -183,19 +237,20 @@ TEST_F(Files, IniValuesAreCutWhereTheBufferEnds) {
     };
     for (const auto& [section, key, expected] : cases) {
         std::string value = "old";
-        EXPECT_EQ(here.readinivalue(path, section, key, value), !expected.empty()) << key;
+        EXPECT_EQ(windows.readinivalue(path, section, key, value), !expected.empty()) << key;
         EXPECT_EQ(value, expected) << key;
     }
 }
 
 TEST_F(Files, ProcessesAreRunToTheirEnd) {
     const std::string shell = environment(L"ComSpec");
-    EXPECT_EQ(here.runprocess(shell, {"/c", "exit", "7"}), 7);
+    EXPECT_EQ(windows.runprocess(shell, {"/c", "exit", "7"}), 7);
     const std::string output = folder + "\\output";
     EXPECT_EQ(
-        here.runprocess(shell, {"/c", "ping", "-n", "2", "127.0.0.1", ">nul", "&", "mkdir", "\"" + output + "\""}), 0);
-    EXPECT_TRUE(here.directoryexists(output)) << "waited for the end";
-    EXPECT_EQ(here.runprocess(folder + "\\none.exe", {"a"}), -1);
+        windows.runprocess(shell, {"/c", "ping", "-n", "2", "127.0.0.1", ">nul", "&", "mkdir", "\"" + output + "\""}),
+        0);
+    EXPECT_TRUE(windows.directoryexists(output)) << "waited for the end";
+    EXPECT_EQ(windows.runprocess(folder + "\\none.exe", {"a"}), -1);
 }
 
 TEST(Services, AreToldAsTheyWereInstalled) {
@@ -207,7 +262,7 @@ TEST(Services, AreToldAsTheyWereInstalled) {
                                                nullptr, nullptr));
     ASSERT_TRUE(service);
     serviceconfiguration actual = {};
-    const bool found = here.serviceconfig(name, actual);
+    const bool found = windows.serviceconfig(name, actual);
     DeleteService(service.get());
     EXPECT_TRUE(found);
     // Not the dependencies: Wine does not keep them.
@@ -218,6 +273,6 @@ TEST(Services, AreToldAsTheyWereInstalled) {
         testing::FieldsAre("C:\\\xD0\x96 none\\service.exe -k", "test group", "LocalSystem", "Test \xE5\xAD\x97"));
 
     actual.displayname = "kept";
-    EXPECT_FALSE(here.serviceconfig(name + "-none", actual));
+    EXPECT_FALSE(windows.serviceconfig(name + "-none", actual));
     EXPECT_EQ(actual.displayname, "kept");
 }

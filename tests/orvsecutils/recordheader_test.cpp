@@ -1,10 +1,13 @@
+#include <windows.h>
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <sstream>
 #include <tuple>
 
 #include "orvsecutils/log/recordheader.h"
-#include "orvsecutils/platform/timezone.h"
+#include "orvsecutils/log/walltime.h"
 
 using namespace orvsecutils;
 
@@ -16,7 +19,9 @@ std::string text(const walltime& time) {
 }
 
 TEST(RecordHeader, WritesEveryFieldAtItsWidth) {
-    EXPECT_EQ(recordheader({2026, 11, 13, 23, 6, 40, 60}, 1, "host.exe"), "11/13/2026 23:06:40+0100,warn,host.exe,");
+    std::stringbuf header;
+    putheader(header, {2026, 11, 13, 23, 6, 40, 60}, 1, "host.exe");
+    EXPECT_EQ(header.str(), "11/13/2026 23:06:40+0100,warn,host.exe,");
     EXPECT_EQ(text({2027, 1, 2, 3, 4, 5, 0}), "01/02/2027 03:04:05+0000");
     EXPECT_EQ(text({2027, 1, 2, 3, 4, 5, -30}), "01/02/2027 03:04:05-0030");
 }
@@ -51,6 +56,18 @@ TEST(LocalTime, FollowsTheZoneThroughTheYear) {
     };
     for (const auto& row : cases) {
         EXPECT_EQ(text(atoffset(row.moment, utcoffset(row.moment, &row.zone))), row.text);
+    }
+}
+
+TEST(LocalTime, HasTheSystemsCalendar) {
+    constexpr std::int64_t day = 24LL * 60 * 60 * 10'000'000;
+    for (std::int64_t moment = day / 2 - 1; moment < 1000 * 365 * day; moment += day) {
+        const FILETIME time = {static_cast<DWORD>(moment), static_cast<DWORD>(moment >> 32)};
+        SYSTEMTIME fields = {};
+        FileTimeToSystemTime(&time, &fields);
+        const walltime own = atoffset(moment, 0);
+        ASSERT_EQ(std::tuple(own.year, own.month, own.day, own.hour, own.minute, own.second),
+                  std::tuple(fields.wYear, fields.wMonth, fields.wDay, 11, 59, 59));
     }
 }
 

@@ -7,12 +7,10 @@
 #include <stdexcept>
 #include <string>
 
-#include "orvsecutils/platform/arguments.h"
-#include "orvsecutils/platform/dependencies.h"
-#include "orvsecutils/platform/grouppath.h"
 #include "orvsecutils/platform/platformerror.h"
-#include "orvsecutils/platform/registryvalue.h"
+#include "orvsecutils/platform/rules.h"
 #include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/platform/windows/registryformat.h"
 
 using namespace orvsecutils;
 using namespace std::string_literals;
@@ -86,6 +84,48 @@ TEST(Unicode, BuffersThatCannotBeHadSaySo) {
     EXPECT_EQ(failure(-1), platformerror::invalidargument);
     EXPECT_EQ(failure(std::numeric_limits<std::int64_t>::max()), platformerror::invalidargument);
     EXPECT_EQ(failure(static_cast<std::int64_t>(std::wstring().max_size())), platformerror::generalfailure);
+}
+
+TEST(Rules, LanguagesHaveTheLibrarysNumbers) {
+    const struct {
+        int language, sublanguage, code;
+    } cases[] = {
+        {LANG_CHINESE, SUBLANG_CHINESE_TRADITIONAL, 0},
+        {LANG_CHINESE, SUBLANG_CHINESE_SIMPLIFIED, 1},
+        {LANG_CHINESE, SUBLANG_CHINESE_HONGKONG, 3},
+        {LANG_CZECH, 1, 2},
+        {LANG_ENGLISH, SUBLANG_ENGLISH_UK, 3},
+        {LANG_DUTCH, 1, 3},
+        {LANG_FRENCH, SUBLANG_FRENCH_CANADIAN, 4},
+        {LANG_GERMAN, SUBLANG_GERMAN_AUSTRIAN, 5},
+        {LANG_ITALIAN, 1, 6},
+        {LANG_JAPANESE, 1, 7},
+        {LANG_KOREAN, 1, 8},
+        {LANG_POLISH, 1, 9},
+        {LANG_PORTUGUESE, SUBLANG_PORTUGUESE_BRAZILIAN, 10},
+        {LANG_PORTUGUESE, SUBLANG_PORTUGUESE, 3},
+        {LANG_RUSSIAN, 1, 11},
+        {LANG_SPANISH, 63, 12},
+        {LANG_TURKISH, 1, 13},
+    };
+    for (const auto& [language, sublanguage, code] : cases) {
+        EXPECT_EQ(languagecode(MAKELANGID(language, sublanguage)), code) << language << '/' << sublanguage;
+    }
+}
+
+TEST(Rules, TheLastAdaptersAddressWins) {
+    struct fake final : wmi {
+        bool query(const std::string& text, std::vector<wmirow>& found) const override {
+            EXPECT_EQ(text, "SELECT MACAddress FROM Win32_NetworkAdapterConfiguration WHERE IPEnabled=TRUE");
+            found = rows;
+            return !rows.empty();
+        }
+        std::vector<wmirow> rows;
+    } connection;
+    EXPECT_EQ(adapteraddress(&connection), "");
+    connection.rows = {{{"MACAddress", "02"}}, {{"MACAddress", "01"}}, {{"Caption", "03"}}, {}};
+    EXPECT_EQ(adapteraddress(&connection), "01");
+    EXPECT_EQ(adapteraddress(nullptr), "") << "without a connection";
 }
 
 TEST(Rules, TextsAreJoinedAsTheyAre) {

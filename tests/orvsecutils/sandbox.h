@@ -7,16 +7,16 @@
 #include <string>
 #include <vector>
 
-#include "orvsecutils/platform/handles.h"
+#include "orvsecutils/platform/windows/handles.h"
 #include "tests/support/program.h"
 #include "tests/support/temporary_folder.h"
 
-/// A profile folder and a logging switch of the test's own, for the programs that it starts. Puts back what it changes;
-/// one at a time in the whole session, whichever test program it belongs to. The profile folder moves under Wine only.
+/// A profile folder and a logging switch of the test's own, for the programs that it starts. Restores what it changes;
+/// a session lock lets only one test program have it at a time. The profile folder moves under Wine only.
 class sandbox {
 public:
-    sandbox() : turn(CreateMutexW(nullptr, FALSE, L"orvsecutils.tests.sandbox")) {
-        WaitForSingleObject(turn.get(), INFINITE);
+    sandbox() : sessionlock(CreateMutexW(nullptr, FALSE, L"orvsecutils.tests.sandbox")) {
+        WaitForSingleObject(sessionlock.get(), INFINITE);
         moveprofile(profile);
     }
 
@@ -24,7 +24,7 @@ public:
         clearswitch(HKEY_CURRENT_USER);
         clearswitch(HKEY_LOCAL_MACHINE);
         RegDeleteKeyValueW(HKEY_CURRENT_USER, shellfolders, profileid);
-        ReleaseMutex(turn.get());
+        ReleaseMutex(sessionlock.get());
     }
 
     sandbox(const sandbox&) = delete;
@@ -37,16 +37,14 @@ public:
 
     void setswitch(HKEY hive, DWORD value, DWORD type = REG_DWORD) {
         HKEY key = nullptr;
-        RegCreateKeyExW(hive, L"software\\Orvel\\LoginManager\\Debug", 0, nullptr, 0, KEY_WRITE | KEY_WOW64_64KEY,
-                        nullptr, &key, nullptr);
+        RegCreateKeyExW(hive, switchkey, 0, nullptr, 0, KEY_WRITE | KEY_WOW64_64KEY, nullptr, &key, nullptr);
         const orvsecutils::registrykey owner(key);
         RegSetValueExW(key, L"Logging", 0, type, reinterpret_cast<const BYTE*>(&value), sizeof value);
     }
 
     void clearswitch(HKEY hive) {
-        // Each stays when it has other keys in it.
-        for (const wchar_t* path :
-             {L"software\\Orvel\\LoginManager\\Debug", L"software\\Orvel\\LoginManager", L"software\\Orvel"}) {
+        // A key that has other keys in it stays.
+        for (const wchar_t* path : {switchkey, L"software\\Orvel\\LoginManager", L"software\\Orvel"}) {
             RegDeleteKeyExW(hive, path, KEY_WOW64_64KEY, 0);
         }
     }
@@ -61,6 +59,8 @@ public:
     program::outcome run(const char* executable, const std::wstring& arguments) const {
         return start(executable, arguments).wait();
     }
+
+    static constexpr wchar_t switchkey[] = L"software\\Orvel\\LoginManager\\Debug";
 
     /// The lines of the log, with TIME for each time of the right form.
     std::vector<std::string> logged() const {
@@ -82,7 +82,7 @@ private:
         L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
     static constexpr wchar_t profileid[] = L"{5E6C858F-0E22-4760-9AFE-EA3317B67173}";
 
-    orvsecutils::filehandle turn;
+    orvsecutils::kernelhandle sessionlock;
     const temporary_folder temporary;
     const std::filesystem::path& profile = temporary.path;
 };

@@ -2,15 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "orvsecutils/platform/handles.h"
 #include "orvsecutils/platform/platform.h"
 #include "orvsecutils/platform/unicode.h"
-#include "orvsecutils/settings/placement.h"
+#include "orvsecutils/platform/windows/handles.h"
+#include "orvsecutils/platform/windows/registry.h"
+#include "orvsecutils/settings/productnames.h"
 #include "orvsecutils/settings/settings.h"
 
 using namespace orvsecutils;
@@ -143,7 +146,24 @@ TEST_F(Settings, NamesOfAnyScriptAndLengthAreFound) {
 
 TEST_F(Settings, TextThatIsNotUtf16IsReportedNotChanged) {
     user.write(L"a", REG_SZ, bytesOf(L"\xD800\0"sv));
+    user.write(L"\xDC00", REG_DWORD, one);
+    user.write(L"z", REG_DWORD, two);
     EXPECT_THROW(settings{definition}, std::range_error);
+    std::vector<std::wstring> malformed;
+    const settingsmap others = readgroup(settingsscope::user, definition, &malformed);
+    EXPECT_EQ(std::set<std::wstring>(malformed.begin(), malformed.end()), (std::set<std::wstring>{L"a", L"\xDC00"}));
+    EXPECT_EQ(others.size(), 1u);
+    EXPECT_EQ(describe(others.at("z").get()), "2");
+}
+
+TEST_F(Settings, WhatCannotBeConvertedIsNotWrittenInPart) {
+    for (const auto& [name, text] : {std::pair("z\xFF", ""), {"z", "\xFF"}}) {
+        settings group(definition);
+        group.setint("a", 1);
+        group.setstring(name, text);
+        EXPECT_THROW(group.save(), std::range_error);
+        EXPECT_EQ(user.read(L"a"), "-");
+    }
 }
 
 TEST_F(Settings, TheUsersValueWinsWhateverItsKind) {
@@ -154,23 +174,34 @@ TEST_F(Settings, TheUsersValueWinsWhateverItsKind) {
     machine.write(L"Machine", REG_DWORD, "\xFE\xFF\xFF\xFF");
     user.write(L"list", REG_MULTI_SZ, bytesOf(L"a\0b\0\0"sv));
     const settings group(definition);
-    std::uint32_t number = 99;
-    std::int32_t signedNumber = 99;
-    bool truth = false;
-    std::string text = "kept";
-    std::vector<std::string> list = {"kept"};
-
-    EXPECT_FALSE(group.getint("kinds", number) || group.getint("kinds", signedNumber) || group.getbool("kinds", truth));
-    EXPECT_FALSE(group.getstring("both", text) || group.getstring("list", text) || group.getstring("none", text));
-    EXPECT_FALSE(group.getmultistring("kinds", list) || group.getmultistring("none", list));
-    EXPECT_FALSE(group.getint("machine", number)) << "names are compared exactly";
-    EXPECT_TRUE(number == 99 && signedNumber == 99 && !truth && text == "kept" && list.size() == 1);
-
-    EXPECT_TRUE(group.getint("both", number) && group.getint("Machine", signedNumber));
-    EXPECT_TRUE(group.getbool("Machine", truth) && group.getstring("kinds", text) &&
-                group.getmultistring("list", list));
-    EXPECT_TRUE(number == 1 && signedNumber == -2 && truth && text == "1");
-    EXPECT_EQ(list, (std::vector<std::string>{"a", "b"}));
+    constexpr bool found = true, missing = false;
+    const struct {
+        const char* name;
+        bool integer, text, list;  // which getters succeed
+    } cases[] = {
+        {"both", found, missing, missing},    {"kinds", missing, found, missing},
+        {"Machine", found, missing, missing}, {"machine", missing, missing, missing},
+        {"list", missing, missing, found},    {"none", missing, missing, missing},
+    };
+    const std::map<std::string, std::uint32_t> numbers = {{"both", 1}, {"Machine", 0xFFFFFFFE}};
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.name);
+        std::uint32_t number = 99;
+        std::int32_t signedNumber = 99;
+        bool truth = false;
+        std::string text = "kept";
+        std::vector<std::string> list = {"kept"};
+        EXPECT_EQ(group.getint(row.name, number), row.integer);
+        EXPECT_EQ(group.getint(row.name, signedNumber), row.integer);
+        EXPECT_EQ(group.getbool(row.name, truth), row.integer);
+        EXPECT_EQ(group.getstring(row.name, text), row.text);
+        EXPECT_EQ(group.getmultistring(row.name, list), row.list);
+        EXPECT_EQ(number, row.integer ? numbers.at(row.name) : 99);
+        EXPECT_EQ(signedNumber, static_cast<std::int32_t>(number));
+        EXPECT_EQ(truth, row.integer);
+        EXPECT_EQ(text, row.text ? "1" : "kept");
+        EXPECT_EQ(list, row.list ? (std::vector<std::string>{"a", "b"}) : (std::vector<std::string>{"kept"}));
+    }
     EXPECT_EQ(group.getnames(), (std::set<std::string>{"Machine", "both", "kinds", "list"}));
 }
 
@@ -211,22 +242,22 @@ TEST_F(Settings, SaveWritesAllItCanAndNothingElse) {
 }
 
 TEST_F(Settings, TheMachineIsReadIn64BitsAndWrittenIn32) {
-    const platform& here = currentplatform();
+    const platform& system = currentplatform();
     machine.write(L"value", REG_DWORD, one);
     machine32.write(L"value", REG_DWORD, two);
-    EXPECT_EQ(describe(here.readsettings(settingsscope::machine, definition)["value"].get()), "1");
+    EXPECT_EQ(describe(system.readsettings(settingsscope::machine, definition)["value"].get()), "1");
     settingsmap values;
     values["value"] = makesetting(3);
-    EXPECT_TRUE(here.writesettings(settingsscope::machine, definition, values));
+    EXPECT_TRUE(system.writesettings(settingsscope::machine, definition, values));
     EXPECT_EQ(machine.read(L"value"), "4:\x01\0\0\0"s);
     EXPECT_EQ(machine32.read(L"value"), "4:\x03\0\0\0"s);
 
     // Any other scope is the user's.
-    EXPECT_TRUE(here.writesettings(static_cast<settingsscope>(7), definition, values));
+    EXPECT_TRUE(system.writesettings(static_cast<settingsscope>(7), definition, values));
     EXPECT_EQ(user.read(L"value"), "4:\x03\0\0\0"s);
-    EXPECT_TRUE(here.settingsexist(static_cast<settingsscope>(-1), definition));
-    EXPECT_TRUE(here.settingsexist(settingsscope::machine, definition));
-    EXPECT_FALSE(here.settingsexist(settingsscope::user, settingsdef(company, "", "group", "", "no such")));
+    EXPECT_TRUE(system.settingsexist(static_cast<settingsscope>(-1), definition));
+    EXPECT_TRUE(system.settingsexist(settingsscope::machine, definition));
+    EXPECT_FALSE(system.settingsexist(settingsscope::user, settingsdef(company, "", "group", "", "no such")));
 }
 
 TEST_F(Settings, AGroupByNameLiesUnderTheLibrarysOwnKey) {
@@ -242,7 +273,7 @@ TEST_F(Settings, AGroupByNameLiesUnderTheLibrarysOwnKey) {
 }
 
 TEST_F(Settings, LoadingAndSavingLeavesNoHandleOpen) {
-    // Wine does not count handles; but a new one takes the first place that is free.
+    // Wine does not count handles; but a new one takes the lowest number that is free.
     const auto firstFree = [] {
         const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
         CloseHandle(event);

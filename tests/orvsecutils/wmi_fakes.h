@@ -10,31 +10,25 @@
 #include <type_traits>
 #include <vector>
 
-#include "orvsecutils/platform/com.h"
+#include "orvsecutils/platform/windows/com.h"
 
-/// A WMI of the test's making, told by a script what to answer.
+/// A WMI with one object of one property, for what the real one does not show: what it was asked, and failures midway.
 namespace fakes {
-
-/// A property; its value a text, a number, an object or null, as `type` says.
-struct property {
-    std::wstring name;
-    VARTYPE type;
-    std::wstring text;
-};
 
 struct script {
     HRESULT locator = S_OK;
     HRESULT connect = S_OK;
     HRESULT blanket = S_OK;
     HRESULT query = S_OK;
-    std::vector<std::vector<property>> objects;
-    HRESULT afterobjects = WBEM_S_FALSE;
-    HRESULT afterproperties = WBEM_S_NO_MORE_DATA;
+    HRESULT enumeration = S_OK;  ///< of the properties
+    HRESULT afterobject = WBEM_S_FALSE;
+    HRESULT afterproperty = WBEM_S_NO_MORE_DATA;
+    std::wstring value = L"x";       ///< of the property "name"
     std::vector<std::wstring> seen;  ///< what was asked, in order
 };
 
-/// An interface is a table of functions. This one has places for `Count` members that the library has no use for; what
-/// a class of this base declares follows them, so that it has to do so in the interface's order.
+/// An interface is a table of functions. This class has places for `Count` members that the library does not call; what
+/// a derived class declares follows them.
 template <int Count>
 class unused : public unused<Count - 1> {
     virtual void member(std::integral_constant<int, Count>) { std::abort(); }
@@ -42,12 +36,12 @@ class unused : public unused<Count - 1> {
 template <>
 class unused<0> : public IUnknown {};
 
-inline int alive = 0;  ///< fake objects that nobody has released yet
+inline int alive = 0;  ///< fake objects that are not released yet
 
 template <class Self, class... Interfaces>
 class counted : public Interfaces... {
 public:
-    explicit counted(script& storyIn) : story(storyIn) { ++alive; }
+    explicit counted(script& scriptIn) : asked(scriptIn) { ++alive; }
     ~counted() { --alive; }  // not virtual: that would take places in the table
     ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
     ULONG STDMETHODCALLTYPE Release() override {
@@ -60,7 +54,8 @@ public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
 
 protected:
-    script& story;
+    script& asked;
+    bool given = false;  // the one object or property
 
 private:
     ULONG references = 1;
@@ -69,30 +64,22 @@ private:
 /// An IWbemClassObject.
 class object final : public counted<object, unused<5>> {
 public:
-    object(script& storyIn, const std::vector<property>& propertiesIn) : counted(storyIn), properties(propertiesIn) {}
-    virtual HRESULT STDMETHODCALLTYPE BeginEnumeration(LONG) { return S_OK; }
+    using counted::counted;
+    virtual HRESULT STDMETHODCALLTYPE BeginEnumeration(LONG) { return asked.enumeration; }
     virtual HRESULT STDMETHODCALLTYPE Next(LONG, BSTR* name, VARIANT* value, CIMTYPE*, LONG*) {
-        if (index == properties.size()) {
-            return story.afterproperties;
+        if (given) {
+            return asked.afterproperty;
         }
-        const property& next = properties[index++];
-        *name = orvsecutils::makesystemstring(next.name).release();
-        V_VT(value) = next.type;
-        if (next.type == VT_BSTR) {
-            V_BSTR(value) = orvsecutils::makesystemstring(next.text).release();
-        } else if (next.type == VT_UNKNOWN) {
-            V_UNKNOWN(value) = new object(story, properties);
-        }
+        given = true;
+        *name = orvsecutils::makebstr(L"name").release();
+        V_VT(value) = VT_BSTR;
+        V_BSTR(value) = orvsecutils::makebstr(asked.value).release();
         return S_OK;
     }
     virtual HRESULT STDMETHODCALLTYPE EndEnumeration() {
-        story.seen.push_back(L"end");
+        asked.seen.push_back(L"end");
         return S_OK;
     }
-
-private:
-    const std::vector<property>& properties;
-    std::size_t index = 0;
 };
 
 /// An IEnumWbemClassObject.
@@ -103,23 +90,21 @@ public:
         if (timeout != -1 || count != 1) {
             return E_INVALIDARG;
         }
-        if (index == story.objects.size()) {
-            return story.afterobjects;
+        if (given) {
+            return asked.afterobject;
         }
-        *objects = new object(story, story.objects[index++]);
+        given = true;
+        *objects = new object(asked);
         *returned = 1;
         return S_OK;
     }
-
-private:
-    std::size_t index = 0;
 };
 
-/// An IWbemServices, with the security side that the system's proxies have.
+/// An IWbemServices, with the security interface that the system's proxies have.
 class services final : public counted<services, unused<17>, IClientSecurity> {
 public:
     using counted::counted;
-    ~services() { story.seen.push_back(L"services gone"); }
+    ~services() { asked.seen.push_back(L"services gone"); }
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
         if (!IsEqualIID(iid, IID_IClientSecurity)) {
             return E_NOINTERFACE;
@@ -130,19 +115,18 @@ public:
     }
     virtual HRESULT STDMETHODCALLTYPE ExecQuery(BSTR language, BSTR text, LONG flags, IWbemContext*,
                                                 IUnknown** objects) {
-        story.seen.push_back(std::wstring(language) + L" " + std::to_wstring(flags) + L" " + text);
-        *objects = SUCCEEDED(story.query) ? new enumerator(story) : nullptr;
-        return story.query;
+        asked.seen.push_back(std::wstring(language) + L" " + std::to_wstring(flags) + L" " + text);
+        *objects = SUCCEEDED(asked.query) ? new enumerator(asked) : nullptr;
+        return asked.query;
     }
-    HRESULT STDMETHODCALLTYPE SetBlanket(IUnknown*, DWORD authentication, DWORD authorisation, OLECHAR* principal,
-                                         DWORD level, DWORD impersonation, void* identity,
-                                         DWORD capabilities) override {
+    HRESULT STDMETHODCALLTYPE SetBlanket(IUnknown*, DWORD authentication, DWORD authorisation, OLECHAR*, DWORD level,
+                                         DWORD impersonation, void*, DWORD capabilities) override {
         std::wstring seen = L"blanket";
         for (const DWORD number : {authentication, authorisation, level, impersonation, capabilities}) {
             seen += L" " + std::to_wstring(number);
         }
-        story.seen.push_back(seen + (principal || identity ? L" somebody" : L""));
-        return story.blanket;
+        asked.seen.push_back(seen);
+        return asked.blanket;
     }
     HRESULT STDMETHODCALLTYPE QueryBlanket(IUnknown*, DWORD*, DWORD*, OLECHAR**, DWORD*, DWORD*, void**,
                                            DWORD*) override {
@@ -154,13 +138,13 @@ public:
 class locator final : public counted<locator, IWbemLocator> {
 public:
     using counted::counted;
-    ~locator() { story.seen.push_back(L"locator gone"); }
-    HRESULT STDMETHODCALLTYPE ConnectServer(BSTR space, BSTR user, BSTR password, BSTR locale, LONG flags,
+    ~locator() { asked.seen.push_back(L"locator gone"); }
+    HRESULT STDMETHODCALLTYPE ConnectServer(BSTR path, BSTR user, BSTR password, BSTR locale, LONG flags,
                                             BSTR authority, IWbemContext*, IWbemServices** object) override {
-        story.seen.push_back(std::wstring(space) + L" " + std::to_wstring(flags) +
+        asked.seen.push_back(std::wstring(path) + L" " + std::to_wstring(flags) +
                              (user || password || locale || authority ? L" somebody" : L""));
-        *object = reinterpret_cast<IWbemServices*>(SUCCEEDED(story.connect) ? new services(story) : nullptr);
-        return story.connect;
+        *object = reinterpret_cast<IWbemServices*>(SUCCEEDED(asked.connect) ? new services(asked) : nullptr);
+        return asked.connect;
     }
 };
 

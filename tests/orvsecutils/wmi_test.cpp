@@ -11,15 +11,15 @@
 #include <stdexcept>
 #include <thread>
 
-#include "orvsecutils/platform/macaddress.h"
 #include "orvsecutils/platform/platform.h"
-#include "orvsecutils/platform/wmiconnection.h"
+#include "orvsecutils/platform/windows/wmiconnection.h"
 #include "tests/orvsecutils/wmi_fakes.h"
 
 using namespace orvsecutils;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
+using testing::SizeIs;
 
 namespace {
 
@@ -29,83 +29,71 @@ protected:
 
     std::shared_ptr<wmi> connect() {
         return wmiconnection::connect([this](IWbemLocator** object) {
-            *object = SUCCEEDED(story.locator) ? new fakes::locator(story) : nullptr;
-            return story.locator;
+            *object = SUCCEEDED(script.locator) ? new fakes::locator(script) : nullptr;
+            return script.locator;
         });
     }
 
-    static fakes::property text(const wchar_t* name, const wchar_t* value) { return {name, VT_BSTR, value}; }
-    static fakes::property null(const wchar_t* name) { return {name, VT_NULL, L""}; }
-
-    fakes::script story;
+    fakes::script script;
 };
 
 TEST_F(WmiOnFakes, AsksAndReleasesInOrder) {
-    story.objects = {{text(L"Name", L"x")}};
-    std::vector<wmirow> rows;
+    std::vector<wmirow> rows = {{{"there", "before"}}};
     EXPECT_TRUE(connect()->query("SELECT Größe", rows));
-    EXPECT_THAT(story.seen, ElementsAre(L"ROOT\\CIMV2 128", L"blanket 10 0 3 3 0", L"WQL 48 SELECT Größe", L"end",
-                                        L"locator gone", L"services gone"));
+    EXPECT_THAT(rows, ElementsAre(ElementsAre(Pair("there", "before")), ElementsAre(Pair("name", "x"))));
+    EXPECT_THAT(script.seen, ElementsAre(L"ROOT\\CIMV2 128", L"blanket 10 0 3 3 0", L"WQL 48 SELECT Größe", L"end",
+                                         L"locator gone", L"services gone"));
 }
 
 TEST_F(WmiOnFakes, NoConnectionWhenAnyStepFails) {
     for (HRESULT fakes::script::*step : {&fakes::script::locator, &fakes::script::connect, &fakes::script::blanket}) {
-        story = {};
-        story.*step = E_ACCESSDENIED;
+        script = {};
+        script.*step = E_ACCESSDENIED;
         EXPECT_EQ(connect(), nullptr);
         EXPECT_EQ(fakes::alive, 0);
     }
 }
 
-TEST_F(WmiOnFakes, RowsHoldTextsOnlyAndTheFirstOfAName) {
-    story.objects = {
-        {text(L"b", L"1"), null(L"a"), text(L"b", L"2"), {L"c", VT_I4, L""}, text(L"Ä", L"日本 \U0001F600")},
-        {},
-        {{L"object", VT_UNKNOWN, L""}, text(L"empty", L"")}};
-    std::vector<wmirow> rows = {{{"there", "before"}}};
-    EXPECT_TRUE(connect()->query("q", rows));
-    EXPECT_THAT(rows, ElementsAre(ElementsAre(Pair("there", "before")),
-                                  ElementsAre(Pair("b", "1"), Pair("Ä", "日本 \U0001F600")), IsEmpty(),
-                                  ElementsAre(Pair("empty", ""))));
-}
-
-TEST_F(WmiOnFakes, AnErrorEndsTheRowsWithoutLosingThem) {
-    story.objects = {{text(L"a", L"1")}};
-    story.afterobjects = story.afterproperties = E_FAIL;
-    std::vector<wmirow> rows;
+TEST_F(WmiOnFakes, AFailureEndsTheRowsWithoutLosingThem) {
     const std::shared_ptr<wmi> connection = connect();
+    script.afterobject = script.afterproperty = E_FAIL;
+    std::vector<wmirow> rows;
     EXPECT_TRUE(connection->query("q", rows));
-    EXPECT_THAT(rows, ElementsAre(ElementsAre(Pair("a", "1"))));
-
-    story.query = E_FAIL;
+    EXPECT_THAT(rows, ElementsAre(ElementsAre(Pair("name", "x"))));
+    script.enumeration = E_FAIL;
+    EXPECT_TRUE(connection->query("q", rows));
+    EXPECT_THAT(rows[1], IsEmpty());
+    script.query = E_FAIL;
     EXPECT_TRUE(connection->query("q", rows)) << "rows that were there count";
+    EXPECT_THAT(rows, SizeIs(2));
     rows.clear();
     EXPECT_FALSE(connection->query("q", rows));
     EXPECT_FALSE(wmiconnection().query("q", rows)) << "without a connection";
 }
 
 TEST_F(WmiOnFakes, ReleasesEverythingWhenAConversionThrows) {
-    story.objects = {{{L"object", VT_UNKNOWN, L""}, text(L"b", L"\xD800")}};
+    script.value = L"\xD800";
     std::vector<wmirow> rows;
     EXPECT_THROW(connect()->query("q", rows), std::range_error);
     EXPECT_THROW(connect()->query("\xFF", rows), std::range_error);
 }
 
-TEST_F(WmiOnFakes, TheLastAddressWins) {
-    const fakes::property first = text(L"MACAddress", L"01");
-    const fakes::property second = text(L"MACAddress", L"02");
-    const std::pair<std::vector<std::vector<fakes::property>>, const char*> cases[] = {
-        {{}, ""},
-        {{{null(L"MACAddress")}}, ""},
-        {{{first}, {second}}, "02"},
-        {{{first}, {null(L"MACAddress")}, {}}, "01"},
-        {{{second}, {first}, {text(L"Caption", L"03")}}, "01"},
-    };
-    for (const auto& [objects, address] : cases) {
-        story.objects = objects;
-        EXPECT_EQ(adapteraddress(connect().get()), address);
+TEST(WmiRow, HoldsTextsOnlyAndTheFirstOfAName) {
+    const struct {
+        const wchar_t* name;
+        VARTYPE type;
+        const wchar_t* value;
+    } properties[] = {{L"b", VT_BSTR, L"1"},   {L"null", VT_NULL, L""},  {L"b", VT_BSTR, L"2"},
+                      {L"number", VT_I4, L""}, {L"empty", VT_BSTR, L""}, {L"Ä", VT_BSTR, L"日本 \U0001F600"}};
+    wmirow row;
+    for (const auto& property : properties) {
+        const bstr text = makebstr(property.value);
+        VARIANT value;
+        V_VT(&value) = property.type;
+        V_BSTR(&value) = text.get();
+        addproperty(row, makebstr(property.name).get(), value);
     }
-    EXPECT_EQ(adapteraddress(nullptr), "") << "without a connection";
+    EXPECT_THAT(row, ElementsAre(Pair("b", "1"), Pair("empty", ""), Pair("Ä", "日本 \U0001F600")));
 }
 
 // The addresses of the adapters that speak IP, by another interface of the system.

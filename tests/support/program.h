@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "orvsecutils/platform/handles.h"
+#include "orvsecutils/platform/windows/handles.h"
 
 /// A file as its bytes are; empty when it is not there.
 inline std::string contentof(const std::filesystem::path& path) {
@@ -25,9 +25,10 @@ public:
         std::string errors;
     };
 
-    /// Starts `executable`, which lies beside the test program unless its path is a full one.
-    program(const std::filesystem::path& executable, const std::wstring& arguments,
-            const std::filesystem::path& folder) {
+    /// Starts `executable`, which lies beside the test program unless its path is a full one, on the caller's desktop
+    /// or on the one that is named.
+    program(const std::filesystem::path& executable, const std::wstring& arguments, const std::filesystem::path& folder,
+            const wchar_t* desktop = nullptr) {
         static int count = 0;
         const std::wstring number = std::to_wstring(++count);
         output = folder / (L"output " + number);
@@ -39,6 +40,7 @@ public:
         start.dwFlags = STARTF_USESTDHANDLES;
         start.hStdOutput = out.get();
         start.hStdError = err.get();
+        start.lpDesktop = const_cast<wchar_t*>(desktop);
         const std::filesystem::path file = ownfolder() / executable;
         std::wstring line = L"\"" + file.native() + L"\" " + arguments;
         PROCESS_INFORMATION info = {};
@@ -50,15 +52,27 @@ public:
         CloseHandle(info.hThread);
     }
 
-    outcome wait() {
-        DWORD status = 0;
-        WaitForSingleObject(process.get(), INFINITE);
-        GetExitCodeProcess(process.get(), &status);
-        return {status, contentof(output), contentof(errors)};
+    outcome wait() const {
+        ended(INFINITE);
+        return {status(), contentof(output), contentof(errors)};
     }
 
+    /// Whether it has ended, or does within `milliseconds`.
+    bool ended(DWORD milliseconds = 0) const {
+        return WaitForSingleObject(process.get(), milliseconds) == WAIT_OBJECT_0;
+    }
+
+    /// The exit status; STILL_ACTIVE before the end.
+    DWORD status() const {
+        DWORD result = 0;
+        GetExitCodeProcess(process.get(), &result);
+        return result;
+    }
+
+    HANDLE handle() const { return process.get(); }
+
     std::string outputsofar() const { return contentof(output); }
-    void end() { TerminateProcess(process.get(), 0); }
+    void end() const { TerminateProcess(process.get(), 0); }
 
     /// Where the test program lies, and what is built with it.
     static std::filesystem::path ownfolder() {
@@ -78,5 +92,5 @@ private:
 
     std::filesystem::path output;
     std::filesystem::path errors;
-    orvsecutils::filehandle process;
+    orvsecutils::kernelhandle process;
 };

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "orvsecutils/platform/handles.h"
 #include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/platform/windows/handles.h"
 
 namespace orvdiag {
 
@@ -16,10 +16,9 @@ constexpr std::int64_t blockbytes = 64 * 1024;
 
 // Null when it cannot be had.
 orvsecutils::filehandle open(const std::string& path) {
-    const HANDLE file = CreateFileW(orvsecutils::toutf16(path).c_str(), GENERIC_READ,
-                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr);
-    return orvsecutils::filehandle(file == INVALID_HANDLE_VALUE ? nullptr : file);
+    return orvsecutils::filehandle(CreateFileW(orvsecutils::toutf16(path).c_str(), GENERIC_READ,
+                                               FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                               OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 std::int64_t size(HANDLE file) {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "orvsecutils/platform/platform.h"
-#include "orvsecutils/settings/placement.h"
+#include "orvsecutils/settings/productnames.h"
 #include "tools/orvdiag/json.h"
 #include "tools/orvdiag/report.h"
 

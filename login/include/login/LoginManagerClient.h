@@ -30,12 +30,18 @@ struct orvellogin_client;
 /// - `loginRuntimeException` (by value): everything else, from any member that reaches the manager. An assembly that
 ///   cannot be loaded, an exception of another type, the manager's exception from a member not listed above, a string
 ///   of the manager's that is null where none may be (`System.ArgumentNullException`). If creating the manager fails,
-///   the next member that needs it tries again.
+///   the next member that needs it tries again; but on Windows the runtime remembers an assembly that it could not find.
 /// - `std::bad_alloc` from any member.
 ///
-/// Threads: any thread may call, one at a time; nothing here is guarded, and two threads that make the first call of
-/// one client at once may create two managers. Do not construct a client in `DllMain` or while a DLL's static objects
-/// are made: starting the runtime there hangs the process.
+/// Threads: any thread may call, one at a time; nothing here is guarded. Two threads that make the first call of one
+/// client at once may create two managers, of which one is leaked. COM apartments are the host's business: if the
+/// manager shows a browser, call `OleInitialize` on the calling thread first. The calling thread's floating-point
+/// control is the same after each member.
+///
+/// Where a client may live: in a function, in an object, or as a static object of the program. Do not construct one in
+/// `DllMain` or while a DLL's static objects are made: starting the runtime there hangs the process. A static object of
+/// a DLL may own one that was made later: when the process is ending, its destructor leaves the manager alone, and its
+/// members throw `loginRuntimeException`.
 ///
 /// Once a manager has been created the library stays loaded until the process ends.
 class ORVELLOGIN_API LoginManagerClient {
@@ -66,7 +72,7 @@ public:
     /// null `domainName` in the record becomes empty; a null in one of the other six fields is a failed conversion.
     LoginResponse login();
 
-    /// Signs in with account name and password. Otherwise as login().
+    /// Signs in with account name and password. The copy of the password is wiped. Otherwise as login().
     LoginResponse login(std::wstring userName, std::wstring password);
 
     /// The signed-in user, not asking for a sign-in. With `LastLoginFlag` true it is login() instead. Otherwise as

@@ -40,6 +40,13 @@ namespace OrvelLoginClient
             return "Old Works";
         }
 
+        /// As the assembly of the shared types has it, or an exception of the runtime's.
+        public string getAccessToken()
+        {
+            Type own = typeof(langCode).Assembly.GetType("loginManagerUtils.LoginManagerException");
+            throw (Exception)Activator.CreateInstance(own ?? typeof(TimeoutException), "refused");
+        }
+
         public string getPlatformURL()
         {
             throw new SilentException();

@@ -1,0 +1,45 @@
+# What must lie beside a program that uses the library. The library's own build and its package both include this.
+# Properties, not variables: a function is called in its caller's scope, where the variables of this file may be unknown.
+
+# The compiler's runtime DLLs, which orvellogin.dll and its host share.
+set_property(GLOBAL PROPERTY orvellogin_compiler_runtime libgcc_s_dw2-1.dll libstdc++-6.dll libwinpthread-1.dll)
+
+# orvellogin_deploy(TARGET): after each build, puts beside a program the DLLs that it needs of the library's, by what the
+# program links, itself or through other targets. The login manager's own folder, OrvelLoginManagerClient, is yours to add.
+function(orvellogin_deploy target)
+  foreach(library orvellogin::orvellogin orvellogin::c)
+    if(NOT TARGET ${library})
+      continue()
+    endif()
+    set(files $<TARGET_FILE:${library}> $<TARGET_FILE_DIR:${library}>/OrvelLoginClientCLR.dll)
+    if(library STREQUAL "orvellogin::orvellogin")
+      get_property(runtime GLOBAL PROPERTY orvellogin_compiler_runtime)
+      foreach(name IN LISTS runtime)
+        orvellogin_newer_runtime(file ${name})
+        if(NOT file)
+          set(file $<TARGET_FILE_DIR:${library}>/${name})
+        endif()
+        list(APPEND files ${file})
+      endforeach()
+    endif()
+    set(linked $<IN_LIST:$<TARGET_FILE:${library}>,$<TARGET_RUNTIME_DLLS:${target}>>)
+    add_custom_command(TARGET ${target} POST_BUILD
+      COMMAND ${CMAKE_COMMAND} -E
+        "$<IF:${linked},copy_if_different;${files};$<TARGET_FILE_DIR:${target}>,true>"
+      COMMAND_EXPAND_LISTS VERBATIM)
+  endforeach()
+endfunction()
+
+# A host built by a newer g++ than the library needs its own compiler's runtime, which serves the library too.
+function(orvellogin_newer_runtime result name)
+  set(path "")
+  get_property(library_compiler GLOBAL PROPERTY orvellogin_compiler_version)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_GREATER "${library_compiler}")
+    execute_process(
+      COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name} OUTPUT_VARIABLE path OUTPUT_STRIP_TRAILING_WHITESPACE)
+    if(NOT IS_ABSOLUTE "${path}")
+      set(path "")
+    endif()
+  endif()
+  set(${result} "${path}" PARENT_SCOPE)
+endfunction()

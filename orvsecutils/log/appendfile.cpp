@@ -1,0 +1,36 @@
+#include "orvsecutils/log/appendfile.h"
+
+#include <windows.h>
+
+#include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/platform/windows/handles.h"
+
+namespace orvsecutils {
+
+std::string textfileform(std::string_view text) {
+    std::string form;
+    form.reserve(text.size() + 1);  // most texts are one line
+    for (const char character : text) {
+        if (character == '\n') {
+            form += '\r';
+        }
+        form += character;
+    }
+    return form;
+}
+
+bool appendtofile(const std::string& path, std::string_view text) {
+    // FILE_APPEND_DATA without FILE_WRITE_DATA: the system finds the end of the file as part of the write.
+    const filehandle file(CreateFileW(toutf16(path).c_str(), FILE_APPEND_DATA,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file) {
+        return false;
+    }
+    const std::string form = textfileform(text);
+    DWORD written = 0;
+    WriteFile(file.get(), form.data(), static_cast<DWORD>(form.size()), &written, nullptr);
+    return true;
+}
+
+}  // namespace orvsecutils

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <windows.h>
+
+#include <oleauto.h>
+
+#include <memory>
+#include <string_view>
+
+#include "orvsecutils/platform/platformerror.h"
+#include "orvsecutils/platform/windows/handles.h"
+
+/// @file
+/// Owning types for the texts and values of automation. Interfaces are held by `Microsoft::WRL::ComPtr`.
+namespace orvsecutils {
+
+/// A BSTR.
+using bstr = std::unique_ptr<OLECHAR, releasing<SysFreeString>>;
+
+/// A copy of `text` as a BSTR. Throws `platformerror` (`outofmemory`) when there is no memory for it.
+inline bstr makebstr(std::wstring_view text) {
+    bstr copy(SysAllocStringLen(text.data(), static_cast<UINT>(text.size())));
+    if (!copy) {
+        throw platformerror(platformerror::outofmemory);
+    }
+    return copy;
+}
+
+/// The units of a BSTR, zero units included. Null counts as empty.
+inline std::wstring_view view(BSTR text) {
+    return {text, SysStringLen(text)};
+}
+
+/// A VARIANT that starts empty and clears what it holds at its end.
+class variant {
+public:
+    variant() { VariantInit(&value); }
+    ~variant() { VariantClear(&value); }
+    variant(const variant&) = delete;
+    variant& operator=(const variant&) = delete;
+
+    VARIANT value;  ///< for a call to fill
+};
+
+}  // namespace orvsecutils

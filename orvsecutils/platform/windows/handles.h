@@ -1,0 +1,60 @@
+#pragma once
+
+#include <windows.h>
+
+#include <objbase.h>
+
+#include <memory>
+#include <type_traits>
+
+/// @file
+/// Owning types for what Windows hands out. Each one calls the release function named in its declaration.
+namespace orvsecutils {
+
+/// A deleter that calls `Release`.
+template <auto Release>
+struct releasing {
+    /// Releases `resource`, which is not null.
+    template <class Resource>
+    void operator()(Resource* resource) const {
+        Release(resource);
+    }
+};
+
+/// A registry key.
+using registrykey = std::unique_ptr<std::remove_pointer_t<HKEY>, releasing<RegCloseKey>>;
+/// A service, or the service control manager.
+using servicehandle = std::unique_ptr<std::remove_pointer_t<SC_HANDLE>, releasing<CloseServiceHandle>>;
+/// A process, thread, event or mutex: a kernel object whose "none" is null.
+using kernelhandle = std::unique_ptr<void, releasing<CloseHandle>>;
+/// A text that the shell or COM allocated.
+using comallocatedtext = std::unique_ptr<wchar_t, releasing<CoTaskMemFree>>;
+/// A record in memory from LocalAlloc.
+template <class Record>
+using localmemory = std::unique_ptr<Record, releasing<LocalFree>>;
+
+/// Owns a handle whose "none" is INVALID_HANDLE_VALUE, as the functions that open files and searches return it.
+template <auto Release>
+class filesystemhandle {
+public:
+    filesystemhandle() = default;
+
+    /// Takes `handle` over.
+    explicit filesystemhandle(HANDLE handle) : owner(handle == INVALID_HANDLE_VALUE ? nullptr : handle) {}
+
+    /// Whether there is a handle.
+    explicit operator bool() const { return owner != nullptr; }
+
+    /// The handle, or INVALID_HANDLE_VALUE.
+    HANDLE get() const { return owner ? owner.get() : INVALID_HANDLE_VALUE; }
+
+private:
+    std::unique_ptr<void, releasing<Release>> owner;
+};
+
+/// An open file.
+using filehandle = filesystemhandle<CloseHandle>;
+/// A search for files.
+using findhandle = filesystemhandle<FindClose>;
+
+}  // namespace orvsecutils

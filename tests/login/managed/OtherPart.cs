@@ -1,0 +1,22 @@
+using System;
+using System.Globalization;
+using System.Reflection;
+
+[assembly: AssemblyFileVersion("0.9.8.7")]
+
+namespace OrvelLoginClientCLR
+{
+    /// A managed part of another version: as version 1.0 was, which takes an address alone and writes to it; or a later one.
+    public static unsafe class EntryPoint
+    {
+        public static int Enter(string argument)
+        {
+#if LATER
+            return 3;
+#else
+            ((IntPtr*)long.Parse(argument, CultureInfo.InvariantCulture))[0] = IntPtr.Zero;
+            return 0;
+#endif
+        }
+    }
+}

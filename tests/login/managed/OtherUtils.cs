@@ -1,0 +1,21 @@
+using System;
+
+namespace loginManagerUtils
+{
+    public enum langCode
+    {
+        Only
+    }
+
+#if !WITHOUT_EXCEPTION
+    /// Of another make: the status is no field.
+    public class LoginManagerException : Exception
+    {
+        public LoginManagerException(string message) : base(message)
+        {
+        }
+
+        public int status { get { return 3; } }
+    }
+#endif
+}

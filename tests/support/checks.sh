@@ -1,0 +1,35 @@
+# shellcheck shell=bash
+# shellcheck disable=SC2034  # the tests that source this use them
+# Sourced by the shell tests, which are called with the folders SOURCE and BUILD. Puts a test into an empty folder of its own,
+# with a name that hurts.
+set -euo pipefail
+unset CDPATH
+source=$1 build=$2
+scratch="$build/tests/$(basename "$0" .sh) of a host's, größer & дальше"
+rm -rf "$scratch"
+mkdir -p "$scratch"
+cd "$scratch"
+
+expect() { # WHAT COMMAND...
+  local what=$1
+  shift
+  "$@" || {
+    echo "not so: $what"
+    exit 1
+  }
+}
+same() { # WHAT EXPECTED ACTUAL
+  [ "$2" = "$3" ] || {
+    printf 'not so: %s\nexpected: %s\nactual:   %s\n' "$@"
+    exit 1
+  }
+}
+blocks() { # FILE LANGUAGE: what its fenced blocks in the language hold
+  sed -n "/^\`\`\`$2\$/,/^\`\`\`\$/{/^\`\`\`/d;p}" "$1"
+}
+host_says() { # PROGRAM STATUS OUTPUT
+  local status=0 output
+  output=$("$source/script/wine-run" "$1" | tr -d '\r') || status=$?
+  same "what $1 prints" "$3" "$output"
+  same "the exit status of $1" "$2" "$status"
+}
