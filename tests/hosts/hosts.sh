@@ -1,8 +1,8 @@
 #!/bin/bash
-# hosts.sh SOURCE BUILD COMPILER: builds the sign-in examples by a compiler and from the installed package, as a user
-# does, and runs them. All of them print the same, whatever the compiler and the language.
+# hosts.sh SOURCE BUILD COMPILER [HEADING]: builds the sign-in examples by a compiler from the installed package, as a user
+# does, or by the commands that the page for users gives under a heading, and runs them. All of them print the same.
 set -euo pipefail
-source=$1 build=$2 compiler=$3
+source=$1 build=$2 compiler=$3 heading=${4:-}
 . "$source/script/prologue"
 package=$build/tests/hosts/package
 scratch=$build/tests/hosts/$compiler
@@ -16,24 +16,25 @@ configure_and_build() { # CMAKE-OPTION...
   cmake --build .
 }
 
+# The commands that docs/integration.md gives under a heading, word by word.
+commands_of() { # HEADING
+  sed -n "/^### $1\$/,/^##/p" "$source/docs/integration.md" | sed -n '/^```sh$/,/^```$/{/^```/d;p}'
+}
+# Debian's own makes no Windows programs.
+fpc() {
+  "$hosts/fpc/pp" -n -v0 "-Fu$hosts/fpc/units" "$@"
+}
+
+export PACKAGE=$package
 case $compiler in
   install)
     rm -rf "$package"
-    exec cmake --install "$build" --prefix "$package"
+    cmake --install "$build" --prefix "$package"
+    exec cmake --install "$build" --prefix "$package" --component zip
     ;;
   mingw) configure_and_build "-DCMAKE_TOOLCHAIN_FILE=$source/cmake/mingw-x86.cmake" ;;
   clang-cl) configure_and_build "-DCMAKE_TOOLCHAIN_FILE=$source/tests/hosts/msvc/clang-cl.cmake" "-DHOSTS=$hosts" ;;
-  csharp)
-    mcs -platform:x86 -warnaserror -out:csharp.exe "$source/bindings/csharp/OrvelLogin.cs" \
-      "$source/examples/signin-csharp/Program.cs"
-    ;;
-  pascal)
-    "$hosts/fpc/pp" -Twin32 -n -v0 "-Fu$hosts/fpc/units" "-Fu$source/bindings/pascal" -FE. \
-      "$source/examples/signin-pascal/signin_pascal.pas"
-    ;;
-esac
-case $compiler in
-  csharp | pascal) cp "$package"/bin/{orvelloginc,OrvelLoginClientCLR}.dll . ;;
+  *) eval "$(commands_of "$heading")" ;;
 esac
 cp -r "$build/bin/OrvelLoginManagerClient" .
 
