@@ -44,10 +44,13 @@ install_in_zip(FILES cmake/Managed.cmake cmake/mingw-x86.cmake DESTINATION cmake
 # Until the real login manager is at hand: the stand-ins, compiled, in the folder that goes next to the library.
 install_in_zip(DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/OrvelLoginManagerClient DESTINATION examples/standins)
 
-# The compiler's runtime DLLs are other people's work: their notices, as the compiler's packages bring them.
+# The compiler's runtime and the header-only libraries in orvdiag are other people's work: their notices, as their
+# packages bring them.
 install_in_zip(FILES /usr/share/doc/gcc-mingw-w64-i686-posix-runtime/copyright
   DESTINATION notices RENAME gcc-runtime.txt)
 install_in_zip(FILES /usr/share/doc/mingw-w64-i686-dev/copyright DESTINATION notices RENAME mingw-w64.txt)
+install_in_zip(FILES /usr/share/doc/libcli11-dev/copyright DESTINATION notices RENAME cli11.txt)
+install_in_zip(FILES /usr/share/doc/nlohmann-json3-dev/copyright DESTINATION notices RENAME nlohmann-json.txt)
 install_in_zip(FILES /usr/share/common-licenses/GPL-3 DESTINATION notices RENAME GPL-3.txt)
 
 # The ZIPs, in the build folder: see package.py.

@@ -84,7 +84,7 @@ namespace OrvelLoginClientCLR
 
         /// Finds any assembly that the runtime cannot find in the folder `OrvelLoginManagerClient` next to the library,
         /// by its simple name alone, and nowhere else.
-        static Assembly LoadLoginClientManaged(object sender, ResolveEventArgs args)
+        internal static Assembly LoadLoginClientManaged(object sender, ResolveEventArgs args)
         {
             string own = Assembly.GetExecutingAssembly().Location;
             string file = SimpleName(args.Name) + ".dll";

@@ -1,19 +1,51 @@
 #include "tools/orvdiag/facts.h"
 
-#include <algorithm>
+#include <windows.h>
+
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <initializer_list>
 #include <stdexcept>
-#include <string>
+#include <string_view>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 #include "orvsecutils/platform/platform.h"
-#include "tools/orvdiag/json.h"
-#include "tools/orvdiag/report.h"
+#include "orvsecutils/platform/windows/handles.h"
+#include "tools/orvdiag/image.h"
+#include "tools/orvdiag/text.h"
 
 namespace orvdiag {
 
 namespace {
 
 using orvsecutils::platform;
+
+// The numbers of a text such as "10,0,19045,0,0"; -1 for those that it lacks.
+template <std::size_t Count>
+std::array<int, Count> numbersof(const std::string& text) {
+    std::array<int, Count> numbers;
+    const char* next = text.c_str();
+    for (int& number : numbers) {
+        char* end = nullptr;
+        number = static_cast<int>(std::strtol(next, &end, 10));
+        number = end == next ? -1 : number;
+        next = *end == ',' ? end + 1 : end;
+    }
+    return numbers;
+}
+
+std::string localewords(int identifier) {
+    const auto part = [identifier](LCTYPE type) {
+        wchar_t words[128] = {};
+        GetLocaleInfoW(MAKELCID(static_cast<LANGID>(identifier), SORT_DEFAULT), type, words, 128);
+        return readable(words);
+    };
+    const std::string language = part(LOCALE_SENGLANGUAGE);
+    return language.empty() ? "unknown" : language + ", " + part(LOCALE_SENGCOUNTRY);
+}
 
 template <auto Operation>
 std::string ask(const platform& system) {
@@ -25,32 +57,33 @@ std::string ask(const platform& system) {
 }
 
 struct fact {
-    std::string_view name;
+    const char* name;
     std::string (*ask)(const platform&);
+    std::string (*words)(const std::string& value);  // null when the value needs none
 };
 
 // The operations without arguments, in the platform's order.
-constexpr fact facts[] = {
-    {"uilanguage", ask<&platform::uilanguage>},
-    {"computername", ask<&platform::computername>},
-    {"username", ask<&platform::username>},
-    {"osversion", ask<&platform::osversion>},
-    {"languageids", ask<&platform::languageids>},
-    {"processorinfo", ask<&platform::processorinfo>},
-    {"profilefolder", ask<&platform::profilefolder>},
-    {"executablename", ask<&platform::executablename>},
-    {"defaultsettingsroot", ask<&platform::defaultsettingsroot>},
-    {"executablefolder", ask<&platform::executablefolder>},
-    {"localappdatafolder", ask<&platform::localappdatafolder>},
-    {"roamingappdatafolder", ask<&platform::roamingappdatafolder>},
-    {"programfilesfolder", ask<&platform::programfilesfolder>},
-    {"programfilesx86folder", ask<&platform::programfilesx86folder>},
-    {"macaddress", ask<&platform::macaddress>},
-    {"publicfolder", ask<&platform::publicfolder>},
+constexpr fact knownfacts[] = {
+    {"uilanguage", ask<&platform::uilanguage>, languagewords},
+    {"computername", ask<&platform::computername>, nullptr},
+    {"username", ask<&platform::username>, nullptr},
+    {"osversion", ask<&platform::osversion>, versionwords},
+    {"languageids", ask<&platform::languageids>, localeswords},
+    {"processorinfo", ask<&platform::processorinfo>, processorwords},
+    {"profilefolder", ask<&platform::profilefolder>, nullptr},
+    {"executablename", ask<&platform::executablename>, nullptr},
+    {"defaultsettingsroot", ask<&platform::defaultsettingsroot>, nullptr},
+    {"executablefolder", ask<&platform::executablefolder>, nullptr},
+    {"localappdatafolder", ask<&platform::localappdatafolder>, nullptr},
+    {"roamingappdatafolder", ask<&platform::roamingappdatafolder>, nullptr},
+    {"programfilesfolder", ask<&platform::programfilesfolder>, nullptr},
+    {"programfilesx86folder", ask<&platform::programfilesx86folder>, nullptr},
+    {"macaddress", ask<&platform::macaddress>, nullptr},
+    {"publicfolder", ask<&platform::publicfolder>, nullptr},
 };
 
-// One fact that is no text must not take the others with it.
-std::string value(const fact& row) {
+// One fact that is not valid text must not take the others with it.
+std::string valueof(const fact& row) {
     try {
         return row.ask(orvsecutils::currentplatform());
     } catch (const std::range_error& failed) {
@@ -58,23 +91,147 @@ std::string value(const fact& row) {
     }
 }
 
+// A text or number below HKEY_LOCAL_MACHINE, in the 64-bit view; empty when it is not there.
+std::string registered(const wchar_t* path, const wchar_t* name) {
+    HKEY opened = nullptr;
+    RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, KEY_READ | KEY_WOW64_64KEY, &opened);
+    const orvsecutils::registrykey key(opened);
+    wchar_t data[256] = {};
+    DWORD bytes = sizeof data - sizeof *data;
+    DWORD type = REG_NONE;
+    if (!key || RegQueryValueExW(key.get(), name, nullptr, &type, reinterpret_cast<BYTE*>(data), &bytes) != 0) {
+        return std::string();
+    }
+    DWORD number = 0;
+    std::memcpy(&number, data, sizeof number);
+    return type == REG_DWORD ? std::to_string(number) : readable(std::wstring_view(data));
+}
+
 }  // namespace
 
-outcome showfacts(const arguments& given) {
-    std::size_t width = 0;
-    for (const fact& row : facts) {
-        width = std::max(width, row.name.size());
+std::string languagewords(const std::string& code) {
+    // As numbered by languagecode().
+    static constexpr const char* languages[] = {"Chinese (traditional)",
+                                                "Chinese (simplified)",
+                                                "Czech",
+                                                "English, or a language without a number",
+                                                "French",
+                                                "German",
+                                                "Italian",
+                                                "Japanese",
+                                                "Korean",
+                                                "Polish",
+                                                "Portuguese (Brazil)",
+                                                "Russian",
+                                                "Spanish",
+                                                "Turkish"};
+    const auto index = static_cast<std::size_t>(numbersof<1>(code)[0]);
+    return index < std::size(languages) ? languages[index] : "unknown";
+}
+
+std::string versionwords(const std::string& numbers) {
+    // Workstations and servers share their numbers.
+    struct release {
+        int major, minor, build;
+        const char* name;
+    };
+    static constexpr release releases[] = {
+        {10, 0, 22000, "Windows 11 or Windows Server 2025"}, {10, 0, 0, "Windows 10 or Windows Server 2016 to 2022"},
+        {6, 3, 0, "Windows 8.1 or Windows Server 2012 R2"},  {6, 2, 0, "Windows 8 or Windows Server 2012"},
+        {6, 1, 0, "Windows 7 or Windows Server 2008 R2"},    {6, 0, 0, "Windows Vista or Windows Server 2008"},
+    };
+    const auto [major, minor, build, packmajor, packminor] = numbersof<5>(numbers);
+    if (major < 0) {
+        return std::string();
     }
-    std::string text;
-    for (const fact& row : facts) {
-        if (given.option) {
-            text += (text.empty() ? "{\n  " : ",\n  ") + jsonstring(row.name) + ": " + jsonstring(value(row));
-        } else {
-            text += std::string(row.name) + std::string(width + 2 - row.name.size(), ' ') + value(row) + "\n";
+    std::string name = "a Windows that this tool does not know";
+    for (const release& row : releases) {
+        if (major == row.major && minor == row.minor && build >= row.build) {
+            name = row.name;
+            break;
         }
     }
-    print(given.option ? text + "\n}\n" : text);
-    return {0, std::to_string(std::size(facts))};
+    name += ", build " + std::to_string(build);
+    return packmajor > 0 ? name + ", service pack " + std::to_string(packmajor) + "." + std::to_string(packminor)
+                         : name;
+}
+
+std::string processorwords(const std::string& numbers) {
+    struct architecture {
+        int number;
+        const char* name;
+    };
+    static constexpr architecture architectures[] = {
+        {PROCESSOR_ARCHITECTURE_INTEL, "x86"},
+        {PROCESSOR_ARCHITECTURE_ARM, "ARM"},
+        {PROCESSOR_ARCHITECTURE_IA64, "IA64"},
+        {PROCESSOR_ARCHITECTURE_AMD64, "x64"},
+        {12 /* ARM64 */, "ARM64"},
+    };
+    const auto [count, number, level] = numbersof<3>(numbers);
+    std::string name = "architecture " + std::to_string(number);
+    for (const architecture& row : architectures) {
+        name = number == row.number ? row.name : name;
+    }
+    return std::to_string(count) + (count == 1 ? " processor, " : " processors, ") + name +
+           " as a 32-bit process sees it, level " + std::to_string(level);
+}
+
+std::string localeswords(const std::string& identifiers) {
+    const auto [user, system] = numbersof<2>(identifiers);
+    return "user: " + localewords(user) + "; system: " + localewords(system);
+}
+
+answer facts() {
+    answer result = {0, std::string(), json::object()};
+    std::vector<std::vector<std::string>> rows;
+    json meanings = json::object();
+    for (const fact& row : knownfacts) {
+        const std::string value = valueof(row);
+        const std::string words = row.words ? row.words(value) : std::string();
+        rows.push_back({row.name, oneline(value) + (words.empty() ? "" : "  (" + words + ")")});
+        result.data[row.name] = value;
+        if (!words.empty()) {
+            meanings[row.name] = words;
+        }
+    }
+    result.data["meanings"] = meanings;
+    result.text = table(rows);
+    return result;
+}
+
+answer systemversions() {
+    constexpr wchar_t windows[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
+    constexpr wchar_t framework[] = L"SOFTWARE\\Microsoft\\NET Framework Setup\\NDP\\v4\\Full";
+    const auto joined = [](const wchar_t* path, std::initializer_list<std::pair<const char*, const wchar_t*>> parts) {
+        std::string text;
+        for (const auto& [word, name] : parts) {
+            const std::string value = registered(path, name);
+            text += value.empty() ? value : (text.empty() ? "" : ", ") + std::string(word) + value;
+        }
+        return text.empty() ? "not registered" : text;
+    };
+    wchar_t folder[MAX_PATH] = {};
+    GetWindowsDirectoryW(folder, MAX_PATH);
+    const auto version = [&folder](const wchar_t* file) {
+        const std::string text = fileversion(std::wstring(folder) + file);
+        return text.empty() ? "none" : text;
+    };
+    const std::vector<std::vector<std::string>> rows = {
+        {"Windows", joined(windows, {{"", L"ProductName"},
+                                     {"", L"DisplayVersion"},
+                                     {"", L"CSDVersion"},
+                                     {"build ", L"CurrentBuildNumber"},
+                                     {"update revision ", L"UBR"}})},
+        {".NET Framework 4", joined(framework, {{"", L"Version"}, {"release ", L"Release"}})},
+        {"its clr.dll", version(L"\\Microsoft.NET\\Framework\\v4.0.30319\\clr.dll")},
+        {"mscoree.dll", version(L"\\System32\\mscoree.dll")},
+    };
+    answer result = {0, table(rows), json::object()};
+    for (const auto& row : rows) {
+        result.data[row[0]] = row[1];
+    }
+    return result;
 }
 
 }  // namespace orvdiag

@@ -10,84 +10,174 @@
 
 namespace orvdiag {
 
+using orvsecutils::filehandle;
+
 namespace {
 
-constexpr std::int64_t blockbytes = 64 * 1024;
+constexpr std::int64_t blockbytes = 1024 * 1024;
+constexpr wchar_t linksuffix[] = L".follow-";
 
-// Null when it cannot be had.
-orvsecutils::filehandle open(const std::string& path) {
-    return orvsecutils::filehandle(CreateFileW(orvsecutils::toutf16(path).c_str(), GENERIC_READ,
-                                               FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                               OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-}
-
-std::int64_t size(HANDLE file) {
-    LARGE_INTEGER bytes = {};
-    GetFileSizeEx(file, &bytes);
-    return bytes.QuadPart;
+filehandle open(const std::wstring& path) {
+    return filehandle(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                  nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 // At most one block.
-std::string block(HANDLE file, std::int64_t from, std::int64_t to) {
+std::string block(const filehandle& file, std::int64_t from, std::int64_t to) {
     LARGE_INTEGER start = {};
     start.QuadPart = from;
-    std::string text(static_cast<std::size_t>(std::min(to - from, blockbytes)), '\0');
+    std::string text(static_cast<std::size_t>(std::clamp<std::int64_t>(to - from, 0, blockbytes)), '\0');
     DWORD bytes = 0;
-    if (!SetFilePointerEx(file, start, nullptr, FILE_BEGIN) ||
-        !ReadFile(file, text.data(), static_cast<DWORD>(text.size()), &bytes, nullptr)) {
+    if (!SetFilePointerEx(file.get(), start, nullptr, FILE_BEGIN) ||
+        !ReadFile(file.get(), text.data(), static_cast<DWORD>(text.size()), &bytes, nullptr)) {
         bytes = 0;
     }
     text.resize(bytes);
     return text;
 }
 
-std::string withoutreturns(std::string text) {
-    text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
-    return text;
+BY_HANDLE_FILE_INFORMATION information(const filehandle& file) {
+    BY_HANDLE_FILE_INFORMATION result = {};
+    GetFileInformationByHandle(file.get(), &result);
+    return result;
+}
+
+std::uint64_t wide(DWORD high, DWORD low) {
+    return static_cast<std::uint64_t>(high) << 32 | low;
+}
+
+// Where the last lines begin. A line feed at the very end ends the last of them.
+std::int64_t startoflast(const filehandle& file, std::int64_t size, std::size_t lines) {
+    std::size_t ends = 0;
+    for (std::int64_t to = size; to > 0;) {
+        const std::int64_t from = std::max<std::int64_t>(0, to - blockbytes);
+        const std::string text = block(file, from, to);
+        for (std::size_t i = text.size(); i-- > 0;) {
+            const std::int64_t at = from + static_cast<std::int64_t>(i);
+            if (text[i] == '\n' && at + 1 < size && ++ends == lines) {
+                return at + 1;
+            }
+        }
+        to = from;
+    }
+    return 0;
 }
 
 }  // namespace
 
-std::string lastlines(std::string_view text, std::size_t count, bool cut) {
-    if (cut) {
-        const std::size_t end = text.find('\n');
-        text.remove_prefix(end == std::string_view::npos ? 0 : end + 1);
-    }
-    std::size_t start = text.size();
-    for (std::size_t lines = 0; start > 0; --start) {
-        // The end of the line in front of the one that starts here, unless that is the text's own end.
-        if (text[start - 1] == '\n' && start < text.size() && ++lines == count) {
-            break;
+filetail::filetail(const std::string& pathIn, bool followingIn)
+    : path(orvsecutils::toutf16(pathIn)), following(followingIn) {
+    if (following) {
+        linkname = path + linksuffix + std::to_wstring(GetCurrentProcessId());
+        // A second name that was left behind would keep a log's content after its deletion.
+        const std::wstring folder = path.substr(0, path.find_last_of(L'\\') + 1);
+        WIN32_FIND_DATAW entry;
+        const orvsecutils::findhandle search(FindFirstFileW((path + linksuffix + L"*").c_str(), &entry));
+        for (BOOL found = static_cast<bool>(search); found; found = FindNextFileW(search.get(), &entry)) {
+            const std::wstring name = entry.cFileName;
+            const DWORD process = std::wcstoul(name.substr(name.find_last_of(L'-') + 1).c_str(), nullptr, 10);
+            if (!orvsecutils::kernelhandle(OpenProcess(SYNCHRONIZE, FALSE, process))) {
+                DeleteFileW((folder + name).c_str());
+            }
         }
     }
-    return withoutreturns(std::string(text.substr(start)));
 }
 
-filetail::filetail(std::string pathIn) : path(std::move(pathIn)) {}
+filetail::~filetail() {
+    unlink();
+}
 
-std::optional<std::string> filetail::last(std::size_t count) {
-    const orvsecutils::filehandle file = open(path);
+// The system's code if there is nothing to link to.
+unsigned long filetail::link() {
+    if (!following) {
+        return 0;
+    }
+    DeleteFileW(linkname.c_str());
+    linked = CreateHardLinkW(linkname.c_str(), path.c_str(), nullptr);
+    const DWORD failure = linked ? 0 : GetLastError();
+    return failure == ERROR_FILE_NOT_FOUND || failure == ERROR_PATH_NOT_FOUND ? failure : 0;
+}
+
+void filetail::unlink() {
+    if (linked) {
+        DeleteFileW(linkname.c_str());
+        linked = false;
+    }
+}
+
+unsigned long filetail::begin(std::optional<std::size_t> lastlines) {
+    if (const unsigned long failure = link()) {
+        return failure;
+    }
+    const filehandle file = open(linked ? linkname : path);
     if (!file) {
-        return std::nullopt;
+        return GetLastError();
     }
-    const std::int64_t end = size(file.get());
-    const std::int64_t from = std::max<std::int64_t>(0, end - blockbytes);
-    const std::string text = block(file.get(), from, end);
-    position = from + static_cast<std::int64_t>(text.size());
-    return lastlines(text, count, from > 0);
+    const BY_HANDLE_FILE_INFORMATION about = information(file);
+    current = {about.dwVolumeSerialNumber, wide(about.nFileIndexHigh, about.nFileIndexLow)};
+    const auto size = static_cast<std::int64_t>(wide(about.nFileSizeHigh, about.nFileSizeLow));
+    position = !lastlines ? 0 : *lastlines == 0 ? size : startoflast(file, size, *lastlines);
+    return 0;
 }
 
-std::string filetail::added() {
-    std::string text;
-    if (const orvsecutils::filehandle file = open(path)) {
-        const std::int64_t end = size(file.get());
-        if (end < position) {
-            position = 0;
-        }
-        text = block(file.get(), position, end);
-        position += static_cast<std::int64_t>(text.size());
+std::string filetail::lines(std::string text) {
+    text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
+    text.insert(0, unfinished);
+    const std::size_t end = text.rfind('\n') + 1;  // 0 without one
+    unfinished = text.substr(end);
+    text.resize(end);
+    return text;
+}
+
+// What was unfinished stays so: whatever comes next is not its end.
+std::string filetail::finished() {
+    const std::string last = rest();
+    return last.empty() ? last : last + "\n";
+}
+
+std::string filetail::next() {
+    if (!current && begin(std::nullopt) != 0) {
+        return std::string();
     }
-    return withoutreturns(std::move(text));
+    const auto same = [this](const BY_HANDLE_FILE_INFORMATION& about) {
+        return current->volume == about.dwVolumeSerialNumber &&
+               current->file == wide(about.nFileIndexHigh, about.nFileIndexLow);
+    };
+    {
+        const filehandle file = open(linked ? linkname : path);
+        const BY_HANDLE_FILE_INFORMATION about = information(file);
+        if (file && same(about)) {
+            const auto size = static_cast<std::int64_t>(wide(about.nFileSizeHigh, about.nFileSizeLow));
+            if (size < position) {  // emptied
+                position = 0;
+                return finished();
+            }
+            for (std::string text; !(text = block(file, position, size)).empty();) {
+                position += static_cast<std::int64_t>(text.size());
+                text = lines(std::move(text));
+                if (!text.empty()) {  // as when a line is longer than a block
+                    return text;
+                }
+            }
+        }
+    }
+    const filehandle now = open(path);
+    if (now && same(information(now))) {
+        leaving = false;
+        return std::string();
+    }
+    // A program may have opened the file before it went away, and write to it only now: look once more.
+    if (linked && !std::exchange(leaving, true)) {
+        return std::string();
+    }
+    unlink();
+    leaving = false;
+    current.reset();
+    return finished();
+}
+
+std::string filetail::rest() {
+    return std::exchange(unfinished, std::string());
 }
 
 }  // namespace orvdiag

@@ -1,10 +1,19 @@
 #include "tools/orvdiag/logging.h"
 
+#include <windows.h>
+
+#include <filesystem>
+#include <stdexcept>
+#include <vector>
+
 #include "orvsecutils/log/debugsettings.h"
+#include "orvsecutils/log/log.h"
 #include "orvsecutils/log/logfile.h"
 #include "orvsecutils/platform/platform.h"
-#include "tools/orvdiag/report.h"
-#include "tools/orvdiag/settingslist.h"
+#include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/platform/windows/handles.h"
+#include "tools/orvdiag/storedvalues.h"
+#include "tools/orvdiag/text.h"
 
 namespace orvdiag {
 
@@ -12,40 +21,155 @@ using namespace orvsecutils;
 
 namespace {
 
-// Whose value it is that decides.
-std::string decider() {
-    const settingsdef definition = librarygroup(debugsettings::groupname);
-    for (const auto scope : {settingsscope::user, settingsscope::machine}) {
-        const settingsmap values = currentplatform().readsettings(scope, definition);
-        const auto found = values.find(debugsettings::loggingname);
-        if (found != values.end()) {
-            const std::string whose = scope == settingsscope::user ? "user's" : "machine's";
-            return found->second->type == settingtype::integer
-                       ? "by the " + whose + " setting"
-                       : "because the " + whose + " setting \"" + debugsettings::loggingname + "\" is not a number";
+const std::string wanted = debugsettings::loggingname;
+
+std::string named(const storedvalue& row) {
+    return "the " + whose(row.place) + " setting " + quoted(row.name);
+}
+
+bool aboutlogging(const storedvalue& row) {
+    return samebutcase(row.name, wanted);
+}
+
+// Whether the library takes the value for the switch, right or wrong.
+bool counts(const storedvalue& row) {
+    return row.name == wanted && row.place != store::machine32 && !row.ignored;
+}
+
+// One sentence for each value that does not do what whoever set it may have thought.
+std::vector<std::string> surprises(const std::vector<storedvalue>& rows) {
+    std::vector<std::string> sentences;
+    for (const storedvalue& row : rows) {
+        const std::string start = "T" + named(row).substr(1);
+        if (row.badtext && row.place != store::machine32) {
+            sentences.push_back(start + " is malformed (not valid UTF-16): the library cannot read the group " +
+                                debugsettings::groupname + ".");
+        }
+        if (!aboutlogging(row)) {
+            continue;
+        }
+        if (row.place == store::machine32) {
+            sentences.push_back(start + " lies in the 32-bit view of the registry: the library reads the 64-bit view.");
+        } else if (row.name != wanted) {
+            sentences.push_back(start + " is spelled in another way: the library reads " + quoted(wanted) +
+                                " only, so delete it.");
+        } else if (row.kind != "number") {
+            sentences.push_back(start + " is not a number (REG_DWORD) but of the kind " + row.kind +
+                                (row.ignored ? ": the library ignores it." : ": it counts as off."));
+        } else if (row.ignored) {
+            sentences.push_back(start + " is malformed: the library ignores it.");
         }
     }
-    return "because nobody has set it";
+    return sentences;
+}
+
+std::string reason(const std::vector<storedvalue>& rows, bool groupread) {
+    if (!groupread) {
+        return std::string("because the group ") + debugsettings::groupname + " cannot be read";
+    }
+    bool any = false;
+    for (const storedvalue& row : rows) {  // the user's comes first
+        if (counts(row)) {
+            return row.kind == "number" ? "by the " + whose(row.place) + " setting"
+                                        : "because " + named(row) + " is not a number";
+        }
+        any = any || aboutlogging(row);
+    }
+    return any ? "because no value that the library reads sets it" : "because nobody has set it";
 }
 
 }  // namespace
 
-outcome switchlogging(const arguments& given) {
-    if (!given.words.empty()) {
-        // This one value, and not the group as a whole: saving would write back what else the user has there.
-        const settingsmap change = {{debugsettings::loggingname, makesetting(given.words.front() == "on" ? 1u : 0u)}};
-        if (!currentplatform().writesettings(settingsscope::user, librarygroup(debugsettings::groupname), change)) {
-            complain("the setting cannot be written to the user's registry");
-            return {1, std::nullopt};
+std::string logobstacle(const std::string& path) {
+    if (path.empty()) {
+        return "Windows names no profile folder for this user";
+    }
+    const std::filesystem::path file = toutf16(path);
+    const auto open = [](const std::filesystem::path& name, DWORD access, DWORD disposition, DWORD flags) {
+        return filehandle(CreateFileW(name.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, disposition, flags, nullptr));
+    };
+    if (open(file, FILE_APPEND_DATA, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL)) {
+        return std::string();
+    }
+    if (const DWORD failure = GetLastError(); failure != ERROR_FILE_NOT_FOUND && failure != ERROR_PATH_NOT_FOUND) {
+        return systemwords(failure);
+    }
+    // It is not there yet, so try what the library would do: make the folders, then a file in them. A file of another
+    // name, so that the trial's end does not take a program's first lines with it.
+    std::vector<std::filesystem::path> missing;
+    for (std::filesystem::path folder = file.parent_path(); !exists(folder); folder = folder.parent_path()) {
+        missing.insert(missing.begin(), folder);
+    }
+    std::string obstacle;
+    for (const std::filesystem::path& folder : missing) {
+        if (obstacle.empty() && !CreateDirectoryW(folder.c_str(), nullptr)) {
+            obstacle = "the folder " + readable(folder.native()) + " cannot be made: " + systemwords(GetLastError());
         }
     }
-    const std::string state = debugsettings().logging() ? "on" : "off";  // read anew
-    print("Logging is " + state + ", " + decider() + ".\n");
-    if (!given.words.empty()) {
-        print("Programs that are running keep their setting until they are started again.\n");
+    if (obstacle.empty() &&
+        !open(file.native() + L".trial", FILE_APPEND_DATA | DELETE, CREATE_ALWAYS, FILE_FLAG_DELETE_ON_CLOSE)) {
+        obstacle =
+            "a file in " + readable(file.parent_path().native()) + " cannot be made: " + systemwords(GetLastError());
     }
-    print("Log file: " + logfilepath(currentplatform()) + "\n");
-    return {0, state};
+    for (; !missing.empty(); missing.pop_back()) {
+        RemoveDirectoryW(missing.back().c_str());  // stays if a program has begun to write there
+    }
+    return obstacle;
+}
+
+answer logging(const std::string& word) {
+    const std::string call = "orvdiag::logging(" + word + ")";
+    if (word == "off") {
+        loginfo() << call;  // a process asks for the switch once, so that the lines about switching it off are written
+    }
+    bool written = true;
+    if (!word.empty()) {
+        // This one value, and not the group as a whole: saving would write back what else the user has there.
+        const settingsmap change = {{wanted, makesetting(word == "on" ? 1u : 0u)}};
+        written = currentplatform().writesettings(settingsscope::user, librarygroup(debugsettings::groupname), change);
+    }
+    bool on = false;
+    bool groupread = true;
+    try {
+        on = debugsettings().logging();  // read anew
+    } catch (const std::range_error&) {
+        groupread = false;
+    }
+    const std::vector<storedvalue> rows = storedvalues(debugsettings::groupname);
+    const std::string because = reason(rows, groupread);
+    const std::vector<std::string> sentences = surprises(rows);
+    const std::string path = logfilepath(currentplatform());
+    const std::string obstacle = logobstacle(path);
+
+    answer result = {0, std::string(), json::object()};
+    if (!written) {
+        result.text += "The setting cannot be written to the user's registry.\n";
+    }
+    result.text += std::string("Logging is ") + (on ? "on" : "off") + ", " + because + ".\n";
+    for (const std::string& sentence : sentences) {
+        result.text += sentence + "\n";
+    }
+    if (!word.empty()) {
+        result.text += "Programs that are running keep their setting until they are started again.\n";
+    }
+    result.text += "Log file: " + path + "\n";
+    result.text += obstacle.empty() ? "It can be written.\n" : "It cannot be written: " + obstacle + "\n";
+    result.data = {{"logging", on},
+                   {"reason", because},
+                   {"remarks", sentences},
+                   {"logfile", path},
+                   {"writable", obstacle.empty()},
+                   {"obstacle", obstacle}};
+    const bool asked = word.empty() || (written && on == (word == "on"));
+    result.status = !asked || (on && !obstacle.empty()) ? 1 : 0;
+    if (word == "on") {
+        loginfo() << call;
+    }
+    if (!word.empty()) {
+        orvsecutils::log(result.status == 0) << call << "=" << (on ? "on" : "off");
+    }
+    return result;
 }
 
 }  // namespace orvdiag

@@ -1,10 +1,17 @@
 #pragma once
 
-#include "tools/orvdiag/commandline.h"
+#include <string>
+
+#include "tools/orvdiag/answer.h"
 
 namespace orvdiag {
 
-/// Tells whether logging is on for this user; switches it as the word says.
-outcome switchlogging(const arguments& given);
+/// Why the library could not write the log file at `path`, as found by trying; empty when it could. Leaves neither a
+/// file nor a folder behind.
+std::string logobstacle(const std::string& path);
+
+/// Switches the log for this user when `word` is "on" or "off", and tells whether it is on, why, and whether its file
+/// can be written.
+answer logging(const std::string& word);
 
 }  // namespace orvdiag

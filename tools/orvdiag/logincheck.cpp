@@ -2,142 +2,237 @@
 
 #include <windows.h>
 
-#include <algorithm>
-#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
 #include <vector>
 
-#include "login/Handshake.h"
-#include "login/loginRuntimeException.h"
+#include "orvsecutils/platform/platform.h"
 #include "orvsecutils/platform/unicode.h"
-#include "tools/orvdiag/assembly.h"
-#include "tools/orvdiag/report.h"
+#include "runtimedlls.h"
+#include "tools/orvdiag/image.h"
+#include "tools/orvdiag/text.h"
+#include "tools/orvdiag/trial.h"
 
 namespace orvdiag {
 
 using orvsecutils::toutf16;
-using orvsecutils::toutf8;
 
 namespace {
 
-struct part {
-    const char* file;      // below the library's folder
-    const char* assembly;  // its simple name; null for a native library
+constexpr char managerversion[] = "34.0.0.5070";
+constexpr char managedpart[] = "OrvelLoginClientCLR.dll";
+constexpr const char* assemblies[] = {"OrvelLoginClient", "loginManagerUtils"};
+
+// The library's two forms, each by a function that only it exports.
+struct form {
+    const char* file;
+    const char* exported;
+    bool needsruntimedlls;
 };
-constexpr part managedpart = {"OrvelLoginClientCLR.dll", "OrvelLoginClientCLR"};
-constexpr part parts[] = {
-    {"orvellogin.dll", nullptr},
-    {"libgcc_s_dw2-1.dll", nullptr},
-    {"libstdc++-6.dll", nullptr},
-    {"libwinpthread-1.dll", nullptr},
-    managedpart,
-    {"OrvelLoginManagerClient\\OrvelLoginClient.dll", "OrvelLoginClient"},
-    {"OrvelLoginManagerClient\\loginManagerUtils.dll", "loginManagerUtils"},
-};
+constexpr form classes = {"orvellogin.dll", "_ZN18LoginManagerClientC1EPFvvES1_6uiLang", true};
+constexpr form functions = {"orvelloginc.dll", "orvellogin_version", false};
+
+enum class grade { ok, warn, fail };
 
 struct finding {
-    bool good;
+    std::string subject;
+    grade result;
     std::string text;
+
+    // The worst grade counts, and all texts are shown.
+    void add(grade worse, const std::string& more) {
+        result = std::max(result, worse);
+        text += (text.empty() || more.empty() ? "" : "; ") + more;
+    }
 };
 
-template <class Numbers>
-std::string dotted(const Numbers& numbers) {
-    std::string text;
-    for (const unsigned number : numbers) {
-        text += (text.empty() ? "" : ".") + std::to_string(number);
-    }
-    return text;
-}
+struct file {
+    finding found;
+    std::string version;  // of its resource
+    std::string gcc;
+    std::size_t bytes;
 
-// Of the version resource; empty for a file without one.
-std::string fileversion(const std::wstring& path) {
-    DWORD ignored = 0;
-    std::vector<char> resource(GetFileVersionInfoSizeW(path.c_str(), &ignored));
-    void* found = nullptr;
-    UINT bytes = 0;
-    if (resource.empty() ||
-        !GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(resource.size()), resource.data()) ||
-        !VerQueryValueW(resource.data(), L"\\", &found, &bytes) || bytes < sizeof(VS_FIXEDFILEINFO)) {
-        return std::string();
-    }
-    const auto& info = *static_cast<const VS_FIXEDFILEINFO*>(found);
-    return dotted(std::vector<unsigned>{HIWORD(info.dwFileVersionMS), LOWORD(info.dwFileVersionMS),
-                                        HIWORD(info.dwFileVersionLS), LOWORD(info.dwFileVersionLS)});
-}
+    bool good() const { return found.result != grade::fail; }
+};
 
-finding look(const part& wanted, const std::wstring& path) {
-    std::ifstream file(std::filesystem::path(path), std::ios::binary);
-    if (!file) {
-        const bool there = GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-        return {false, there ? "is there but cannot be read" : "is missing"};
-    }
-    const std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-    const std::optional<image> found = readimage(bytes);
-    if (!found) {
-        return {false, "is damaged, or no library at all"};
-    }
-    if (found->sixtyfourbit) {
-        return {false, "is for 64-bit programs; this library serves 32-bit ones"};
-    }
-    const std::string resource = fileversion(path);
-    const std::string versions = resource.empty() ? "" : "file version " + resource;
-    if (!wanted.assembly) {
-        return {true, versions};
-    }
-    if (!found->managed) {
-        return {false, "is no managed assembly"};
-    }
-    if (found->name != wanted.assembly) {
-        return {false, "holds another assembly, " + found->name};
-    }
-    return {true, "assembly version " + dotted(found->version) + (versions.empty() ? "" : ", ") + versions};
-}
+class check {
+public:
+    explicit check(std::filesystem::path folderIn) : folder(std::move(folderIn)) {}
 
-// The way in which the library itself starts the runtime: by entering the managed part.
-finding enter(const std::wstring& library, const std::wstring& managedpart) {
-    try {
-        OrvelLoginClientCLR::enterManagedPart(library, managedpart);
-    } catch (const loginRuntimeException& failed) {
-        return {false, failed.what()};
+    std::vector<finding> run() {
+        const bool withfunctions = exists(folder / functions.file);
+        const bool withclasses = !withfunctions || exists(folder / classes.file);
+        const form& library = withclasses ? classes : functions;
+        if (withfunctions && withclasses) {
+            checklibrary(functions);
+        }
+        const std::string version = checklibrary(library);
+        file part = look(managedpart, true);
+        if (part.good() && !version.empty() && part.version != version) {
+            part.found.add(grade::warn, "not of the same version as the library, " + version);
+        }
+        findings.push_back(part.found);
+        checkassemblies(part, library.file);
+        return std::move(findings);
     }
-    return {true, "starts, and runs the managed part"};
-}
 
-void show(const char* what, const finding& found) {
-    constexpr std::size_t width = 48;
-    const std::string name = what;
-    print((found.good ? "ok    " : "FAIL  ") + name +
-          (found.text.empty() ? "" : std::string(width - std::min(name.size(), width - 2), ' ') + found.text) + "\n");
-}
+private:
+    file look(const std::string& name, bool managed) const {
+        const std::filesystem::path path = folder / toutf16(name);
+        file result = {{name, grade::ok, {}}, {}, {}, 0};
+        const auto bad = [&result](const std::string& text) {
+            result.found.add(grade::fail, text);
+            return result;
+        };
+        std::ifstream stream(path, std::ios::binary);
+        if (!stream) {
+            const DWORD reason = GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES ? GetLastError() : 0;
+            return bad(reason == ERROR_FILE_NOT_FOUND || reason == ERROR_PATH_NOT_FOUND
+                           ? "is missing"
+                           : "is there but cannot be read");
+        }
+        const std::string bytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+        const std::optional<image> headers = readimage(bytes);
+        if (!headers) {
+            return bad("is damaged or not a DLL");
+        }
+        if (!headers->for32bit) {
+            return bad("is for 64-bit programs; this library serves 32-bit ones");
+        }
+        if (headers->bytes > bytes.size()) {
+            return bad("is cut short: " + std::to_string(bytes.size()) + " of at least " +
+                       std::to_string(headers->bytes) + " bytes");
+        }
+        if (managed != headers->managed) {
+            return bad(managed ? "is not a managed assembly" : "is a managed assembly, not this library");
+        }
+        result.version = fileversion(path);
+        result.gcc = gccversion(bytes);
+        result.bytes = bytes.size();
+        result.found.add(grade::ok, result.version.empty() ? "" : "file version " + result.version);
+        return result;
+    }
+
+    // The library in one of its forms with what that needs. Returns its version.
+    std::string checklibrary(const form& which) {
+        file library = look(which.file, false);
+        if (library.good()) {
+            const trial loading = tryloading(folder / which.file, which.exported);
+            library.found.add(loading.succeeded ? grade::ok : grade::fail,
+                              loading.succeeded ? "loads" : "cannot be loaded: " + loading.text);
+        }
+        findings.push_back(library.found);
+        for (const runtimedll& shipped : runtimedlls) {
+            if (which.needsruntimedlls) {
+                file runtime = look(shipped.name, false);
+                if (!library.gcc.empty() && !runtime.gcc.empty() && !samegcc(library.gcc, runtime.gcc)) {
+                    runtime.found.add(grade::warn,
+                                      "of another GCC (" + runtime.gcc + ") than the library (" + library.gcc + ")");
+                } else if (runtime.good() && runtime.bytes != shipped.bytes) {
+                    // Not every file tells its compiler.
+                    runtime.found.add(grade::warn, "not the file that ships with the library but one of another GCC: " +
+                                                       std::to_string(runtime.bytes) + " bytes instead of " +
+                                                       std::to_string(shipped.bytes));
+                }
+                findings.push_back(runtime.found);
+            }
+        }
+        return library.version;
+    }
+
+    void checkassemblies(const file& part, const char* library) {
+        finding runtime = {".NET Framework runtime v4.0.30319", grade::ok, {}};
+        std::string lines;
+        if (part.good()) {
+            const trial opening = tryassemblies(folder / managedpart, folder / library);
+            runtime.add(opening.succeeded ? grade::ok : grade::fail,
+                        opening.succeeded ? "starts, and runs the managed part" : opening.text);
+            lines = opening.succeeded ? opening.text : std::string();
+        } else {
+            const bool missing = !exists(folder / managedpart);
+            runtime.add(grade::fail,
+                        std::string("not tried: the managed part is ") + (missing ? "missing" : "damaged"));
+        }
+        findings.push_back(runtime);
+        for (const char* name : assemblies) {
+            const std::string path = std::string("OrvelLoginManagerClient\\") + name + ".dll";
+            file assembly = look(path, true);
+            if (assembly.good() && !lines.empty()) {
+                interpret(name, lines, folder / toutf16(path), assembly.found);
+            }
+            findings.push_back(assembly.found);
+        }
+    }
+
+    // What the managed part says of one assembly.
+    static void interpret(const std::string& name, const std::string& lines, const std::filesystem::path& expected,
+                          finding& found) {
+        std::string lacking;
+        std::istringstream stream(lines);
+        for (std::string line; std::getline(stream, line);) {
+            const std::size_t word = line.find('\t') + 1;
+            const std::size_t value = line.find('\t', word) + 1;
+            if (line.substr(0, word - 1) != name) {
+                continue;
+            }
+            const std::string kind = line.substr(word, value - word - 1);
+            const std::string text = line.substr(value);
+            if (kind == "name" && text != name) {
+                found.add(grade::fail, "holds another assembly, " + text);
+            } else if (kind == "version") {
+                found.add(text == managerversion ? grade::ok : grade::warn,
+                          "assembly version " + text +
+                              (text == managerversion ? "" : std::string(" instead of ") + managerversion));
+            } else if (kind == "file" && !samebutcase(text, readable(expected.native()))) {
+                found.add(grade::warn, "the runtime takes another file, " + text);
+            } else if (kind == "lacks") {
+                lacking += (lacking.empty() ? "lacks " : ", ") + text;
+            } else if (kind == "members" && lacking.empty() && name == assemblies[0]) {
+                found.add(grade::ok, "has all " + text + " members that the library calls");
+            } else if (kind == "failure") {
+                found.add(grade::fail, "cannot be used by the runtime: " + text);
+            }
+        }
+        if (!lacking.empty()) {
+            found.add(grade::fail, lacking);
+        }
+    }
+
+    const std::filesystem::path folder;
+    std::vector<finding> findings;
+};
 
 }  // namespace
 
-outcome checklogin(const arguments& given) {
-    const std::wstring folder = std::filesystem::absolute(toutf16(given.words.front())).lexically_normal().native();
-    print("Folder: " + toutf8(folder) + "\n");
-    if (!std::filesystem::is_directory(folder)) {
-        print("FAIL  there is no such folder\n");
-        return {1, std::nullopt};
+answer checklogin(const std::string& given) {
+    const std::filesystem::path folder =
+        std::filesystem::absolute(toutf16(given.empty() ? orvsecutils::currentplatform().executablefolder() : given))
+            .lexically_normal();
+    answer result = {0, "Folder: " + readable(folder.native()) + "\n", json::object()};
+    std::vector<finding> findings = {{"folder", grade::fail, "there is no such folder"}};
+    if (is_directory(folder)) {
+        findings = check(folder).run();
     }
-    int failures = 0;
-    finding runtime = {false, "not tried, for want of the managed part"};
-    for (const part& wanted : parts) {
-        const std::wstring path = folder + L"\\" + toutf16(wanted.file);
-        const finding found = look(wanted, path);
-        show(wanted.file, found);
-        failures += !found.good;
-        if (found.good && wanted.file == managedpart.file) {
-            runtime = enter(folder + L"\\orvellogin.dll", path);
-        }
+    static constexpr const char* words[] = {"ok", "warn", "FAIL"};
+    grade worst = grade::ok;
+    json rows = json::array();
+    std::vector<std::vector<std::string>> lines;
+    for (const finding& row : findings) {
+        const char* word = words[static_cast<std::size_t>(row.result)];
+        worst = std::max(worst, row.result);
+        lines.push_back({word, row.subject, oneline(row.text)});
+        rows.push_back({{"result", word}, {"subject", row.subject}, {"text", row.text}});
     }
-    show(".NET Framework runtime v4.0.30319", runtime);
-    failures += !runtime.good;
-    print(failures == 0 ? "Everything is in its place.\n"
-                        : "Not everything is in its place; see the lines with FAIL.\n");
-    return {failures == 0 ? 0 : 1, std::to_string(failures)};
+    static constexpr const char* verdicts[] = {"Everything is in its place.",
+                                               "Everything is in its place, but see the lines with warn.",
+                                               "Not everything is in its place; see the lines with FAIL."};
+    const char* verdict = verdicts[static_cast<std::size_t>(worst)];
+    result.status = worst == grade::fail ? 1 : 0;
+    result.text += table(lines) + verdict + "\n";
+    result.data = {{"folder", readable(folder.native())}, {"verdict", verdict}, {"findings", rows}};
+    return result;
 }
 
 }  // namespace orvdiag

@@ -1,10 +1,13 @@
 #pragma once
 
-#include "tools/orvdiag/commandline.h"
+#include <string>
+
+#include "tools/orvdiag/answer.h"
 
 namespace orvdiag {
 
-/// Prints what is there of the login library in the folder that the word names, and whether the runtime starts.
-outcome checklogin(const arguments& given);
+/// Looks whether the login library in a folder is complete, loads, and gets on with the login manager that lies there.
+/// An empty `folder` is the tool's own.
+answer checklogin(const std::string& folder);
 
 }  // namespace orvdiag

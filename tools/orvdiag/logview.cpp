@@ -2,26 +2,166 @@
 
 #include <windows.h>
 
+#include <algorithm>
+#include <atomic>
+#include <deque>
+
 #include "orvsecutils/log/logfile.h"
 #include "orvsecutils/platform/platform.h"
 #include "tools/orvdiag/filetail.h"
-#include "tools/orvdiag/report.h"
+#include "tools/orvdiag/logging.h"
+#include "tools/orvdiag/output.h"
+#include "tools/orvdiag/text.h"
 
 namespace orvdiag {
 
-outcome showlog(const arguments& given) {
-    constexpr std::size_t shownlines = 20;
-    constexpr DWORD pausemilliseconds = 250;
-    const std::string path = orvsecutils::logfilepath(orvsecutils::currentplatform());
-    print("Log file: " + path + "\n");
-    filetail tail(path);
-    const std::optional<std::string> lines = tail.last(shownlines);
-    print(lines ? *lines : "It is not there yet, or cannot be read. orvdiag logging tells whether logging is on.\n");
-    // An empty text tells whether the reader is still there only once there is something to say; that will do.
-    while (given.option && print(tail.added())) {
-        Sleep(pausemilliseconds);
+namespace {
+
+std::atomic<bool> interrupted = false;
+
+BOOL WINAPI interrupt(DWORD event) {
+    interrupted = true;
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
+        Sleep(2000);  // the process ends when this returns
     }
-    return {0, lines ? std::optional<std::string>(path) : std::nullopt};
+    return TRUE;
+}
+
+// Where a record's level begins in its first line, as in "11/21/2026 09:14:03+0100,info,host.exe,message"; npos in a
+// line that does not begin a record.
+std::size_t levelat(std::string_view line) {
+    constexpr std::string_view form = "00/00/0000 00:00:00+0000,";
+    if (line.size() < form.size()) {
+        return std::string_view::npos;
+    }
+    for (std::size_t i = 0; i < form.size(); ++i) {
+        const bool right = form[i] == '0'   ? line[i] >= '0' && line[i] <= '9'
+                           : form[i] == '+' ? line[i] == '+' || line[i] == '-'
+                                            : line[i] == form[i];
+        if (!right) {
+            return std::string_view::npos;
+        }
+    }
+    return form.size();
+}
+
+// Calls `take` with each line that passes, its line feed included.
+template <class Take>
+void eachline(std::string_view text, recordfilter& filter, Take take) {
+    while (!text.empty()) {
+        const std::string_view line = text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
+        text.remove_prefix(line.size());
+        if (filter.passes(line)) {
+            take(line);
+        }
+    }
+}
+
+std::string filtered(std::string_view text, recordfilter& filter) {
+    std::string result;
+    eachline(text, filter, [&](std::string_view line) { result += line; });
+    return result;
+}
+
+std::string whynot(const std::string& path, unsigned long failure) {
+    return path.empty() ? "there is no log file: Windows names no profile folder for this user"
+                        : "the log file cannot be read: " + systemwords(failure);
+}
+
+// The lines that are there, up to the last `count` that pass.
+std::deque<std::string> present(filetail& tail, std::size_t count, recordfilter& filter, bool unfinished) {
+    std::deque<std::string> kept;
+    const auto keep = [&](std::string_view line) {
+        kept.emplace_back(line);
+        if (kept.size() > count) {
+            kept.pop_front();
+        }
+    };
+    for (std::string text; !(text = tail.next()).empty();) {
+        eachline(text, filter, keep);
+    }
+    if (unfinished) {
+        eachline(tail.rest(), filter, keep);
+    }
+    return kept;
+}
+
+}  // namespace
+
+bool recordfilter::passes(std::string_view line) {
+    if (levels.empty() && program.empty()) {
+        return true;
+    }
+    const std::size_t level = levelat(line);
+    if (level == std::string_view::npos) {
+        return passing;
+    }
+    const std::size_t end = std::min(line.find(',', level), line.size());
+    const std::string_view rest = line.substr(std::min(end + 1, line.size()));
+    passing =
+        (levels.empty() || std::find(levels.begin(), levels.end(), line.substr(level, end - level)) != levels.end()) &&
+        (program.empty() || samebutcase(rest.substr(0, program.size() + 1), program + ","));
+    return passing;
+}
+
+int showlog(logrequest request) {
+    constexpr DWORD pausemilliseconds = 20;
+    const std::string path = orvsecutils::logfilepath(orvsecutils::currentplatform());
+    if (path.empty()) {
+        complain(whynot(path, 0));
+        return 1;
+    }
+    if (request.follow) {
+        SetConsoleCtrlHandler(interrupt, TRUE);
+    }
+    print("Log file: " + path + "\n");
+    recordfilter& filter = request.filter;
+    filetail tail(path, request.follow);
+    // Without a filter, what lies in front of the last lines need not be read.
+    const bool all = filter.levels.empty() && filter.program.empty();
+    const unsigned long failure = tail.begin(all ? request.lines : std::nullopt);
+    if (failure != 0) {
+        complain(whynot(path, failure));
+    } else if (request.lines) {
+        for (const std::string& line : present(tail, *request.lines, filter, !request.follow)) {
+            print(line);
+        }
+    } else {
+        for (std::string text; !(text = tail.next()).empty() && print(filtered(text, filter));) {
+        }
+    }
+    if (!request.follow) {
+        print(filtered(tail.rest(), filter));
+        return failure == 0 ? 0 : 1;
+    }
+    while (!interrupted) {
+        const std::string text = tail.next();
+        if (!print(filtered(text, filter))) {
+            break;  // nobody reads on, which shows at the first line after that
+        }
+        if (text.empty()) {
+            Sleep(pausemilliseconds);
+        }
+    }
+    return 0;
+}
+
+answer lastlines(std::size_t count) {
+    answer result = {0, std::string(), json::array()};
+    const std::string path = orvsecutils::logfilepath(orvsecutils::currentplatform());
+    filetail tail(path, false);
+    const unsigned long failure = path.empty() ? ERROR_PATH_NOT_FOUND : tail.begin(count);
+    if (failure != 0) {
+        return {1, "None: " + whynot(path, failure) + ".\n", result.data};
+    }
+    recordfilter all;
+    for (const std::string& line : present(tail, count, all, true)) {
+        const std::string text = readable(line);
+        result.text += text;
+        result.data.push_back(text.substr(0, text.find('\n')));
+    }
+    result.text += result.text.empty() || result.text.back() == '\n' ? "" : "\n";
+    return result;
 }
 
 }  // namespace orvdiag

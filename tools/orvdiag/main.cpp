@@ -5,47 +5,29 @@
 #include <string>
 #include <vector>
 
-#include "orvsecutils/log/log.h"
-#include "orvsecutils/platform/unicode.h"
 #include "tools/orvdiag/commandline.h"
-#include "tools/orvdiag/report.h"
+#include "tools/orvdiag/output.h"
+#include "tools/orvdiag/text.h"
+#include "tools/orvdiag/trial.h"
 
 namespace orvdiag {
 
 namespace {
 
-// The command as a traced call.
-std::string call(const request& asked) {
-    std::string text = "orvdiag::" + std::string(asked.chosen->name) + "(";
-    for (const std::string& word : asked.given.words) {
-        text += word;
-    }
-    return text + ")";
-}
-
-int run(const std::vector<std::string>& texts) {
-    const request asked = parse(texts);
+int run(const std::vector<std::string>& words) {
+    claimstandardoutput();
+    const request asked = parse(words);
     if (!asked.complaint.empty()) {
         complain(asked.complaint);
         return 2;
     }
-    if (asked.help) {
-        print(helptext(asked.chosen));
-        return 0;
+    print(asked.text);
+    const int status = asked.command ? asked.command() : 0;
+    if (!print("")) {
+        complain("standard output cannot be written");
+        return 1;
     }
-    claimstandardoutput();
-    orvsecutils::loginfo() << call(asked);
-    try {
-        const outcome result = asked.chosen->run(asked.given);
-        if (!print("")) {
-            throw std::runtime_error("standard output cannot be written");
-        }
-        orvsecutils::log(result.status == 0) << call(asked) << "=" << result.result.value_or("null");
-        return result.status;
-    } catch (const std::exception& failed) {
-        orvsecutils::logerror() << call(asked) << "=" << failed.what();
-        throw;
-    }
+    return status;
 }
 
 }  // namespace
@@ -54,9 +36,12 @@ int run(const std::vector<std::string>& texts) {
 
 int wmain(int count, wchar_t** words) {
     try {
+        if (count > 1 && words[1] == std::wstring(orvdiag::trialword)) {
+            return orvdiag::runtrial(count, words);
+        }
         std::vector<std::string> texts;
         for (int i = 1; i < count; ++i) {
-            texts.push_back(orvsecutils::toutf8(words[i]));
+            texts.push_back(orvdiag::readable(std::wstring_view(words[i])));
         }
         return orvdiag::run(texts);
     } catch (const std::exception& failed) {

@@ -1,33 +1,93 @@
 #include "tools/orvdiag/report.h"
 
-#include <io.h>
 #include <windows.h>
 
-#include <cstdio>
-#include <string>
+#include <exception>
+#include <filesystem>
+
+#include "orvsecutils/log/appendfile.h"
+#include "orvsecutils/log/recordheader.h"
+#include "orvsecutils/log/walltime.h"
+#include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/platform/windows/handles.h"
+#include "tools/orvdiag/facts.h"
+#include "tools/orvdiag/logging.h"
+#include "tools/orvdiag/logincheck.h"
+#include "tools/orvdiag/logview.h"
+#include "tools/orvdiag/settingslist.h"
+#include "tools/orvdiag/text.h"
 
 namespace orvdiag {
 
 namespace {
 
-std::FILE* report = stdout;
+constexpr std::size_t reportedlines = 200;
+
+constexpr char personaldata[] =
+    "This report holds personal data: the names of the user and the computer, folders, the address of a network\n"
+    "adapter, settings, and what programs wrote to the log. Settings whose names look like passwords, tokens or keys\n"
+    "are shown as \"(hidden)\". Give it only to those who are to find the fault.\n";
+
+struct section {
+    const char* title;
+    const char* name;  // in JSON
+    answer (*ask)(const std::string& folder);
+};
+
+constexpr section sections[] = {
+    {"Is the login library complete?", "login", [](const std::string& folder) { return checklogin(folder); }},
+    {"Windows and .NET Framework", "versions", [](const std::string&) { return systemversions(); }},
+    {"Machine and user", "facts", [](const std::string&) { return facts(); }},
+    {"Settings", "settings", [](const std::string&) { return listing(allstoredvalues(), true); }},
+    {"Logging", "logging", [](const std::string&) { return logging(std::string()); }},
+    {"The log's last lines, at most 200", "log", [](const std::string&) { return lastlines(reportedlines); }},
+};
+
+// What goes wrong in one section must not take the others with it.
+answer ask(const section& row, const std::string& folder) {
+    try {
+        return row.ask(folder);
+    } catch (const std::exception& failed) {
+        return {1, std::string("This cannot be told: ") + failed.what() + "\n", failed.what()};
+    }
+}
+
+// The system's words for why it cannot be done; empty when it was.
+std::string writefile(const std::wstring& path, const std::string& bytes) {
+    const orvsecutils::filehandle file(
+        CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    DWORD written = 0;
+    const bool good = file &&
+                      WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
+                      written == bytes.size();
+    return good ? std::string() : systemwords(GetLastError());
+}
 
 }  // namespace
 
-void claimstandardoutput() {
-    SetConsoleOutputCP(CP_UTF8);
-    report = _fdopen(_dup(_fileno(stdout)), "w");
-    _dup2(_fileno(stderr), _fileno(stdout));
-}
-
-bool print(std::string_view text) {
-    return report && std::fwrite(text.data(), 1, text.size(), report) == text.size() && std::fflush(report) == 0 &&
-           !std::ferror(report);
-}
-
-void complain(std::string_view line) {
-    const std::string text = "orvdiag: " + std::string(line) + "\n";
-    std::fwrite(text.data(), 1, text.size(), stderr);
+answer writereport(const std::string& file, const std::string& folder, bool asjson) {
+    const std::array<char, 24> time = orvsecutils::timetext(orvsecutils::currentwalltime());
+    const std::string written(time.begin(), time.end());
+    std::string text = std::string("Report of orvdiag ") + ORVDIAG_VERSION + ", " + written + "\n\n" + personaldata;
+    json data = {
+        {"tool", std::string("orvdiag ") + ORVDIAG_VERSION}, {"written", written}, {"personaldata", personaldata}};
+    for (const section& row : sections) {
+        const answer found = ask(row, folder);
+        text += std::string("\n== ") + row.title + "\n\n" + found.text;
+        data[row.name] = found.data;
+    }
+    if (asjson) {
+        text = data.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
+    }
+    const std::wstring path = std::filesystem::absolute(orvsecutils::toutf16(file)).native();
+    const std::string shown = readable(path);
+    const std::string obstacle = writefile(path, orvsecutils::textfileform(readable(text)));
+    if (!obstacle.empty()) {
+        return {1,
+                "The report cannot be written to " + shown + ": " + obstacle + "\n",
+                {{"file", shown}, {"obstacle", obstacle}}};
+    }
+    return {0, "Report: " + shown + "\n" + personaldata, {{"file", shown}, {"personaldata", personaldata}}};
 }
 
 }  // namespace orvdiag

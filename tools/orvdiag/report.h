@@ -1,17 +1,13 @@
 #pragma once
 
-#include <string_view>
+#include <string>
+
+#include "tools/orvdiag/answer.h"
 
 namespace orvdiag {
 
-/// Keeps standard output for the report: what else writes there from now on, as the log's echo does, goes to standard
-/// error.
-void claimstandardoutput();
-
-/// Adds UTF-8 text to the report. False when that cannot be done, now or at an earlier call.
-bool print(std::string_view text);
-
-/// Writes one line about a failure to standard error.
-void complain(std::string_view line);
+/// Writes all that an engineer asks for into one file at the path `file`, in UTF-8, with the login library looked for
+/// in `folder` (empty for the tool's own), as text or as JSON. What comes back says where it is, or why it is not.
+answer writereport(const std::string& file, const std::string& folder, bool asjson);
 
 }  // namespace orvdiag

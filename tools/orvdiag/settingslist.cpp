@@ -1,94 +1,98 @@
 #include "tools/orvdiag/settingslist.h"
 
 #include <algorithm>
-#include <array>
-#include <vector>
 
-#include "orvsecutils/platform/platform.h"
-#include "orvsecutils/settings/productnames.h"
-#include "tools/orvdiag/json.h"
-#include "tools/orvdiag/report.h"
+#include "tools/orvdiag/text.h"
 
 namespace orvdiag {
 
-using namespace orvsecutils;
-
 namespace {
 
-using line = std::array<std::string, 4>;
-
-const char* kind(const setting& value) {
-    static constexpr const char* words[] = {"number", "text", "list"};
-    return words[static_cast<std::size_t>(value.type)];
-}
-
-// Texts in quotes, so that spaces at their ends and empty ones are seen.
-std::string payload(const setting& value) {
-    switch (value.type) {
-        case settingtype::integer:
-            return std::to_string(static_cast<const settingint&>(value).value);
-        case settingtype::string:
-            return jsonstring(static_cast<const settingstring&>(value).value);
-        case settingtype::multistring:
-            break;
+std::string valuetext(const json& value) {
+    if (value.is_string()) {
+        return quoted(value.get<std::string>());
+    }
+    if (!value.is_array()) {
+        return value.is_null() ? std::string() : value.dump();
     }
     std::string list;
-    for (const std::string& text : static_cast<const settingmultistring&>(value).value) {
-        list += (list.empty() ? "" : ", ") + jsonstring(text);
+    for (const json& text : value) {
+        list += (list.empty() ? "" : ", ") + quoted(text.get<std::string>());
     }
     return "[" + list + "]";
 }
 
+// What an engineer has to know of a value besides; empty when the library takes it as it is.
+std::string remark(const storedvalue& row, const std::vector<storedvalue>& rows) {
+    if (row.place == store::machine32) {
+        return "not read: the library reads the 64-bit view";
+    }
+    if (row.badtext) {
+        return "malformed: not valid UTF-16, so the library cannot read the group";
+    }
+    if (row.ignored) {
+        const bool known = row.kind == "number" || row.kind == "text" || row.kind == "list";
+        return known ? "ignored: malformed" : "ignored: the library reads no values of this kind";
+    }
+    const bool hidden =
+        row.place == store::machine && std::any_of(rows.begin(), rows.end(), [&](const auto& other) {
+            return other.place == store::user && !other.ignored && other.group == row.group && other.name == row.name;
+        });
+    return hidden ? "hidden by the user's" : "";
+}
+
+const char* scope(store place) {
+    static constexpr const char* words[] = {"user", "machine", "machine, 32-bit view"};
+    return words[static_cast<std::size_t>(place)];
+}
+
 }  // namespace
 
-settingsdef librarygroup(const std::string& name) {
-    return settingsdef(companyname, applicationid, groupkey, name, std::string());
-}
-
-std::string listing(const settingsmap& user, const settingsmap& machine) {
-    std::vector<line> lines = {{"NAME", "KIND", "VALUE", "SCOPE"}};
-    for (const auto& [name, value] : user) {
-        lines.push_back({name, kind(*value), payload(*value), "user"});
-    }
-    for (const auto& [name, value] : machine) {
-        const bool hidden = user.find(name) != user.end();
-        lines.push_back({name, kind(*value), payload(*value), hidden ? "machine, hidden by the user's" : "machine"});
-    }
-    std::stable_sort(lines.begin() + 1, lines.end(), [](const line& a, const line& b) { return a[0] < b[0]; });
-
-    std::array<std::size_t, 4> widths = {};
-    for (const line& row : lines) {
-        for (std::size_t i = 0; i + 1 < row.size(); ++i) {
-            widths[i] = std::max(widths[i], row[i].size() + 2);
+bool namesasecret(const std::string& name) {
+    std::string lower = name;
+    std::transform(lower.begin(), lower.end(), lower.begin(), [](char letter) {
+        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
+    });
+    for (const char* part : {"pass", "pwd", "secret", "token", "key", "credential", "cookie", "ticket"}) {
+        if (lower.find(part) != std::string::npos) {
+            return true;
         }
     }
-    std::string text;
-    for (const line& row : lines) {
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            text += row[i] + std::string(std::max(widths[i], row[i].size()) - row[i].size(), ' ');
-        }
-        text += '\n';
-    }
-    return text;
+    return false;
 }
 
-outcome showsettings(const arguments& given) {
-    const std::string& name = given.words.front();
-    const settingsdef definition = librarygroup(name);
-    const platform& system = currentplatform();
-    const settingsmap user = system.readsettings(settingsscope::user, definition);
-    const settingsmap machine = system.readsettings(settingsscope::machine, definition);
-    if (!user.empty() || !machine.empty()) {
-        print(listing(user, machine));
-        return {0, std::to_string(user.size() + machine.size())};
+answer listing(const std::vector<storedvalue>& rows, bool forreport) {
+    answer result = {0, std::string(), json::array()};
+    std::vector<std::vector<std::string>> lines = {{"NAME", "KIND", "VALUE", "SCOPE"}};
+    for (const storedvalue& row : rows) {
+        const json value = forreport && namesasecret(row.name) ? json("(hidden)") : row.value;
+        const std::string name = oneline(forreport && !row.group.empty() ? row.group + "\\" + row.name : row.name);
+        const std::string more = remark(row, rows);
+        lines.push_back({name, row.kind, value == "(hidden)" ? "(hidden)" : valuetext(value),
+                         scope(row.place) + (more.empty() ? "" : ", " + more)});
+        result.data.push_back({{"group", row.group},
+                               {"name", row.name},
+                               {"kind", row.kind},
+                               {"value", value},
+                               {"scope", scope(row.place)},
+                               {"remark", more}});
+        result.status = row.badtext && row.place != store::machine32 ? 1 : result.status;
     }
-    if (system.settingsexist(settingsscope::user, definition) ||
-        system.settingsexist(settingsscope::machine, definition)) {
-        print("The group " + name + " holds no values.\n");
-        return {0, "0"};
+    result.text = rows.empty() ? "There are no values.\n" : table(lines);
+    return result;
+}
+
+answer settingsof(const std::string& group) {
+    const std::vector<storedvalue> rows = storedvalues(group);
+    answer result = listing(rows, false);
+    if (rows.empty()) {
+        const bool there = groupexists(group);
+        result.status = there ? 0 : 1;
+        result.text = there ? "The group " + oneline(group) + " holds no values.\n"
+                            : "There is no group " + oneline(group) + ", neither the user's nor the machine's.\n";
     }
-    print("There is no group " + name + ", neither the user's nor the machine's.\n");
-    return {1, std::nullopt};
+    result.data = {{"group", group}, {"values", result.data}};
+    return result;
 }
 
 }  // namespace orvdiag

@@ -1,20 +1,20 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
-#include "orvsecutils/settings/setting.h"
-#include "orvsecutils/settings/settingsdef.h"
-#include "tools/orvdiag/commandline.h"
+#include "tools/orvdiag/answer.h"
+#include "tools/orvdiag/storedvalues.h"
 
 namespace orvdiag {
 
-/// Where the library's group of that name lies.
-orvsecutils::settingsdef librarygroup(const std::string& name);
+/// Whether a value of that name may be a secret: a password, a token, a key and the like.
+bool namesasecret(const std::string& name);
 
-/// The values of a group as lines: name, kind, value, scope.
-std::string listing(const orvsecutils::settingsmap& user, const orvsecutils::settingsmap& machine);
+/// The values as lines and as data; with their groups, and without secrets, for a report.
+answer listing(const std::vector<storedvalue>& rows, bool forreport);
 
-/// Prints the group that the word names.
-outcome showsettings(const arguments& given);
+/// The values of one group.
+answer settingsof(const std::string& group);
 
 }  // namespace orvdiag

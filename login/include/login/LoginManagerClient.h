@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The exported class: sign-in, sign-out, and what a sign-in established.
+
 #include <atomic>
 #include <string>
 

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The record of a signed-in user.
+
 #include <string>
 
 #include "login/LoginExport.h"

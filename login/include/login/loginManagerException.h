@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// A failure that the login manager reports, and its codes.
+
 #include <exception>
 
 /// Outcome that the login manager reports with a failure: the number of its `loginManagerStatusCode`, 0 to 8.

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// Any other failure.
+
 #include <cstdint>
 #include <exception>
 #include <string>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The languages of the login manager.
+
 /// Language of the login manager's user interface: the number of its `langCode`, 0 to 13.
 ///
 /// Which language a number stands for is laid down by the login manager that you deploy, so the names here carry the

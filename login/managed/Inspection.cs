@@ -1,0 +1,135 @@
+using System;
+using System.Collections.Generic;
+using System.Globalization;
+using System.Reflection;
+using System.Runtime.InteropServices;
+
+namespace OrvelLoginClientCLR
+{
+    /// Tells the diagnostics tool what the outside assemblies are, without running anything of theirs. Names their types as
+    /// texts only: nothing else says what is missing when one of them is.
+    public static class Inspection
+    {
+        const string Client = "OrvelLoginClient";
+        const string Utils = "loginManagerUtils";
+
+        /// What the library calls: assembly, type, member. As Signature() writes members.
+        static readonly string[,] called =
+        {
+            { Client, "LoginManagerClient", "Void .ctor(LoginHandlerDelegate, LogoutHandlerDelegate, langCode)" },
+            { Client, "LoginManagerClient", "LoginResponse login()" },
+            { Client, "LoginManagerClient", "LoginResponse login(String, String)" },
+            { Client, "LoginManagerClient", "LoginResponse getLoggedInUser()" },
+            { Client, "LoginManagerClient", "Void Logout()" },
+            { Client, "LoginManagerClient", "String getAccessToken()" },
+            { Client, "LoginManagerClient", "String formatAccessURL(String)" },
+            { Client, "LoginManagerClient", "String getPlatformURL()" },
+            { Client, "LoginManagerClient", "String getRegistryURL()" },
+            { Client, "LoginManagerClient", "String getPassportURL()" },
+            { Client, "LoginManagerClient", "String getCASCookie()" },
+            { Client, "LoginManagerClient", "String getmyAppsURL()" },
+            { Client, "LoginManagerClient", "String getKelpaURL()" },
+            { Client, "LoginManagerClient", "String getTenantName()" },
+            { Client, "LoginManagerClient", "String getTenantId()" },
+            { Client, "LoginManagerClient", "String getTenantIds()" },
+            { Client, "LoginManagerClient", "String getSpaceURL()" },
+            { Client, "LoginManagerClient", "String getLoginTicket(String)" },
+            { Client, "LoginManagerClient", "Void stopDNMListener()" },
+            { Client, "LoginManagerClient", "static Void DunmoreLoginBrowser(String, String)" },
+            { Client, "LoginManagerClient", "static String getDNMAccessToken()" },
+            { Client, "LoginManagerClient", "static Boolean isDunmorePlatformTokenExpired(String)" },
+            { Client, "LoginResponse", "String statusDescription" },
+            { Client, "LoginResponse", "String userName" },
+            { Client, "LoginResponse", "String firstName" },
+            { Client, "LoginResponse", "String lastName" },
+            { Client, "LoginResponse", "String rowId" },
+            { Client, "LoginResponse", "String aliasName" },
+            { Client, "LoginResponse", "String domainName" },
+            { Utils, "LoginManagerException", "loginManagerStatusCode status" },
+        };
+
+        /// Writes what there is to tell into a buffer: lines of assembly, word and value, with tabs between them. The words
+        /// are "name", "version" and "file" of an assembly that was opened; "members", how many the manager has of those
+        /// that are called; "lacks" for each that is missing; "failure", an exception, for an assembly that cannot be
+        /// opened or read. The argument is the buffer's address and its number of UTF-16 units, with a comma between them.
+        public static int Inspect(string buffer)
+        {
+            string[] parts = buffer.Split(',');
+            var lines = new List<string>();
+            AppDomain.CurrentDomain.AssemblyResolve += EntryPoint.LoadLoginClientManaged;
+            foreach (string assembly in new[] { Client, Utils })
+            {
+                try
+                {
+                    Inspect(assembly, lines);
+                }
+                catch (Exception e)
+                {
+                    lines.Add(assembly + "\tfailure\t" + e.GetType().FullName + ": " + e.Message.Replace('\n', ' ').Replace('\r', ' '));
+                }
+            }
+            char[] text = string.Join("\n", lines).ToCharArray();
+            var address = (IntPtr)long.Parse(parts[0], CultureInfo.InvariantCulture);
+            Marshal.Copy(text, 0, address, Math.Min(text.Length, int.Parse(parts[1], CultureInfo.InvariantCulture) - 1));
+            return 0;
+        }
+
+        static void Inspect(string wanted, List<string> lines)
+        {
+            Assembly assembly = null;
+            // By the very name that the library is bound to.
+            foreach (AssemblyName reference in Assembly.GetExecutingAssembly().GetReferencedAssemblies())
+                if (reference.Name == wanted)
+                    assembly = Assembly.Load(reference);
+            lines.Add(wanted + "\tname\t" + assembly.GetName().Name);
+            lines.Add(wanted + "\tversion\t" + assembly.GetName().Version);
+            lines.Add(wanted + "\tfile\t" + assembly.Location);
+            int members = 0;
+            for (int i = 0; i < called.GetLength(0); i++)
+            {
+                string type = called[i, 1], member = called[i, 2];
+                if (called[i, 0] != wanted)
+                    continue;
+                Type found = assembly.GetType(wanted + "." + type);
+                if (found == null || !Signatures(found).Contains(member))
+                    lines.Add(wanted + "\tlacks\t" + type + ": " + member);
+                else if (type == "LoginManagerClient")
+                    members++;
+            }
+            lines.Add(wanted + "\tmembers\t" + members);
+        }
+
+        static HashSet<string> Signatures(Type type)
+        {
+            var signatures = new HashSet<string>();
+            foreach (MemberInfo member in type.GetMembers(
+                BindingFlags.Public | BindingFlags.Instance | BindingFlags.Static | BindingFlags.FlattenHierarchy))
+            {
+                var field = member as FieldInfo;
+                var method = member as MethodBase;
+                if (field != null)
+                    signatures.Add(Signature(field.IsStatic, field.FieldType.Name, field.Name));
+                else if (method != null)
+                    signatures.Add(Signature(method));
+            }
+            return signatures;
+        }
+
+        static string Signature(MethodBase method)
+        {
+            var function = method as MethodInfo; // null for a constructor
+            var parameters = new List<string>();
+            foreach (ParameterInfo parameter in method.GetParameters())
+                parameters.Add(parameter.ParameterType.Name);
+            return Signature(
+                method.IsStatic,
+                function == null ? "Void" : function.ReturnType.Name,
+                method.Name + "(" + string.Join(", ", parameters) + ")");
+        }
+
+        static string Signature(bool isStatic, string type, string rest)
+        {
+            return (isStatic ? "static " : "") + type + " " + rest;
+        }
+    }
+}

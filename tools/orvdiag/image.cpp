@@ -1,0 +1,91 @@
+#include "tools/orvdiag/image.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <vector>
+
+namespace orvdiag {
+
+namespace {
+
+// Copies what lies at an offset; false beyond the end.
+template <class Part>
+bool take(std::string_view file, std::size_t offset, Part& part) {
+    if (offset > file.size() || file.size() - offset < sizeof part) {
+        return false;
+    }
+    std::memcpy(&part, file.data() + offset, sizeof part);
+    return true;
+}
+
+}  // namespace
+
+std::optional<image> readimage(std::string_view file) {
+    IMAGE_DOS_HEADER dos;
+    IMAGE_NT_HEADERS32 headers;
+    if (!take(file, 0, dos) || dos.e_magic != IMAGE_DOS_SIGNATURE ||
+        !take(file, static_cast<std::size_t>(dos.e_lfanew), headers) || headers.Signature != IMAGE_NT_SIGNATURE ||
+        (headers.FileHeader.Characteristics & IMAGE_FILE_DLL) == 0) {
+        return std::nullopt;
+    }
+    // The headers of a 64-bit file differ from the directories on; nothing more is asked of such a file.
+    image result = {headers.OptionalHeader.Magic == IMAGE_NT_OPTIONAL_HDR32_MAGIC &&
+                        headers.FileHeader.Machine == IMAGE_FILE_MACHINE_I386,
+                    headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_COM_DESCRIPTOR].VirtualAddress != 0, 0};
+    std::size_t offset = static_cast<std::size_t>(dos.e_lfanew) + offsetof(IMAGE_NT_HEADERS32, OptionalHeader) +
+                         headers.FileHeader.SizeOfOptionalHeader;
+    const std::size_t end = offset + headers.FileHeader.NumberOfSections * sizeof(IMAGE_SECTION_HEADER);
+    result.bytes = end;
+    for (IMAGE_SECTION_HEADER section; offset < end && take(file, offset, section); offset += sizeof section) {
+        result.bytes = std::max<std::uint64_t>(
+            result.bytes, static_cast<std::uint64_t>(section.PointerToRawData) + section.SizeOfRawData);
+    }
+    return result;
+}
+
+std::string gccversion(std::string_view file) {
+    // Each object that went into the file left the name of its compiler. Those of the C runtime's start-up code tell
+    // the release only, as in "12 20220819"; the greatest text is one that tells the thread model too.
+    constexpr std::string_view mark = "GCC: (";
+    std::string version;
+    for (std::size_t at = file.find(mark); at != std::string_view::npos; at = file.find(mark, at + 1)) {
+        const std::string_view name = file.substr(at, std::min<std::size_t>(file.find('\0', at) - at, 80));
+        const std::size_t start = name.find(") ");
+        if (start != std::string_view::npos) {
+            version = std::max(version, std::string(name.substr(start + 2)));
+        }
+    }
+    return version.substr(0, version.find(' '));
+}
+
+bool samegcc(const std::string& a, const std::string& b) {
+    const auto major = [](const std::string& version) { return version.substr(0, version.find_first_of(".-")); };
+    const auto model = [](const std::string& version) {
+        return version.substr(std::min(version.find('-'), version.size()));
+    };
+    return major(a) == major(b) && (model(a) == model(b) || model(a).empty() || model(b).empty());
+}
+
+std::string fileversion(const std::wstring& path) {
+    DWORD ignored = 0;
+    std::vector<char> resource(GetFileVersionInfoSizeW(path.c_str(), &ignored));
+    void* found = nullptr;
+    UINT bytes = 0;
+    if (resource.empty() ||
+        !GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(resource.size()), resource.data()) ||
+        !VerQueryValueW(resource.data(), L"\\", &found, &bytes) || bytes < sizeof(VS_FIXEDFILEINFO)) {
+        return std::string();
+    }
+    const auto& info = *static_cast<const VS_FIXEDFILEINFO*>(found);
+    std::string text;
+    for (const unsigned number : {HIWORD(info.dwFileVersionMS), LOWORD(info.dwFileVersionMS),
+                                  HIWORD(info.dwFileVersionLS), LOWORD(info.dwFileVersionLS)}) {
+        text += (text.empty() ? "" : ".") + std::to_string(number);
+    }
+    return text;
+}
+
+}  // namespace orvdiag

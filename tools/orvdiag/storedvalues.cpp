@@ -1,0 +1,186 @@
+#include "tools/orvdiag/storedvalues.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <optional>
+#include <set>
+#include <string_view>
+#include <tuple>
+
+#include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/platform/windows/handles.h"
+#include "orvsecutils/platform/windows/registryformat.h"
+#include "orvsecutils/settings/productnames.h"
+#include "tools/orvdiag/text.h"
+
+namespace orvdiag {
+
+using orvsecutils::registrykey;
+
+namespace {
+
+// The registry allows names of 16383 units.
+constexpr DWORD namebufferunits = 16384;
+
+// On a 32-bit system both views are one.
+bool hastwoviews() {
+    BOOL wow64 = FALSE;
+    return IsWow64Process(GetCurrentProcess(), &wow64) && wow64;
+}
+
+std::vector<store> stores() {
+    return hastwoviews() ? std::vector{store::user, store::machine, store::machine32}
+                         : std::vector{store::user, store::machine};
+}
+
+registrykey open(store place, const std::string& group) {
+    HKEY key = nullptr;
+    RegOpenKeyExW(place == store::user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE,
+                  orvsecutils::toutf16(grouppath(librarygroup(group))).c_str(), 0,
+                  KEY_READ | (place == store::machine32 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY), &key);
+    return registrykey(key);
+}
+
+// Takes the text of a name or a value, and notes whether the library's strict converter would.
+std::string taketext(std::wstring_view text, storedvalue& row) {
+    try {
+        return orvsecutils::toutf8(text);
+    } catch (const std::range_error&) {
+        row.badtext = true;
+        return readable(text);
+    }
+}
+
+std::wstring expanded(const std::wstring& text) {
+    std::wstring result(ExpandEnvironmentStringsW(text.c_str(), nullptr, 0), L'\0');
+    result.resize(
+        std::max<DWORD>(1, ExpandEnvironmentStringsW(text.c_str(), result.data(), static_cast<DWORD>(result.size()))));
+    result.pop_back();
+    return result;
+}
+
+std::string kindof(DWORD type) {
+    switch (type) {
+        case REG_DWORD:
+            return "number";
+        case REG_SZ:
+        case REG_EXPAND_SZ:
+            return "text";
+        case REG_MULTI_SZ:
+            return "list";
+        case REG_BINARY:
+            return "binary";
+        case REG_QWORD:
+            return "64-bit number";
+        default:
+            return "type " + std::to_string(type);
+    }
+}
+
+void decode(DWORD type, const std::vector<wchar_t>& data, DWORD bytes, storedvalue& row) {
+    row.kind = kindof(type);
+    if (type == REG_DWORD) {
+        if (const auto number = orvsecutils::decodedword(data.data(), bytes)) {
+            row.value = *number;
+        }
+    } else if (type == REG_SZ || type == REG_EXPAND_SZ) {
+        if (const auto text = orvsecutils::decodetext(data.data(), bytes)) {
+            row.value = taketext(type == REG_SZ ? std::wstring(*text) : expanded(std::wstring(*text)), row);
+        }
+    } else if (type == REG_MULTI_SZ) {
+        if (const auto texts = orvsecutils::decodelist(data.data(), bytes)) {
+            row.value = json::array();
+            for (const std::wstring_view text : *texts) {
+                row.value.push_back(taketext(text, row));
+            }
+        }
+    }
+    row.ignored = row.value.is_null();
+}
+
+void addvalues(const std::string& group, store place, std::vector<storedvalue>& rows) {
+    const registrykey key = open(place, group);
+    DWORD longest = 0;
+    if (!key || RegQueryInfoKeyW(key.get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                 &longest, nullptr, nullptr) != ERROR_SUCCESS) {
+        return;
+    }
+    std::vector<wchar_t> name(namebufferunits);
+    std::vector<wchar_t> data(longest / sizeof(wchar_t) + 1);
+    for (DWORD index = 0;; ++index) {
+        DWORD units = namebufferunits;
+        DWORD type = REG_NONE;
+        auto bytes = static_cast<DWORD>(data.size() * sizeof(wchar_t));
+        const LSTATUS result = RegEnumValueW(key.get(), index, name.data(), &units, nullptr, &type,
+                                             reinterpret_cast<BYTE*>(data.data()), &bytes);
+        if (result == ERROR_NO_MORE_ITEMS) {
+            return;
+        }
+        if (result == ERROR_SUCCESS) {  // other values are still worth having
+            storedvalue row;
+            row.group = group;
+            row.place = place;
+            row.name = taketext({name.data(), units}, row);
+            decode(type, data, bytes, row);
+            rows.push_back(std::move(row));
+        }
+    }
+}
+
+// The group and those below it, by their paths.
+void addgroups(const std::string& group, store place, std::set<std::string>& groups) {
+    groups.insert(group);
+    const registrykey key = open(place, group);
+    std::vector<wchar_t> name(namebufferunits);
+    for (DWORD index = 0; key; ++index) {
+        DWORD units = namebufferunits;
+        if (RegEnumKeyExW(key.get(), index, name.data(), &units, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS) {
+            return;
+        }
+        addgroups((group.empty() ? "" : group + "\\") + readable(std::wstring_view(name.data(), units)), place, groups);
+    }
+}
+
+}  // namespace
+
+std::string whose(store place) {
+    return place == store::user ? "user's" : "machine's";
+}
+
+orvsecutils::settingsdef librarygroup(const std::string& name) {
+    return orvsecutils::settingsdef(orvsecutils::companyname, orvsecutils::applicationid, orvsecutils::groupkey, name,
+                                    std::string());
+}
+
+bool groupexists(const std::string& group) {
+    const std::vector<store> places = stores();
+    return std::any_of(places.begin(), places.end(), [&](store place) { return open(place, group) != nullptr; });
+}
+
+std::vector<storedvalue> storedvalues(const std::string& group) {
+    std::vector<storedvalue> rows;
+    for (const store place : stores()) {
+        addvalues(group, place, rows);
+    }
+    std::sort(rows.begin(), rows.end(), [](const storedvalue& a, const storedvalue& b) {
+        return std::tie(a.name, a.place) < std::tie(b.name, b.place);
+    });
+    return rows;
+}
+
+std::vector<storedvalue> allstoredvalues() {
+    std::set<std::string> groups;
+    for (const store place : stores()) {
+        addgroups(std::string(), place, groups);
+    }
+    std::vector<storedvalue> rows;
+    for (const std::string& group : groups) {
+        for (storedvalue& row : storedvalues(group)) {
+            rows.push_back(std::move(row));
+        }
+    }
+    return rows;
+}
+
+}  // namespace orvdiag

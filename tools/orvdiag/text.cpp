@@ -1,0 +1,89 @@
+#include "tools/orvdiag/text.h"
+
+#include <windows.h>
+
+#include <algorithm>
+
+#include "tools/orvdiag/answer.h"
+
+namespace orvdiag {
+
+namespace {
+
+// Characters, not bytes: those of UTF-8 that do not continue another.
+std::size_t width(const std::string& text) {
+    return static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
+}
+
+}  // namespace
+
+std::string readable(std::wstring_view text) {
+    const int units = static_cast<int>(text.size());
+    std::string result(static_cast<std::size_t>(units) * 3, '\0');
+    result.resize(static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, text.data(), units, result.data(),
+                                                               static_cast<int>(result.size()), nullptr, nullptr)));
+    return result;
+}
+
+std::string readable(std::string_view bytes) {
+    const int size = static_cast<int>(bytes.size());
+    std::wstring result(bytes.size(), L'\0');
+    result.resize(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, result.data(), size)));
+    return readable(result);
+}
+
+std::string oneline(std::string_view text) {
+    static constexpr char digits[] = "0123456789abcdef";
+    std::string result;
+    for (const char character : text) {
+        const auto code = static_cast<unsigned char>(character);
+        if (code < 0x20 || code == 0x7F) {
+            result += {'\\', 'u', '0', '0', digits[code >> 4], digits[code & 15]};
+        } else {
+            result += character;
+        }
+    }
+    return result;
+}
+
+std::string quoted(const std::string& text) {
+    return oneline(json(text).dump(-1, ' ', false, json::error_handler_t::replace));
+}
+
+bool samebutcase(std::string_view a, std::string_view b) {
+    const auto lower = [](char letter) { return letter >= 'A' && letter <= 'Z' ? letter + 32 : letter; };
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [lower](char left, char right) { return lower(left) == lower(right); });
+}
+
+std::string systemwords(unsigned long code) {
+    wchar_t words[512];
+    DWORD units = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0, words,
+                                 static_cast<DWORD>(std::size(words)), nullptr);
+    while (units > 0 && words[units - 1] <= L' ') {
+        --units;
+    }
+    return readable(std::wstring_view(words, units)) + (units > 0 ? " " : "") + "(code " + std::to_string(code) + ")";
+}
+
+std::string table(const std::vector<std::vector<std::string>>& rows) {
+    std::vector<std::size_t> widths;
+    for (const auto& row : rows) {
+        widths.resize(std::max(widths.size(), row.size()));
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            widths[i] = std::max(widths[i], width(row[i]));
+        }
+    }
+    std::string text;
+    for (const auto& row : rows) {
+        std::string line;
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            line += row[i] + std::string(widths[i] - width(row[i]) + 2, ' ');
+        }
+        text += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+    }
+    return text;
+}
+
+}  // namespace orvdiag

@@ -1,0 +1,177 @@
+#include "tools/orvdiag/trial.h"
+
+#include <windows.h>
+
+#include <cstdint>
+#include <cwchar>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "login/ClrRuntime.h"
+#include "login/Handshake.h"
+#include "login/loginRuntimeException.h"
+#include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/platform/windows/handles.h"
+#include "tools/orvdiag/text.h"
+
+namespace orvdiag {
+
+using orvsecutils::filehandle;
+using orvsecutils::kernelhandle;
+
+namespace {
+
+constexpr DWORD sharedunits = 32768;
+constexpr DWORD patiencemilliseconds = 60000;
+constexpr wchar_t loadword[] = L"load";
+constexpr wchar_t assembliesword[] = L"assemblies";
+
+// Exit statuses of a trial; any other means that it did not get to its end.
+constexpr UINT succeeded = 0;
+constexpr UINT failed = 1;
+
+using view = std::unique_ptr<wchar_t, orvsecutils::releasing<UnmapViewOfFile>>;
+
+view map(HANDLE memory) {
+    return view(static_cast<wchar_t*>(MapViewOfFile(memory, FILE_MAP_ALL_ACCESS, 0, 0, 0)));
+}
+
+std::wstring ownpath() {
+    std::wstring path(32768, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return path;
+}
+
+std::wstring systemfolder() {
+    wchar_t folder[MAX_PATH] = {};
+    GetSystemDirectoryW(folder, MAX_PATH);
+    return folder;
+}
+
+// The words reach the other process as one command line, so none may hold a quote; paths and names do not.
+trial inanotherprocess(const std::vector<std::wstring>& words) {
+    SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
+    // What the other process has to say comes through memory: a pipe could fill up, and runtimes write to the others.
+    const kernelhandle memory(
+        CreateFileMappingW(INVALID_HANDLE_VALUE, &inherit, PAGE_READWRITE, 0, sharedunits * sizeof(wchar_t), nullptr));
+    const view text = map(memory.get());
+    const filehandle nowhere(CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                         &inherit, OPEN_EXISTING, 0, nullptr));
+    if (!text || !nowhere) {
+        return {false, systemwords(GetLastError())};
+    }
+    const std::wstring program = ownpath();
+    std::wstring line =
+        L"\"" + program + L"\" " + trialword + L" " + std::to_wstring(reinterpret_cast<std::uintptr_t>(memory.get()));
+    for (const std::wstring& word : words) {
+        line += L" \"" + word + L"\"";
+    }
+    STARTUPINFOW start = {};
+    start.cb = sizeof start;
+    start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdInput = start.hStdOutput = start.hStdError = nowhere.get();
+    PROCESS_INFORMATION info = {};
+    // In the system's folder, because a library's own are looked for in the current one too.
+    if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr,
+                        systemfolder().c_str(), &start, &info)) {
+        return {false, "a process to try it in cannot be started: " + systemwords(GetLastError())};
+    }
+    const kernelhandle process(info.hProcess);
+    const kernelhandle thread(info.hThread);
+    if (WaitForSingleObject(process.get(), patiencemilliseconds) != WAIT_OBJECT_0) {
+        TerminateProcess(process.get(), failed);
+        return {false, "does not come to an end within a minute"};
+    }
+    DWORD status = 0;
+    GetExitCodeProcess(process.get(), &status);
+    if (status != succeeded && status != failed) {
+        wchar_t code[16];
+        std::swprintf(code, std::size(code), L"0x%08lX", status);
+        return {false, "ends the process (status " + readable(std::wstring_view(code)) + ")"};
+    }
+    return {status == succeeded, readable(std::wstring_view(text.get()))};
+}
+
+// The DLLs that the one at `path` imports and that cannot be loaded, with the reasons.
+std::wstring missingimports(const std::wstring& path) {
+    const auto base = reinterpret_cast<const BYTE*>(LoadLibraryExW(path.c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES));
+    if (!base) {
+        return std::wstring();
+    }
+    const auto& dos = *reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
+    const auto& headers = *reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos.e_lfanew);
+    const DWORD imports = headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+    std::wstring text;
+    const std::wstring folder = path.substr(0, path.find_last_of(L'\\') + 1);
+    for (auto row = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + imports); imports && row->Name; ++row) {
+        const std::string_view name = reinterpret_cast<const char*>(base + row->Name);
+        const std::wstring file(name.begin(), name.end());
+        // Not as LoadLibrary looks for it, which begins in this program's folder.
+        if (!GetModuleHandleW(file.c_str()) &&
+            !LoadLibraryExW((folder + file).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH) &&
+            !LoadLibraryExW(file.c_str(), nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32)) {
+            text += L"; it needs " + file + L": " + orvsecutils::toutf16(systemwords(GetLastError()));
+        }
+    }
+    return text;
+}
+
+// No exception here: see the top of trial.h.
+bool load(const std::wstring& path, const std::wstring& exported, std::wstring& text) {
+    const HMODULE library = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    if (!library) {
+        const DWORD reason = GetLastError();
+        text = orvsecutils::toutf16(systemwords(reason)) + missingimports(path);
+        return false;
+    }
+    if (!GetProcAddress(library, std::string(exported.begin(), exported.end()).c_str())) {
+        text = L"it is not the login library: it does not export " + exported;
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+trial tryloading(const std::wstring& path, const char* exported) {
+    const std::string_view name = exported;
+    return inanotherprocess({loadword, path, std::wstring(name.begin(), name.end())});
+}
+
+trial tryassemblies(const std::wstring& path, const std::wstring& library) {
+    return inanotherprocess({assembliesword, path, library});
+}
+
+int runtrial(int count, wchar_t** words) {
+    const view shared = count < 6 ? nullptr : map(reinterpret_cast<HANDLE>(std::wcstoul(words[2], nullptr, 10)));
+    if (!shared) {
+        return 2;
+    }
+    // A broken library must not put a message box on the customer's screen.
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
+    const std::wstring task = words[3];
+    std::wstring text;
+    bool good = true;
+    if (task == loadword) {
+        good = load(words[4], words[5], text);
+    } else {
+        try {
+            OrvelLoginClientCLR::enterManagedPart(words[5], words[4]);
+            OrvelLoginClientCLR::executeInDefaultAppDomain(
+                words[4], L"OrvelLoginClientCLR.Inspection", L"Inspect",
+                std::to_wstring(reinterpret_cast<std::uintptr_t>(shared.get())) + L"," + std::to_wstring(sharedunits));
+        } catch (const loginRuntimeException& failure) {
+            good = false;
+            text = orvsecutils::toutf16(failure.what());
+        }
+    }
+    if (!text.empty()) {
+        text.copy(shared.get(), sharedunits - 1);
+    }
+    // Without the library's own end, which is not on trial and might hang.
+    TerminateProcess(GetCurrentProcess(), good ? succeeded : failed);
+    return 0;
+}
+
+}  // namespace orvdiag
