@@ -22,6 +22,20 @@ write_basic_package_version_file(
 install(FILES
   ${orvellogin_BINARY_DIR}/orvelloginConfig.cmake ${orvellogin_BINARY_DIR}/orvelloginConfigVersion.cmake
   DESTINATION ${package_files})
+# For builds that ask pkg-config, one file for each target of the package. Relative to the file, as the package moves.
+file(RELATIVE_PATH up /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" up "${up}")
+function(add_pkg_config name description cflags libs)
+  configure_file(cmake/orvellogin.pc.in ${orvellogin_BINARY_DIR}/${name}.pc @ONLY)
+  install(FILES ${orvellogin_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endfunction()
+# The file, not its name: a static link finds no import library by -l.
+set(plain_functions "\"\${libdir}/liborvelloginc.dll.a\"")
+add_pkg_config(orvellogin "The class that orvellogin.dll exports" "-I\"\${includedir}\"" "-L\"\${libdir}\" -lorvellogin")
+add_pkg_config(orvellogin-client "The header-only class over orvelloginc.dll"
+  "-I\"\${includedir}/client\" -I\"\${includedir}\"" "${plain_functions}")
+add_pkg_config(orvellogin-c "The plain functions of orvelloginc.dll" "-I\"\${includedir}\"" "${plain_functions}")
+
 install(FILES cmake/Deploy.cmake DESTINATION ${package_files} RENAME orvelloginDeploy.cmake)
 
 # At the top of the ZIP, and nowhere else: what would be out of place in a folder that other software shares.

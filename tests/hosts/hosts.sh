@@ -18,9 +18,11 @@ configure_and_build() { # CMAKE-OPTION...
 
 # The commands that docs/integration.md gives under a heading, word by word.
 commands_of() { # HEADING
+  # shellcheck disable=SC2016  # the backquotes are the page's
   sed -n "/^### $1\$/,/^##/p" "$source/docs/integration.md" | sed -n '/^```sh$/,/^```$/{/^```/d;p}'
 }
 # Debian's own makes no Windows programs.
+# shellcheck disable=SC2317  # the page's commands call it
 fpc() {
   "$hosts/fpc/pp" -n -v0 "-Fu$hosts/fpc/units" "$@"
 }
@@ -32,7 +34,13 @@ case $compiler in
     cmake --install "$build" --prefix "$package"
     exec cmake --install "$build" --prefix "$package" --component zip
     ;;
-  mingw) configure_and_build "-DCMAKE_TOOLCHAIN_FILE=$source/cmake/mingw-x86.cmake" ;;
+  mingw)
+    configure_and_build "-DCMAKE_TOOLCHAIN_FILE=$source/cmake/mingw-x86.cmake"
+    for name in orvellogin orvellogin-client; do
+      eval "i686-w64-mingw32-g++-posix -std=c++17 '$source/examples/signin/main.cpp' -o $name.exe \
+        $(PKG_CONFIG_PATH=$package/lib/pkgconfig pkg-config --cflags --libs $name)"
+    done
+    ;;
   clang-cl) configure_and_build "-DCMAKE_TOOLCHAIN_FILE=$source/tests/hosts/msvc/clang-cl.cmake" "-DHOSTS=$hosts" ;;
   *) eval "$(commands_of "$heading")" ;;
 esac
@@ -46,6 +54,13 @@ ends() { # PROGRAM COMMANDS
 }
 
 failures=0
+if [ "$compiler" = mingw ]; then
+  printf 'cmake_minimum_required(VERSION 3.21)\nfind_package(orvellogin CONFIG REQUIRED)\n' > find.cmake
+  cmake -DCMAKE_SIZEOF_VOID_P=8 "-DCMAKE_PREFIX_PATH=$package" -P find.cmake 2>&1 | tr -s '\n ' ' ' |
+    grep 'serves 32-bit Windows programs only' || failures=1
+  i686-w64-mingw32-g++-posix -std=c++17 -D_GLIBCXX_USE_CXX11_ABI=0 -fsyntax-only -I "$package/include" \
+    "$source/examples/signin/main.cpp" 2>&1 | grep 'link orvellogin::client' || failures=1
+fi
 expect() { # WHAT WANTED GOT
   [ "$2" = "$3" ] || {
     printf '%s\n  wanted: %s\n  got:    %s\n' "$1" "$2" "$3"
