@@ -54,19 +54,26 @@ ends() { # PROGRAM COMMANDS
 }
 
 failures=0
-if [ "$compiler" = mingw ]; then
-  printf 'cmake_minimum_required(VERSION 3.21)\nfind_package(orvellogin CONFIG REQUIRED)\n' > find.cmake
-  cmake -DCMAKE_SIZEOF_VOID_P=8 "-DCMAKE_PREFIX_PATH=$package" -P find.cmake 2>&1 | tr -s '\n ' ' ' |
-    grep 'serves 32-bit Windows programs only' || failures=1
-  i686-w64-mingw32-g++-posix -std=c++17 -D_GLIBCXX_USE_CXX11_ABI=0 -fsyntax-only -I "$package/include" \
-    "$source/examples/signin/main.cpp" 2>&1 | grep 'link orvellogin::client' || failures=1
-fi
 expect() { # WHAT WANTED GOT
   [ "$2" = "$3" ] || {
     printf '%s\n  wanted: %s\n  got:    %s\n' "$1" "$2" "$3"
     failures=$((failures + 1))
   }
 }
+
+# What cannot be used is refused in words, which CMake breaks into lines.
+refuses() { # WORDS COMMAND...
+  local words=$1 output
+  shift
+  output=$("$@" 2>&1 || true)
+  tr -s '\n ' ' ' <<< "$output" | grep -qF "$words" || expect "refusal by $1" "$words" "$output"
+}
+if [ "$compiler" = mingw ]; then
+  printf 'cmake_minimum_required(VERSION 3.21)\nfind_package(orvellogin CONFIG REQUIRED)\n' > find.cmake
+  refuses 'serves 32-bit Windows programs only' cmake -DCMAKE_SIZEOF_VOID_P=8 "-DCMAKE_PREFIX_PATH=$package" -P find.cmake
+  refuses 'link orvellogin::client' i686-w64-mingw32-g++-posix -std=c++17 -D_GLIBCXX_USE_CXX11_ABI=0 -fsyntax-only \
+    -I "$package/include" "$source/examples/signin/main.cpp"
+fi
 
 null='System.ArgumentNullException: NULLPTR is not supported for this conversion.'
 for program in *.exe; do
