@@ -41,6 +41,9 @@ LoginManagerClientCLR* LoginManagerClient::getLoginMgrClient() {
     return stored;
 }
 
+// The members that sign in and out test the bridge for null, which it is when its allocation yielded nothing: they are
+// what a host calls first. The others come after a sign-in, when there is a bridge.
+
 LoginResponse LoginManagerClient::login() {
     LoginManagerClientCLR* client = getLoginMgrClient();
     return client ? client->login() : LoginResponse();

@@ -5,7 +5,7 @@
 #include <cstring>
 
 std::wstring sentence(statusCode code) {
-    // What a code stands for is laid down by the login manager that you deploy; these are the stand-ins' meanings.
+    // The deployed login manager defines what a code means; these are the stand-ins' meanings.
     static const wchar_t* const sentences[] = {
         L"The login manager reports a success as a failure",
         L"The password is wrong",

@@ -56,6 +56,7 @@ namespace OrvelLoginClient
             loggedIn = login;
             loggedOut = logout;
             this.language = language;
+            Steering.Handlers = login == null ? logout == null ? "none" : "logout" : logout == null ? "login" : "login logout";
             Steering.Read();
             Steering.Obey("constructor");
         }

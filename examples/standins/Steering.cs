@@ -18,6 +18,8 @@ namespace OrvelLoginClient
     ///     wrapped       throws an exception that wraps two others, the first of which has a cause
     ///     chain N L     throws N exceptions, one inside the other, with messages of L letters
     ///     abort         aborts the thread
+    ///     divide        divides by zero, which no floating-point control of the host's may make an error
+    ///     handlers      gives back which handlers the manager was created with: "none", "login", "logout" or "login logout"
     ///     huge          gives back a text of 40 million letters
     ///     load NAME     loads an assembly by that display name; gives back where from, or "not found"
     ///     collect       runs the garbage collector
@@ -27,6 +29,7 @@ namespace OrvelLoginClient
     ///     pool          raises events on a thread of the pool
     static class Steering
     {
+        public static string Handlers; // of the manager created last
         static string huge;
         static Dictionary<string, string> commands; // null when nothing is steered, so that then nothing is slowed
 
@@ -62,6 +65,8 @@ namespace OrvelLoginClient
                 return otherwise;
             if (command == "null")
                 return null;
+            if (command == "handlers")
+                return Handlers;
             if (command == "huge")
                 return huge ?? (huge = new string('h', 40000000));
             return command.StartsWith("load ", StringComparison.Ordinal) ? Load(command.Substring(5)) : otherwise;
@@ -92,6 +97,8 @@ namespace OrvelLoginClient
                     chain = new TimeoutException(message, chain);
                 throw chain;
             }
+            if (command == "divide" && double.IsNaN(1.0 / (command.Length - 6.0)))
+                throw new NotFiniteNumberException();
             if (command == "abort")
                 Thread.CurrentThread.Abort();
             if (command.StartsWith("wait ", StringComparison.Ordinal))

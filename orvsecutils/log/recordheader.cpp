@@ -18,12 +18,12 @@ void puttext(std::streambuf& out, std::string_view text) {
     out.sputn(text.data(), static_cast<std::streamsize>(text.size()));
 }
 
-}  // namespace
-
 const char* levelword(int level) {
     static constexpr const char* words[] = {"info", "warn", "error"};
     return level >= 0 && level < 3 ? words[level] : "unknown";
 }
+
+}  // namespace
 
 // Not by strftime, whose %z is the zone's name in this C library; and a stream takes a hundred times as long.
 std::array<char, 24> timetext(const walltime& time) {

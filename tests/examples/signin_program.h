@@ -7,7 +7,6 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "examples/signin-window/resource.h"
 #include "tests/support/program.h"
@@ -62,40 +61,43 @@ public:
         GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &info);
         return GetDlgCtrlID(info.hwndFocus);
     }
-    /// The rows of the list, as "name=value".
-    std::vector<std::wstring> details() const {
+    /// The rows of the list, each as "name=value|".
+    std::wstring details() const {
         // The list's messages are not carried across, so they work on memory in its process.
+        constexpr int size = 200;
         struct cell {
             LVITEMW item;
-            wchar_t text[200];
+            wchar_t text[size];
         };
-        auto* there =
-            static_cast<cell*>(VirtualAllocEx(process.handle(), nullptr, sizeof(cell), MEM_COMMIT, PAGE_READWRITE));
-        const auto read = [&](int row, int column) {
+        const HANDLE there = process.handle();
+        auto* memory = static_cast<cell*>(VirtualAllocEx(there, nullptr, sizeof(cell), MEM_COMMIT, PAGE_READWRITE));
+        std::wstring result;
+        const LRESULT cells = SendMessageW(control(IDC_DETAILS), LVM_GETITEMCOUNT, 0, 0) * 2;
+        for (int i = 0; i < cells; ++i) {
             cell here = {};
-            here.item.iSubItem = column;
-            here.item.pszText = there->text;
-            here.item.cchTextMax = 200;
-            WriteProcessMemory(process.handle(), there, &here, sizeof here, nullptr);
-            SendMessageW(control(IDC_DETAILS), LVM_GETITEMTEXTW, static_cast<WPARAM>(row),
-                         reinterpret_cast<LPARAM>(there));
-            ReadProcessMemory(process.handle(), there, &here, sizeof here, nullptr);
-            return std::wstring(here.text);
-        };
-        std::vector<std::wstring> result(
-            static_cast<std::size_t>(SendMessageW(control(IDC_DETAILS), LVM_GETITEMCOUNT, 0, 0)));
-        for (std::size_t row = 0; row < result.size(); ++row) {
-            result[row] = read(static_cast<int>(row), 0) + L"=" + read(static_cast<int>(row), 1);
+            here.item.iSubItem = i % 2;
+            here.item.pszText = memory->text;
+            here.item.cchTextMax = size;
+            WriteProcessMemory(there, memory, &here, sizeof here, nullptr);
+            SendMessageW(control(IDC_DETAILS), LVM_GETITEMTEXTW, i / 2, reinterpret_cast<LPARAM>(memory));
+            ReadProcessMemory(there, memory, &here, sizeof here, nullptr);
+            result += here.text + std::wstring(i % 2 ? L"|" : L"=");
         }
-        VirtualFreeEx(process.handle(), there, 0, MEM_RELEASE);
+        VirtualFreeEx(there, memory, 0, MEM_RELEASE);
         return result;
     }
 
     void click(int id) const { SendMessageW(control(id), BM_CLICK, 0, 0); }
-    void press(int id, WPARAM key) const { PostMessageW(control(id), WM_KEYDOWN, key, 0); }
+    void post(int id, UINT message, WPARAM key, LPARAM flags = 0) const {
+        PostMessageW(control(id), message, key, flags);
+    }
+    bool has(int id, LONG styles) const { return (GetWindowLongW(control(id), GWL_STYLE) & styles) == styles; }
+    void type(int id, const wchar_t* text) const {
+        SendMessageW(control(id), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text));
+    }
     void signin(const wchar_t* account, const wchar_t* password) const {
-        SendMessageW(control(IDC_ACCOUNT), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(account));
-        SendMessageW(control(IDC_PASSWORD), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(password));
+        type(IDC_ACCOUNT, account);
+        type(IDC_PASSWORD, password);
         click(IDC_SIGN_IN);
     }
     /// What the status says once nothing is running any more.

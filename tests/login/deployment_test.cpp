@@ -30,7 +30,7 @@ public:
             fs::copy_file(built / name, folder / name);
         }
         for (const wchar_t* name : {L"probe.exe", L"HostAssembly.dll"}) {
-            fs::copy_file(fs::path(PROBE_FOLDER) / name, folder / name);
+            fs::copy_file(program::ownfolder() / L"deployment" / name, folder / name);
         }
         fs::copy(built / L"OrvelLoginManagerClient", folder / L"OrvelLoginManagerClient");
     }
@@ -41,7 +41,8 @@ public:
 
     /// Puts another make of a file, built for these tests, in its place.
     void replace(const wchar_t* name, const wchar_t* other) const {
-        fs::copy_file(fs::path(PROBE_FOLDER) / other, folder / name, fs::copy_options::overwrite_existing);
+        fs::copy_file(program::ownfolder() / L"deployment" / other, folder / name,
+                      fs::copy_options::overwrite_existing);
     }
 
     program start(const std::wstring& steps) const { return program(folder / L"probe.exe", steps, folder); }
@@ -155,7 +156,7 @@ TEST(Deployment, HalfAnUpdateIsNamedWithBothFilesAndVersions) {
 
 TEST(Deployment, AClientOfAPlugInLeavesTheHostsExitStatusAlone) {
     const Deployment deployment;
-    fs::copy_file(fs::path(PROBE_FOLDER) / L"plugin.dll", deployment / L"plugin.dll");
+    fs::copy_file(program::ownfolder() / L"deployment" / L"plugin.dll", deployment / L"plugin.dll");
     for (const wchar_t* steps : {L"exit", L"plugin exit"}) {
         const program::outcome ended = deployment.start(steps).wait();
         EXPECT_EQ(ended.status, 7u);

@@ -18,13 +18,7 @@
 #include "outcome.h"
 
 using orvsecutils::toutf8;
-using testing::AllOf;
-using testing::Each;
-using testing::ElementsAre;
-using testing::EndsWith;
-using testing::Ge;
-using testing::SizeIs;
-using testing::StartsWith;
+using namespace testing;
 
 namespace {
 
@@ -147,6 +141,7 @@ TEST(EveryMember, KeepsTheHostsFloatingPointControlAndGivesItToItsCallbacks) {
             outcome([&] { return member.call(client); });
             EXPECT_EQ(Control(), ofThread) << toutf8(member.managed);
         }
+        EXPECT_EQ(Steered(L"getTenantName=divide").getTenantName(), L"Example Works") << "with the runtime's control";
         Steered onOtherThreads(L"events=thread");
         LoginManagerClient last([] { seen.emplace_back(); }, nullptr, uiLangFallback);
         last.getTenantName();
@@ -296,6 +291,14 @@ TEST(Strings, CrossBothWaysUnitForUnit) {
     }
 }
 
+TEST(Strings, OfTheConsumerPlatformKeepTheirPlaces) {
+    Steered client(L"");
+    client.DunmoreLoginBrowser(L"https://server", L"id");
+    EXPECT_THAT(toutf8(client.getDNMAccessToken()), EndsWith(".id@https://server"));
+    EXPECT_FALSE(client.isDunmorePlatformTokenExpired(client.getDNMAccessToken()));
+    EXPECT_TRUE(client.isDunmorePlatformTokenExpired(L"1.id"));
+}
+
 TEST(Language, OutOfRangeIsSentAsZero) {
     for (const int value : {INT_MIN, -1, 0, 1, 12, 13, 14, INT_MAX}) {
         Steered client(L"", static_cast<uiLang>(value));
@@ -317,6 +320,21 @@ TEST(Callbacks, ArriveOnTheThreadThatRaisesTheEvent) {
         client.logout();
         EXPECT_EQ(calls.signOuts, 1);
         EXPECT_EQ(calls.thread == GetCurrentThreadId(), row.sameThread);
+    }
+}
+
+TEST(Callbacks, ThatAreNullAreNullForTheManagerToo) {
+    struct {
+        void (*login)();
+        void (*logout)();
+        const wchar_t* handlers;
+    } const rows[] = {{nullptr, nullptr, L"none"},
+                      {onSignIn, nullptr, L"login"},
+                      {nullptr, onSignOut, L"logout"},
+                      {onSignIn, onSignOut, L"login logout"}};
+    const Steered commands(L"getKelpaURL=handlers");
+    for (const auto& row : rows) {
+        EXPECT_EQ(LoginManagerClient(row.login, row.logout, uiLangFallback).getKelpaURL(), row.handlers);
     }
 }
 

@@ -220,6 +220,15 @@ TEST(FileTail, LosesNothingToDeletionRenamingReplacementAndEmptying) {
         }
         EXPECT_EQ(text, "unseen\nunfinished\n" + start + "new\n");
     }
+    // A program that opened the file before it went away writes to it only afterwards.
+    const orvsecutils::filehandle late(CreateFileW(file.c_str(), FILE_APPEND_DATA,
+                                                   FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                                   OPEN_EXISTING, 0, nullptr));
+    fs::rename(file, folder.path / "older");
+    EXPECT_EQ(tail.next(), "");
+    DWORD written = 0;
+    WriteFile(late.get(), "late\n", 5, &written, nullptr);
+    EXPECT_EQ(tail.next(), "late\n");
 }
 
 // A value in the registry for the time of a test.
@@ -564,7 +573,7 @@ TEST_F(Login, NamesWhatIsWrongInAFolder) {
         {part, part, patched(built / part, version, newer),
          "warn file version 1.7.0.0; not of the same version as the library, 1.0.0.0", 0},
         {runtime, part, "", "FAIL not tried: the managed part is missing", 1},
-        {client, part, "", "ok file version 34.0.0.5070", 1},
+        {client, part, "", "ok file version 34.0.0.5070; not opened, ", 1},
         {runtime, part, "text", "FAIL not tried: the managed part is damaged", 1},
         {runtime, part, assembly, "FAIL these two files do not belong together: ", 1},
         {client, client, assembly.substr(0, assembly.size() / 2), "FAIL is cut short", 1},

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iomanip>
+#include <locale>
 #include <map>
 #include <string>
 #include <thread>
@@ -27,7 +28,12 @@ void one(int) {
     loginfo() << "one";
 }
 
+struct grouping : std::numpunct<char> {
+    std::string do_grouping() const override { return "\1"; }
+};
+
 void shapes(int) {
+    std::locale::global(std::locale(std::locale(), new grouping));
     for (const int level : {0, 1, 2, 7, -1}) {
         log(level) << level;
     }

@@ -20,6 +20,7 @@
 #include "orvsecutils/platform/unicode.h"
 #include "orvsecutils/platform/windows/filetime.h"
 #include "orvsecutils/platform/windows/handles.h"
+#include "tests/support/program.h"
 #include "tests/support/temporary_folder.h"
 
 using namespace orvsecutils;
@@ -32,6 +33,13 @@ const platform& windows = currentplatform();
 std::string environment(const wchar_t* name) {
     wchar_t value[1000];
     return toutf8({value, GetEnvironmentVariableW(name, value, 1000)});
+}
+
+std::string registrytext(const wchar_t* key, const wchar_t* name) {
+    wchar_t value[256];
+    DWORD bytes = sizeof value;
+    const LSTATUS status = RegGetValueW(HKEY_LOCAL_MACHINE, key, name, RRF_RT_REG_SZ, nullptr, value, &bytes);
+    return status == ERROR_SUCCESS ? toutf8(value) : std::string();
 }
 
 FILETIME filetime(std::int64_t seconds) {
@@ -66,9 +74,9 @@ TEST(Facts, AgreeWithTheEnvironment) {
         EXPECT_EQ(actual, environment(variable)) << toutf8(variable);
         EXPECT_NE(actual, "");
     }
-    std::string computer = windows.computername();
-    std::transform(computer.begin(), computer.end(), computer.begin(), ::toupper);
-    EXPECT_EQ(computer.substr(0, 15), environment(L"COMPUTERNAME"));  // the variable has the NetBIOS name
+    EXPECT_EQ(windows.computername(),
+              registrytext(L"SYSTEM\\CurrentControlSet\\Services\\Tcpip\\Parameters", L"Hostname"))
+        << "not the NetBIOS name";
     EXPECT_EQ(windows.executablename(), "orvsecutils_platform_test.exe");
     EXPECT_TRUE(windows.pathexists(windows.executablefolder() + "\\" + windows.executablename()));
 }
@@ -97,48 +105,39 @@ TEST(Facts, NumbersAreNotGroupedByTheHostsLocale) {
     const std::string version = windows.osversion(), languages = windows.languageids(),
                       processors = windows.processorinfo();
     std::locale::global(before);
-    EXPECT_EQ(std::count(version.begin(), version.end(), ','), 4) << version;
+    const DWORD build = GetVersion();
+    const std::string pack = registrytext(L"Software\\Microsoft\\Windows NT\\CurrentVersion", L"CSDVersion");
+    EXPECT_EQ(version, std::to_string(LOBYTE(build)) + "," + std::to_string(HIBYTE(LOWORD(build))) + "," +
+                           std::to_string(HIWORD(build)) + "," + (pack.empty() ? "0" : pack.substr(13)) + ",0")
+        << pack;
     EXPECT_EQ(languages, std::to_string(GetUserDefaultLangID()) + "," + std::to_string(GetSystemDefaultLangID()));
-    EXPECT_EQ(processors.substr(0, processors.find(',')), environment(L"NUMBER_OF_PROCESSORS"));
-    EXPECT_EQ(std::count(processors.begin(), processors.end(), ','), 2) << processors;
+    EXPECT_EQ(processors, environment(L"NUMBER_OF_PROCESSORS") + ",0," + environment(L"PROCESSOR_LEVEL"));
 }
 
-TEST(Paths, AreTakenApartAtTheirLastComponent) {
-    const std::string longPath = "C:\\" + std::string(300, 'x');
-    const std::string cases[][3] = {
-        {"", "", ""},
+TEST(Paths, AreTakenApartAndJoined) {
+    const std::string longpath = "C:\\" + std::string(300, 'x'), longest = "C:\\" + std::string(250, 'x');
+    const std::string taken[][3] = {
         {"a", "", "a"},
         {"C:\\", "C:\\", "C:\\"},
         {"C:\\a\\", "C:\\a", "a\\"},
-        {"\\\\server\\share", "\\\\server", "share"},
         {"\\\\server\\share\\a", "\\\\server\\share", "a"},
-        {"\\\\?\\C:\\a\\b", "\\\\?\\C:\\a", "b"},
-        {"C:\\\xE5\xAD\x97\\\xF0\x9F\x98\x80", "C:\\\xE5\xAD\x97", "\xF0\x9F\x98\x80"},
-        {longPath + "\\" + std::string(300, 'y'), longPath, std::string(300, 'y')},
+        {longpath + "\\\xF0\x9F\x98\x80", longpath, "\xF0\x9F\x98\x80"},
     };
-    for (const auto& [path, parent, name] : cases) {
+    for (const auto& [path, parent, name] : taken) {
         EXPECT_EQ(windows.parentfolder(path), parent) << path;
         EXPECT_EQ(windows.filename(path), name) << path;
     }
-}
-
-TEST(Paths, AreJoinedWithOneSeparatorOrNotAtAll) {
-    const std::string longest = "C:\\" + std::string(250, 'x'), tooLong = longest + "123456789";
-    const std::string cases[][3] = {
+    const std::string joined[][3] = {
         {"C:\\a\\", "\\b", "C:\\a\\b"},
-        {"C:\\", "b", "C:\\b"},
-        {"C:\\a", "", "C:\\a"},
         {"", "b", "b"},
         {"C:\\a", "..\\\xE5\xAD\x97", "C:\\\xE5\xAD\x97"},
         {"C:\\a", "D:\\b", "D:\\b"},
-        {"\\\\server\\share", "b", "\\\\server\\share\\b"},
         {longest, "12345", longest + "\\12345"},
         {longest, "123456", ""},
-        {"a", tooLong, ""},
-        {"a", std::string(100000, 'b'), ""},
+        {"a", longpath, ""},
     };
-    for (const auto& [path, more, joined] : cases) {
-        EXPECT_EQ(windows.appendpath(path, more), joined) << path << " and " << more.substr(0, 20);
+    for (const auto& [path, more, whole] : joined) {
+        EXPECT_EQ(windows.appendpath(path, more), whole) << path << " and " << more.substr(0, 20);
     }
 }
 
@@ -150,16 +149,13 @@ TEST_F(Files, FoldersAreMadeUnlessSomethingIsInTheWay) {
         {folder, true},
         {folder + deep, true},
         {folder + deep, true},
-        {folder + "\\sub\\", true},
         {folder + "\\new\\sub\\", true},
         {folder + "/one/two/three", true},
         {plain, false},
         {plain + "\\below\\further", false},
-        {plain + "/below", false},
         {folder + "\\a?\\b", false},
         {longPath, true},
         {"", false},
-        {"C:\\", true},
         {"Q:\\none\\such", false},
         {"\\\\orvsecutils.invalid\\share\\a\\b", false},
     };
@@ -168,9 +164,7 @@ TEST_F(Files, FoldersAreMadeUnlessSomethingIsInTheWay) {
         EXPECT_EQ(windows.directoryexists(path), made) << path;
     }
     std::filesystem::remove(toutf16(longPath));  // too long for remove_all
-    EXPECT_TRUE(windows.pathexists(plain));
-    std::ifstream content(toutf16(plain).c_str());
-    EXPECT_EQ(content.get(), 'c') << "the file in the way is left alone";
+    EXPECT_EQ(contentof(toutf16(plain)), "content") << "the file in the way is left alone";
 }
 
 TEST_F(Files, FoldersMayBeMadeByOthersAtTheSameMoment) {
@@ -224,20 +218,15 @@ TEST_F(Files, TimesAndNamesOfEntriesAreTold) {
 }
 
 TEST_F(Files, IniValuesAreCutWhereTheBufferEnds) {
-    const std::wstring content = L"\xFEFF[section]\r\nshort=\x5B57\r\nempty=\r\nlong=" + std::wstring(300, L'x') +
-                                 L"\r\npair=" + std::wstring(258, L'x') + L"\xD83D\xDE00\r\n";
-    const std::string path = file(
-        "values.ini", std::string(reinterpret_cast<const char*>(content.data()), content.size() * sizeof(wchar_t)));
-    const std::string cases[][3] = {
-        {"section", "short", "\xE5\xAD\x97"},
-        {"section", "long", std::string(259, 'x')},
-        {"section", "pair", std::string(258, 'x')},
-        {"section", "empty", ""},
-        {"none", "short", ""},
-    };
-    for (const auto& [section, key, expected] : cases) {
+    std::wstring content =
+        L"\xFEFF[section]\r\nshort=\x5B57\r\nempty=\r\nlong=" + std::wstring(300, L'x') + L"\r\npair=";
+    content += std::wstring(258, L'x') + L"\xD83D\xDE00\r\n";
+    const std::string path = file("values.ini", {reinterpret_cast<const char*>(content.data()), 2 * content.size()});
+    const std::pair<const char*, std::string> cases[] = {
+        {"short", "\xE5\xAD\x97"}, {"long", std::string(259, 'x')}, {"pair", std::string(258, 'x')}, {"empty", ""}};
+    for (const auto& [key, expected] : cases) {
         std::string value = "old";
-        EXPECT_EQ(windows.readinivalue(path, section, key, value), !expected.empty()) << key;
+        EXPECT_EQ(windows.readinivalue(path, "section", key, value), !expected.empty()) << key;
         EXPECT_EQ(value, expected) << key;
     }
 }

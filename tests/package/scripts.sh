@@ -2,15 +2,31 @@
 # scripts.sh SOURCE BUILD: how the scripts take what they are told, from anywhere.
 . "$(dirname "$0")/../support/checks.sh"
 export CDPATH=.:/
+status_of() { # COMMAND...: its status, with its output in the file `output`
+  local status=0
+  "$@" > output 2>&1 || status=$?
+  echo "$status"
+}
 for script in "$source"/script/*; do
-  [ -x "$script" ] && [ -f "$script" ] || continue
-  status=0
-  "$script" --help > help 2>&1 || status=$?
-  same "the status of ${script##*/} --help" 0 "$status"
-  same "how the help of ${script##*/} begins" "${script##*/}" "$(head -1 help | sed 's/[: ].*//')"
-  "$script" --nonsense > help 2>&1 || status=$?
-  same "the status of ${script##*/} --nonsense" 2 "$status"
+  name=${script##*/}
+  [ -f "$script" ] || continue
+  [ -x "$script" ] || continue
+  same "the status of $name --help" 0 "$(status_of "$script" --help)"
+  same "how the help of $name begins" "$name" "$(head -1 output | sed 's/[: ].*//')"
+  same "the status of $name --nonsense" 2 "$(status_of "$script" --nonsense)"
 done
-status=0
-"$source/script/wine-run" nosuchprogram.exe > /dev/null 2>&1 || status=$?
-expect "wine-run tells that there is no such program" [ "$status" != 0 ]
+expect "wine-run reports that there is no such program" [ "$(status_of "$source/script/wine-run" no.exe)" != 0 ]
+
+# script/test by itself, in a checkout where there is nothing to set up, and one test, which leaves a program behind.
+mkdir -p checkout/build/mingw-x86-release
+cp -r "$source/script" "$source/CMakePresets.json" checkout
+for step in setup lint build; do
+  printf '#!/bin/bash\n' > checkout/script/$step
+done
+echo 'add_test(one bash -c "(exec -a left.exe sleep 60) > /dev/null 2>&1 &")' > checkout/build/mingw-x86-release/CTestTestfile.cmake
+(exec -a other.exe sleep 60) > /dev/null 2>&1 &
+other=$!
+same "the status of a test that passes" 0 "$(status_of checkout/script/test -R one)"
+expect "another program goes on" kill "$other"
+expect "the program of the test was ended" [ -z "$(pgrep -f '^left.exe' || true)" ]
+expect "a choice without a test fails" [ "$(status_of checkout/script/test -R nosuchtest)" != 0 ]

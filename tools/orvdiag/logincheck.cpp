@@ -159,7 +159,9 @@ private:
         for (const char* name : assemblies) {
             const std::string path = std::string("OrvelLoginManagerClient\\") + name + ".dll";
             file assembly = look(path, true);
-            if (assembly.good() && !lines.empty()) {
+            if (assembly.good() && lines.empty()) {
+                assembly.found.add(grade::ok, "not opened, as the managed part does not run");
+            } else if (assembly.good()) {
                 interpret(name, lines, folder / toutf16(path), assembly.found);
             }
             findings.push_back(assembly.found);

@@ -33,7 +33,8 @@ struct orvellogin_client;
 /// - `loginRuntimeException` (by value): everything else, from any member that reaches the manager. An assembly that
 ///   cannot be loaded, an exception of another type, the manager's exception from a member not listed above, a string
 ///   of the manager's that is null where none may be (`System.ArgumentNullException`). If creating the manager fails,
-///   the next member that needs it tries again; but on Windows the runtime remembers an assembly that it could not find.
+///   the next member that needs it tries again; but on Windows the runtime remembers an assembly that it could not
+///   find.
 /// - `std::bad_alloc` from any member.
 ///
 /// Threads: any thread may call, one at a time; nothing here is guarded. Two threads that make the first call of one
@@ -64,22 +65,22 @@ public:
     /// to this library.
     LoginManagerClient(void (*loginCallBack)(), void (*logoutCallBack)(), uiLang langIn);
 
-    /// Disposes the manager, if one was created. Signs nobody out, and drops what the manager's disposing may throw.
+    /// Disposes the manager, if one was created, and ignores an exception of its `Dispose`. Signs nobody out.
     ~LoginManagerClient();
 
     LoginManagerClient(const LoginManagerClient&) = delete;
     LoginManagerClient& operator=(const LoginManagerClient&) = delete;
 
-    /// Signs in without credentials from the host: what the manager does then (a remembered user, a browser) is its own
-    /// affair. Not governed by the offline flag. No record from the manager: `loginManagerException*` with code 6. A
-    /// null `domainName` in the record becomes empty; a null in one of the other six fields is a failed conversion.
+    /// Signs in without credentials from the host. The manager decides how (a remembered user, a browser). Not governed
+    /// by the offline flag. No record from the manager: `loginManagerException*` with code 6. A null `domainName` in
+    /// the record becomes empty; a null in one of the other six fields is a failed conversion.
     LoginResponse login();
 
     /// Signs in with account name and password. The copy of the password is wiped. Otherwise as login().
     LoginResponse login(std::wstring userName, std::wstring password);
 
-    /// The signed-in user, not asking for a sign-in. With `LastLoginFlag` true it is login() instead. Otherwise as
-    /// login().
+    /// The signed-in user, without asking anyone to sign in. With `LastLoginFlag` true it is login() instead. Otherwise
+    /// as login().
     LoginResponse getLoggedInUser(bool LastLoginFlag);
 
     /// Signs the user out. Not governed by the offline flag. Throws the manager's report.
@@ -130,7 +131,8 @@ public:
     /// exception arrives as `loginRuntimeException`.
     bool isDunmorePlatformTokenExpired(std::wstring t);
 
-    /// Sets the offline flag, which is false after construction. It is this client's alone: the manager is not told.
+    /// Sets the offline flag, which is false after construction. The flag belongs to this client; the manager is not
+    /// told.
     void setOrvelOfflineMode(bool orvelOfflineMode);
 
     /// The offline flag.

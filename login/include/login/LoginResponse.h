@@ -7,15 +7,15 @@
 
 #include "login/LoginExport.h"
 
-/// What the login manager tells of a signed-in user. All strings are UTF-16; a default-made record is empty.
+/// What the login manager says about a signed-in user. All strings are UTF-16; a default-constructed record is empty.
 ///
 /// There is no status here: a sign-in that did not throw succeeded.
 struct ORVELLOGIN_API LoginResponse {
     LoginResponse();                                           ///< every field empty
     LoginResponse(const LoginResponse& other);                 ///< field by field
-    LoginResponse(LoginResponse&& other) noexcept;             ///< leaves `other` fit for assignment only
+    LoginResponse(LoginResponse&& other) noexcept;             ///< leaves `other` valid but unspecified
     LoginResponse& operator=(const LoginResponse& other);      ///< field by field
-    LoginResponse& operator=(LoginResponse&& other) noexcept;  ///< leaves `other` fit for assignment only
+    LoginResponse& operator=(LoginResponse&& other) noexcept;  ///< leaves `other` valid but unspecified
     ~LoginResponse();                                          ///< frees the fields
 
     std::wstring statusDescription;  ///< outcome of the sign-in, as the manager phrased it

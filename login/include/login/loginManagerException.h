@@ -7,8 +7,7 @@
 
 /// Outcome that the login manager reports with a failure: the number of its `loginManagerStatusCode`, 0 to 8.
 ///
-/// What a number stands for is laid down by the login manager that you deploy, but for the two that this library
-/// itself gives a meaning.
+/// The deployed login manager defines what each number means. This library itself uses only two of them, 6 and 8.
 enum statusCode : int {
     statusCode0 = 0,
     statusCode1 = 1,

@@ -18,12 +18,12 @@ public:
     loginRuntimeException(std::wstring typeNameIn, std::wstring messageIn, std::int32_t hresultIn, std::string textIn)
         : typeName(std::move(typeNameIn)), message(std::move(messageIn)), hresult(hresultIn), text(std::move(textIn)) {}
 
-    /// Type and message in UTF-8: "System.IO.FileNotFoundException: Could not load ...", followed by the causes that the
-    /// exception wraps, each as " ---> Type: message". The message alone, with the HRESULT in it, when the runtime could
-    /// not be started.
+    /// Type and message in UTF-8: "System.IO.FileNotFoundException: Could not load ...", followed by the causes that
+    /// the exception wraps, each as " ---> Type: message". The message alone, with the HRESULT in it, when the runtime
+    /// could not be started.
     const char* what() const noexcept override { return text.c_str(); }
 
-    std::wstring typeName;  ///< full name of the managed type; empty when no managed exception stands behind it
+    std::wstring typeName;  ///< full name of the managed type; empty when the failure is no managed exception
     std::wstring message;   ///< the managed exception's message and causes, in the language the runtime chose
     std::int32_t hresult;   ///< the exception's HRESULT, or the one that starting the runtime ended with
 

@@ -5,8 +5,8 @@
 
 /// Language of the login manager's user interface: the number of its `langCode`, 0 to 13.
 ///
-/// Which language a number stands for is laid down by the login manager that you deploy, so the names here carry the
-/// number only. A value outside 0 to 13 is sent to the manager as 0.
+/// The deployed login manager defines which language a number means, so the names here carry the number only. A value
+/// outside 0 to 13 is sent to the manager as 0.
 enum uiLang : int {
     uiLang0 = 0,
     uiLang1 = 1,

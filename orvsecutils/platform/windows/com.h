@@ -26,11 +26,6 @@ inline bstr makebstr(std::wstring_view text) {
     return copy;
 }
 
-/// The units of a BSTR, zero units included. Null counts as empty.
-inline std::wstring_view view(BSTR text) {
-    return {text, SysStringLen(text)};
-}
-
 /// A VARIANT that starts empty and clears what it holds at its end.
 class variant {
 public:

@@ -9,6 +9,11 @@ namespace orvsecutils {
 
 namespace {
 
+// The units of a BSTR, zero units included. Null counts as empty.
+std::wstring_view view(BSTR text) {
+    return {text, SysStringLen(text)};
+}
+
 // An enumeration of an object's properties; the destructor ends it.
 class propertyenumeration {
 public:

@@ -9,7 +9,7 @@
 
 #include <string>
 
-#include "signin_program.h"
+#include "tests/examples/signin_program.h"
 
 namespace {
 
