@@ -83,7 +83,7 @@ for file in "$PACKAGE"/bin/orv*; do
   expect "${file##*/} names its debug file" grep -q '\.gnu_debuglink' sections
   debug=$(echo orvellogin-*-debug)/${file##*/}.debug
   address=$(i686-w64-mingw32-nm "$debug" | sed -n 's/ [Tt] _*\(wmain\|.*ManagerClient13getTenantName.*\)$//p' | head -1)
-  expect "addresses of ${file##*/} are found" grep -qE '/orvellogin/.*\.cpp:[0-9]+$' \
+  expect "addresses of ${file##*/} are found" grep -qE '\.cpp:[0-9]+$' \
     <(i686-w64-mingw32-addr2line -e "$debug" "$address")
 done
 strings "$PACKAGE/bin/OrvelLoginClientCLR.dll" | grep -qF "$version" || expect "the managed part carries its version" false
