@@ -12,7 +12,8 @@ function(add_import_libraries target result)
   set(def ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/${target}.def)
   set(lib ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/${target}.lib)
   set(files ${def})
-  target_link_options(${target} PRIVATE -Wl,--kill-at -Wl,--output-def,${raw})
+  # Not by -Wl, which a "," in a folder's name would end.
+  target_link_options(${target} PRIVATE -Wl,--kill-at "SHELL:-Xlinker --output-def -Xlinker \"${raw}\"")
   # -k: the list has the decorated names, the DLL the plain ones.
   set(make_lib)
   if(LLVM_DLLTOOL)
@@ -22,7 +23,10 @@ function(add_import_libraries target result)
   add_custom_command(TARGET ${target} POST_BUILD
     COMMAND ${CMAKE_COMMAND} -DFROM=${raw} -DTO=${def} -DDLL=$<TARGET_FILE_NAME:${target}>
       -P ${orvellogin_SOURCE_DIR}/cmake/DecoratedNames.cmake
-    COMMAND ${CMAKE_DLLTOOL} -k -d ${def} -D $<TARGET_FILE_NAME:${target}> -l $<TARGET_LINKER_FILE:${target}>
+    # From the folder itself: names of symbols inside are made of the paths given.
+    COMMAND ${CMAKE_COMMAND} -E chdir ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY} ${CMAKE_DLLTOOL} -k -d ${target}.def
+      -D $<TARGET_FILE_NAME:${target}> -l $<TARGET_LINKER_FILE_NAME:${target}> --temp-prefix ${target}
+      --deterministic-libraries
     ${make_lib}
     BYPRODUCTS ${files}
     VERBATIM)
