@@ -1,29 +1,21 @@
 #include <windows.h>
 
-#include <winsvc.h>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
 #include <ctime>
-#include <filesystem>
-#include <fstream>
 #include <locale>
-#include <string>
 #include <thread>
-#include <tuple>
-#include <vector>
 
 #include "orvsecutils/platform/platform.h"
 #include "orvsecutils/platform/unicode.h"
 #include "orvsecutils/platform/windows/filetime.h"
-#include "orvsecutils/platform/windows/handles.h"
 #include "tests/support/program.h"
 #include "tests/support/temporary_folder.h"
 
 using namespace orvsecutils;
+using namespace testing;
 
 namespace {
 
@@ -47,7 +39,7 @@ FILETIME filetime(std::int64_t seconds) {
     return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
 }
 
-class Files : public testing::Test {
+class Files : public Test {
 protected:
     std::string file(const std::string& name, const std::string& content) const {
         std::ofstream(std::filesystem::path(toutf16(folder + "\\" + name)), std::ios::binary) << content;
@@ -60,25 +52,37 @@ protected:
 
 }  // namespace
 
-TEST(Facts, AgreeWithTheEnvironment) {
-    const std::pair<std::string, const wchar_t*> cases[] = {
-        {windows.username(), L"USERNAME"},
-        {windows.profilefolder(), L"USERPROFILE"},
-        {windows.localappdatafolder(), L"LOCALAPPDATA"},
-        {windows.roamingappdatafolder(), L"APPDATA"},
-        {windows.programfilesfolder(), L"ProgramFiles"},
-        {windows.programfilesx86folder(), L"ProgramFiles(x86)"},
-        {windows.publicfolder(), L"PUBLIC"},
+TEST(Facts, AreToldByOtherSourcesToo) {
+    struct grouping : std::numpunct<char> {
+        std::string do_grouping() const override { return "\1"; }
     };
-    for (const auto& [actual, variable] : cases) {
-        EXPECT_EQ(actual, environment(variable)) << toutf8(variable);
-        EXPECT_NE(actual, "");
+    // The host's locale does not matter.
+    const std::locale before = std::locale::global(std::locale(std::locale(), new grouping));
+    const std::string version = windows.osversion(), languages = windows.languageids(),
+                      processors = windows.processorinfo();
+    std::locale::global(before);
+    const DWORD build = GetVersion();
+    const std::string pack = registrytext(L"Software\\Microsoft\\Windows NT\\CurrentVersion", L"CSDVersion");
+    const std::pair<std::string, std::string> facts[] = {
+        {windows.computername(), registrytext(L"SYSTEM\\CurrentControlSet\\Services\\Tcpip\\Parameters", L"Hostname")},
+        {windows.username(), environment(L"USERNAME")},
+        {windows.profilefolder(), environment(L"USERPROFILE")},
+        {windows.localappdatafolder(), environment(L"LOCALAPPDATA")},
+        {windows.roamingappdatafolder(), environment(L"APPDATA")},
+        {windows.programfilesfolder(), environment(L"ProgramFiles")},
+        {windows.programfilesx86folder(), environment(L"ProgramFiles(x86)")},
+        {windows.publicfolder(), environment(L"PUBLIC")},
+        {windows.executablename(), "orvsecutils_test.exe"},
+        {windows.executablefolder(), toutf8(program::ownfolder().native())},
+        {version, std::to_string(LOBYTE(build)) + "," + std::to_string(HIBYTE(LOWORD(build))) + "," +
+                      std::to_string(HIWORD(build)) + "," + (pack.empty() ? "0" : pack.substr(13)) + ",0"},
+        {languages, std::to_string(GetUserDefaultLangID()) + "," + std::to_string(GetSystemDefaultLangID())},
+        {processors, environment(L"NUMBER_OF_PROCESSORS") + ",0," + environment(L"PROCESSOR_LEVEL")},
+    };
+    for (const auto& [told, known] : facts) {
+        EXPECT_EQ(told, known);
+        EXPECT_NE(told, "") << known;
     }
-    EXPECT_EQ(windows.computername(),
-              registrytext(L"SYSTEM\\CurrentControlSet\\Services\\Tcpip\\Parameters", L"Hostname"))
-        << "not the NetBIOS name";
-    EXPECT_EQ(windows.executablename(), "orvsecutils_platform_test.exe");
-    EXPECT_TRUE(windows.pathexists(windows.executablefolder() + "\\" + windows.executablename()));
 }
 
 // Also run with several languages and time zones in the environment.
@@ -97,45 +101,24 @@ TEST(Environment, DecidesLanguageAndFileTimes) {
     EXPECT_EQ(calendartime({}), -1) << "in the year 1601";
 }
 
-TEST(Facts, NumbersAreNotGroupedByTheHostsLocale) {
-    struct grouping : std::numpunct<char> {
-        std::string do_grouping() const override { return "\1"; }
-    };
-    const std::locale before = std::locale::global(std::locale(std::locale(), new grouping));
-    const std::string version = windows.osversion(), languages = windows.languageids(),
-                      processors = windows.processorinfo();
-    std::locale::global(before);
-    const DWORD build = GetVersion();
-    const std::string pack = registrytext(L"Software\\Microsoft\\Windows NT\\CurrentVersion", L"CSDVersion");
-    EXPECT_EQ(version, std::to_string(LOBYTE(build)) + "," + std::to_string(HIBYTE(LOWORD(build))) + "," +
-                           std::to_string(HIWORD(build)) + "," + (pack.empty() ? "0" : pack.substr(13)) + ",0")
-        << pack;
-    EXPECT_EQ(languages, std::to_string(GetUserDefaultLangID()) + "," + std::to_string(GetSystemDefaultLangID()));
-    EXPECT_EQ(processors, environment(L"NUMBER_OF_PROCESSORS") + ",0," + environment(L"PROCESSOR_LEVEL"));
-}
-
 TEST(Paths, AreTakenApartAndJoined) {
     const std::string longpath = "C:\\" + std::string(300, 'x'), longest = "C:\\" + std::string(250, 'x');
-    const std::string taken[][3] = {
-        {"a", "", "a"},
-        {"C:\\", "C:\\", "C:\\"},
-        {"C:\\a\\", "C:\\a", "a\\"},
-        {"\\\\server\\share\\a", "\\\\server\\share", "a"},
-        {longpath + "\\\xF0\x9F\x98\x80", longpath, "\xF0\x9F\x98\x80"},
-    };
+    const std::string taken[][3] = {{"a", "", "a"},
+                                    {"C:\\", "C:\\", "C:\\"},
+                                    {"C:\\a\\", "C:\\a", "a\\"},
+                                    {"\\\\server\\share\\a", "\\\\server\\share", "a"},
+                                    {longpath + "\\\xF0\x9F\x98\x80", longpath, "\xF0\x9F\x98\x80"}};
     for (const auto& [path, parent, name] : taken) {
         EXPECT_EQ(windows.parentfolder(path), parent) << path;
         EXPECT_EQ(windows.filename(path), name) << path;
     }
-    const std::string joined[][3] = {
-        {"C:\\a\\", "\\b", "C:\\a\\b"},
-        {"", "b", "b"},
-        {"C:\\a", "..\\\xE5\xAD\x97", "C:\\\xE5\xAD\x97"},
-        {"C:\\a", "D:\\b", "D:\\b"},
-        {longest, "12345", longest + "\\12345"},
-        {longest, "123456", ""},
-        {"a", longpath, ""},
-    };
+    const std::string joined[][3] = {{"C:\\a\\", "\\b", "C:\\a\\b"},
+                                     {"", "b", "b"},
+                                     {"C:\\a", "..\\\xE5\xAD\x97", "C:\\\xE5\xAD\x97"},
+                                     {"C:\\a", "D:\\b", "D:\\b"},
+                                     {longest, "12345", longest + "\\12345"},
+                                     {longest, "123456", ""},
+                                     {"a", longpath, ""}};
     for (const auto& [path, more, whole] : joined) {
         EXPECT_EQ(windows.appendpath(path, more), whole) << path << " and " << more.substr(0, 20);
     }
@@ -143,27 +126,25 @@ TEST(Paths, AreTakenApartAndJoined) {
 
 TEST_F(Files, FoldersAreMadeUnlessSomethingIsInTheWay) {
     const std::string plain = file("plain", "content");
-    const std::string deep = "\\a\\\xE5\xAD\x97\\c", longName = "\\" + std::string(200, 'l');
-    const std::string longPath = "\\\\?\\" + folder + longName + longName;
-    const std::pair<std::string, bool> cases[] = {
-        {folder, true},
-        {folder + deep, true},
-        {folder + deep, true},
-        {folder + "\\new\\sub\\", true},
-        {folder + "/one/two/three", true},
-        {plain, false},
-        {plain + "\\below\\further", false},
-        {folder + "\\a?\\b", false},
-        {longPath, true},
-        {"", false},
-        {"Q:\\none\\such", false},
-        {"\\\\orvsecutils.invalid\\share\\a\\b", false},
-    };
+    const std::string deep = "\\a\\\xE5\xAD\x97\\c", longname = "\\" + std::string(200, 'l');
+    const std::string longpath = "\\\\?\\" + folder + longname + longname;
+    const std::pair<std::string, bool> cases[] = {{folder, true},
+                                                  {folder + deep, true},
+                                                  {folder + deep, true},
+                                                  {folder + "\\new\\sub\\", true},
+                                                  {folder + "/one/two/three", true},
+                                                  {longpath, true},
+                                                  {plain, false},
+                                                  {plain + "\\below\\further", false},
+                                                  {folder + "\\a?\\b", false},
+                                                  {"", false},
+                                                  {"Q:\\none\\such", false},
+                                                  {"\\\\orvsecutils.invalid\\share\\a\\b", false}};
     for (const auto& [path, made] : cases) {
         EXPECT_EQ(windows.createdirectory(path), made) << path;
         EXPECT_EQ(windows.directoryexists(path), made) << path;
     }
-    std::filesystem::remove(toutf16(longPath));  // too long for remove_all
+    std::filesystem::remove(toutf16(longpath));  // too long for remove_all
     EXPECT_EQ(contentof(toutf16(plain)), "content") << "the file in the way is left alone";
 }
 
@@ -188,7 +169,7 @@ TEST_F(Files, FoldersMayBeMadeByOthersAtTheSameMoment) {
 TEST_F(Files, TimesAndNamesOfEntriesAreTold) {
     std::int64_t creation = 1, access = 2, write = 3;
     EXPECT_FALSE(windows.filetimes(folder + "\\none", creation, access, write));
-    EXPECT_THAT(std::tie(creation, access, write), testing::FieldsAre(1, 2, 3)) << "untouched on failure";
+    EXPECT_THAT(std::tie(creation, access, write), FieldsAre(1, 2, 3)) << "untouched on failure";
 
     const std::string path = file("\xE5\xAD\x97.txt", "");
     windows.createdirectory(folder + "\\sub");
@@ -200,16 +181,14 @@ TEST_F(Files, TimesAndNamesOfEntriesAreTold) {
     }
     std::vector<fileentry> entries = {{"old", 0}};
     EXPECT_FALSE(windows.findfiles(folder + "\\*.none", entries));
-    EXPECT_THAT(entries, testing::IsEmpty());
+    EXPECT_THAT(entries, IsEmpty());
     EXPECT_TRUE(windows.findfiles(folder + "\\*", entries));
     EXPECT_TRUE(currentplatform().filetimes(path, creation, access, write));
     // Wine has no time of creation but that of the last write.
-    EXPECT_THAT(
-        std::tie(creation, access, write),
-        testing::FieldsAre(calendartime(filetime(3000)), calendartime(filetime(2000)), calendartime(filetime(3000))));
+    EXPECT_THAT(std::tie(creation, access, write),
+                FieldsAre(calendartime(filetime(3000)), calendartime(filetime(2000)), calendartime(filetime(3000))));
     const auto lately = [](std::int64_t time) { return std::abs(time - std::time(nullptr)) <= 5; };
-    EXPECT_THAT(entries, testing::UnorderedElementsAre(testing::FieldsAre("sub", testing::Truly(lately)),
-                                                       testing::FieldsAre("\xE5\xAD\x97.txt", write)));
+    EXPECT_THAT(entries, UnorderedElementsAre(FieldsAre("sub", Truly(lately)), FieldsAre("\xE5\xAD\x97.txt", write)));
 
     windows.deletefile(folder + "\\sub");
     windows.deletefile(path);
@@ -251,16 +230,11 @@ TEST(Services, AreToldAsTheyWereInstalled) {
                                                nullptr, nullptr));
     ASSERT_TRUE(service);
     serviceconfiguration actual = {};
-    const bool found = windows.serviceconfig(name, actual);
+    EXPECT_TRUE(windows.serviceconfig(name, actual));
     DeleteService(service.get());
-    EXPECT_TRUE(found);
     // Not the dependencies: Wine does not keep them.
-    EXPECT_THAT(std::tie(actual.servicetype, actual.starttype, actual.errorcontrol, actual.tagid),
-                testing::FieldsAre(0x20, 4, 2, 0));
-    EXPECT_THAT(
-        std::tie(actual.binarypathname, actual.loadordergroup, actual.servicestartname, actual.displayname),
-        testing::FieldsAre("C:\\\xD0\x96 none\\service.exe -k", "test group", "LocalSystem", "Test \xE5\xAD\x97"));
-
+    EXPECT_THAT(actual, FieldsAre(0x20, 4, 2, "C:\\\xD0\x96 none\\service.exe -k", "test group", 0, "", "LocalSystem",
+                                  "Test \xE5\xAD\x97"));
     actual.displayname = "kept";
     EXPECT_FALSE(windows.serviceconfig(name + "-none", actual));
     EXPECT_EQ(actual.displayname, "kept");

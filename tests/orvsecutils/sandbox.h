@@ -2,10 +2,7 @@
 
 #include <windows.h>
 
-#include <filesystem>
 #include <regex>
-#include <string>
-#include <vector>
 
 #include "orvsecutils/platform/windows/handles.h"
 #include "tests/support/program.h"
