@@ -31,7 +31,7 @@ class skipping<0, Base> : public Base {};
 // One object in all the roles of a WMI whose answer is one object with one property: the members that the library calls
 // are in different places of the interfaces' tables.
 struct locatorandenumerator : IUnknown {
-    HRESULT locator = S_OK, connection = S_OK, blanket = S_OK, result = S_OK, enumeration = S_OK;
+    HRESULT locator = S_OK, connection = S_OK, blanket = S_OK, result = S_OK;
     HRESULT afterobject = WBEM_S_FALSE, afterproperty = WBEM_S_NO_MORE_DATA;
     std::wstring value = L"x";
     int objects = 1, properties = 1;
@@ -60,7 +60,7 @@ struct locatorandenumerator : IUnknown {
     }
 };
 struct classobject : skipping<3, locatorandenumerator> {
-    virtual HRESULT STDMETHODCALLTYPE BeginEnumeration(LONG) { return enumeration; }
+    virtual HRESULT STDMETHODCALLTYPE BeginEnumeration(LONG) { return S_OK; }
     virtual HRESULT STDMETHODCALLTYPE NextProperty(LONG, BSTR* name, VARIANT* place, CIMTYPE*, LONG*) {
         if (properties-- <= 0) {
             return afterproperty;
@@ -123,15 +123,13 @@ TEST_F(WmiOnFakes, AFailureEndsTheRowsWithoutLosingThem) {
     const std::shared_ptr<wmi> connection = connect();
     fake.afterobject = fake.afterproperty = E_FAIL;
     EXPECT_TRUE(connection->query("q", rows));
-    fake.enumeration = E_FAIL;
-    EXPECT_TRUE(connection->query("q", rows));
     fake.result = E_FAIL;
     EXPECT_TRUE(connection->query("q", rows)) << "rows that were there count";
-    EXPECT_THAT(rows, ElementsAre(ElementsAre(Pair("name", "x")), IsEmpty()));
+    EXPECT_THAT(rows, ElementsAre(ElementsAre(Pair("name", "x"))));
     rows.clear();
     EXPECT_FALSE(connection->query("q", rows));
     EXPECT_FALSE(wmiconnection().query("q", rows)) << "without a connection";
-    fake.result = fake.enumeration = S_OK;
+    fake.result = S_OK;
     fake.value = L"\xD800";
     EXPECT_THROW(connection->query("q", rows), std::range_error);
 }
