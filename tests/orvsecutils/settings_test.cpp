@@ -28,7 +28,8 @@ std::string bytesof(std::wstring_view units) {
     return std::string(reinterpret_cast<const char*>(units.data()), units.size() * sizeof(wchar_t));
 }
 
-const std::string one = "\x01\0\0\0"s, two = "\x02\0\0\0"s;
+const std::string one = "\x01\0\0\0"s, two = "\x02\0\0\0"s, three = "\x03\0\0\0"s;
+const std::string none = "- - - - - ";  // see answers()
 
 // A registry key in one view, for looking at and writing the plain bytes.
 struct rawkey {
@@ -89,30 +90,25 @@ protected:
 };
 
 TEST_F(Settings, RegistryDataOfAnyShapeIsReadOrLeftOut) {
-    const std::string none = "- - - - - ";
+    const auto read = [this](DWORD type, const std::string& bytes) {
+        user.write(L"value", type, bytes);
+        return answers(settings(definition), "value");
+    };
     const auto text = [](const std::string& content) { return "- - - " + PrintToString(content) + " - "; };
-    const auto list = [](const char* content) { return "- - - - "s + content + " "; };
     const std::wstring longtext(40000, L'\x416');
-    const std::tuple<DWORD, std::string, std::string> cases[] = {
-        {REG_DWORD, "\xFE\xFF\xFF\xFF", "4294967294 -2 true - - "},
-        {REG_DWORD, "\0\0\0\0"s, "0 0 false - - "},
-        {REG_DWORD, "\x01\0\0\0\0\0\0\0"s, none},
-        {REG_SZ, bytesof(L"abc"), none},
-        {REG_SZ, bytesof(L"\x416\x20AC\xD83D\xDE00\0"sv), text("\xD0\x96\xE2\x82\xAC\xF0\x9F\x98\x80")},
-        {REG_SZ, bytesof(L"a\0c\0"sv), text("a")},
-        {REG_SZ, bytesof(longtext + L'\0'), text(toutf8(longtext))},
-        {REG_EXPAND_SZ, bytesof(L"\xE9 %OS%\0"sv), text("\xC3\xA9 Windows_NT")},
-        {REG_MULTI_SZ, bytesof(L"\0\0"sv), list("{}")},
-        {REG_MULTI_SZ, bytesof(L"a\0b\0"sv), none},
-        {REG_MULTI_SZ, bytesof(L"a\0b\0\0c\0\0"sv), list(R"({ "a", "b" })")},
-        {77, bytesof(L"a\0"sv), none}};
-    for (const auto& [type, bytes, expected] : cases) {
-        const std::string name = std::to_string(type) + PrintToString(bytes.substr(0, 12));
-        user.write(toutf16(name), type, bytes);
-        const settings group(definition);
-        EXPECT_EQ(answers(group, name), expected) << name;
-        EXPECT_EQ(group.getnames().count(name), expected != none) << name;
-    }
+    EXPECT_EQ(read(REG_DWORD, "\xFE\xFF\xFF\xFF"), "4294967294 -2 true - - ");
+    EXPECT_EQ(read(REG_DWORD, "\0\0\0\0"s), "0 0 false - - ");
+    EXPECT_EQ(read(REG_DWORD, "\x01\0\0\0\0\0\0\0"s), none);
+    EXPECT_EQ(read(REG_SZ, bytesof(L"abc")), none);
+    EXPECT_EQ(read(REG_SZ, bytesof(L"\x416\xD83D\xDE00\0"sv)), text("\xD0\x96\xF0\x9F\x98\x80"));
+    EXPECT_EQ(read(REG_SZ, bytesof(L"a\0c\0"sv)), text("a"));
+    EXPECT_EQ(read(REG_SZ, bytesof(longtext + L'\0')), text(toutf8(longtext)));
+    EXPECT_EQ(read(REG_EXPAND_SZ, bytesof(L"\xE9 %OS%\0"sv)), text("\xC3\xA9 Windows_NT"));
+    EXPECT_EQ(read(REG_MULTI_SZ, bytesof(L"\0\0"sv)), "- - - - {} ");
+    EXPECT_EQ(read(REG_MULTI_SZ, bytesof(L"a\0b\0\0c\0\0"sv)), R"(- - - - { "a", "b" } )");
+    EXPECT_EQ(read(REG_MULTI_SZ, bytesof(L"a\0b\0"sv)), none);
+    EXPECT_EQ(read(77, bytesof(L"a\0"sv)), none);
+    EXPECT_THAT(settings(definition).getnames(), IsEmpty());
 }
 
 TEST_F(Settings, NamesOfAnyScriptAndLengthAreFound) {
@@ -148,17 +144,17 @@ TEST_F(Settings, TheUsersValueWinsWhateverItsKind) {
     user.write(L"kinds", REG_SZ, bytesof(L"1\0"sv));
     machine.write(L"kinds", REG_DWORD, two);
     machine.write(L"Machine", REG_DWORD, two);
+    machine32.write(L"Machine", REG_DWORD, three);
     const settings group(definition);
     EXPECT_EQ(answers(group, "both"), "1 1 true - - ");
     EXPECT_EQ(answers(group, "kinds"), "- - - \"1\" - ");
     EXPECT_EQ(answers(group, "Machine"), "2 2 true - - ");
-    EXPECT_EQ(answers(group, "machine"), "- - - - - ");
+    EXPECT_EQ(answers(group, "machine"), none);
     EXPECT_THAT(group.getnames(), ElementsAre("Machine", "both", "kinds"));
 }
 
 TEST_F(Settings, SaveWritesAllItCanAndNothingElse) {
     user.write(L"expand", REG_EXPAND_SZ, bytesof(L"%OS%\0"sv));
-    user.write(L"binary", REG_BINARY, "\x01");
     user.write(L"kind", REG_DWORD, one);
     machine.write(L"machine", REG_DWORD, one);
     settings(definition).setint("forgotten", 1);
@@ -172,39 +168,32 @@ TEST_F(Settings, SaveWritesAllItCanAndNothingElse) {
     settings withlist(definition);
     withlist.setstring("empty", "");
     EXPECT_FALSE(withlist.save());
-    const std::pair<std::wstring, std::string> cases[] = {{L"\x416", "4:\0\0\0\x80"s},
-                                                          {L"true", "4:" + one},
-                                                          {L"false", "4:\0\0\0\0"s},
-                                                          {L"kind", "1:" + bytesof(L"\x5B57\0"sv)},
-                                                          {L"expand", "1:" + bytesof(L"Windows_NT\0"sv)},
-                                                          {L"empty", "1:\0\0"s},
-                                                          {L"binary", "3:\x01"},
-                                                          {L"a list", "7:" + bytesof(L"a\0\0"sv)},
-                                                          {L"forgotten", ":"},
-                                                          {L"machine", ":"}};
-    for (const auto& [name, stored] : cases) {
-        EXPECT_EQ(user.read(name), stored) << toutf8(name);
-    }
+    EXPECT_EQ(user.read(L"\x416"), "4:\0\0\0\x80"s);
+    EXPECT_EQ(user.read(L"true"), "4:" + one);
+    EXPECT_EQ(user.read(L"false"), "4:\0\0\0\0"s);
+    EXPECT_EQ(user.read(L"kind"), "1:" + bytesof(L"\x5B57\0"sv));
+    EXPECT_EQ(user.read(L"expand"), "1:" + bytesof(L"Windows_NT\0"sv));
+    EXPECT_EQ(user.read(L"empty"), "1:\0\0"s);
+    EXPECT_EQ(user.read(L"a list"), "7:" + bytesof(L"a\0\0"sv));
+    EXPECT_EQ(user.read(L"forgotten"), ":");
+    EXPECT_EQ(user.read(L"machine"), ":");
     EXPECT_FALSE(settings(settingsdef(company, "", "", std::string(300, 'x'), "")).save()) << "no key has such a name";
 }
 
-TEST_F(Settings, TheMachineIsReadIn64BitsAndWrittenIn32) {
+TEST_F(Settings, TheMachineIsLookedForIn64BitsAndWrittenIn32) {
     const platform& system = currentplatform();
-    machine.write(L"value", REG_DWORD, one);
-    machine32.write(L"value", REG_DWORD, two);
-    EXPECT_EQ(answers(settings(definition), "value"), "1 1 true - - ");
     settingsmap values;
     values["value"] = makesetting(3);
     EXPECT_TRUE(system.writesettings(settingsscope::machine, definition, values));
-    EXPECT_EQ(machine.read(L"value"), "4:" + one);
-    EXPECT_EQ(machine32.read(L"value"), "4:\x03\0\0\0"s);
-
-    // Any other scope is the user's.
+    EXPECT_EQ(machine.read(L"value"), ":");
+    EXPECT_EQ(machine32.read(L"value"), "4:" + three);
     EXPECT_TRUE(system.writesettings(static_cast<settingsscope>(7), definition, values));
-    EXPECT_EQ(user.read(L"value"), "4:\x03\0\0\0"s);
-    EXPECT_TRUE(system.settingsexist(static_cast<settingsscope>(-1), definition));
+    EXPECT_EQ(user.read(L"value"), "4:" + three) << "any other scope is the user's";
+    const settingsdef group32(company, "", "group 32", "", "");
+    EXPECT_TRUE(system.writesettings(settingsscope::machine, group32, values));
+    EXPECT_FALSE(system.settingsexist(settingsscope::machine, group32));
+    EXPECT_FALSE(system.settingsexist(settingsscope::user, group32));
     EXPECT_TRUE(system.settingsexist(settingsscope::machine, definition));
-    EXPECT_FALSE(system.settingsexist(settingsscope::user, settingsdef(company, "", "group", "", "no such")));
 }
 
 TEST_F(Settings, LoadingAndSavingLeavesNoHandleOpen) {
@@ -262,7 +251,7 @@ TEST_F(Settings, ExhaustedMemoryLosesNothingAndLeavesNothingHalf) {
             changed.setint("one more number", 7);
             changed.setstring(number, longtext);
         } catch (const std::bad_alloc&) {
-            EXPECT_NE(answers(changed, number), "- - - - - ");
+            EXPECT_NE(answers(changed, number), none);
             EXPECT_EQ(changed.getnames().count("one more number"), changed.find("one more number") != nullptr);
             throw;
         }
