@@ -5,20 +5,37 @@ include(CMakePackageConfigHelpers)
 
 set(package_files ${CMAKE_INSTALL_LIBDIR}/cmake/orvellogin)
 
-install(TARGETS orvellogin EXPORT orvellogin)
-install(DIRECTORY login/include/ TYPE INCLUDE)
+install(TARGETS orvellogin orvelloginc orvellogin_client EXPORT orvellogin)
+install(FILES ${import_files} DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY login/include/ login/client TYPE INCLUDE)
+install(FILES login/c/orvelloginc.h ${orvellogin_BINARY_DIR}/login/include/orvelloginversion.h TYPE INCLUDE)
 install(PROGRAMS ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/OrvelLoginClientCLR.dll ${runtime_files} TYPE BIN)
 if(TARGET orvdiag)
   install(TARGETS orvdiag)
 endif()
 install(EXPORT orvellogin FILE orvelloginTargets.cmake NAMESPACE orvellogin:: DESTINATION ${package_files})
 configure_package_config_file(
-  cmake/orvelloginConfig.cmake.in ${orvellogin_BINARY_DIR}/orvelloginConfig.cmake INSTALL_DESTINATION ${package_files})
+  cmake/orvelloginConfig.cmake.in ${orvellogin_BINARY_DIR}/orvelloginConfig.cmake
+  INSTALL_DESTINATION ${package_files} PATH_VARS CMAKE_INSTALL_LIBDIR)
 write_basic_package_version_file(
-  ${orvellogin_BINARY_DIR}/orvelloginConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+  ${orvellogin_BINARY_DIR}/orvelloginConfigVersion.cmake COMPATIBILITY SameMajorVersion ARCH_INDEPENDENT)
 install(FILES
   ${orvellogin_BINARY_DIR}/orvelloginConfig.cmake ${orvellogin_BINARY_DIR}/orvelloginConfigVersion.cmake
   DESTINATION ${package_files})
+# For builds that ask pkg-config, one file for each target of the package. Relative to the file, as the package moves.
+file(RELATIVE_PATH up /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" up "${up}")
+function(add_pkg_config name description cflags libs)
+  configure_file(cmake/orvellogin.pc.in ${orvellogin_BINARY_DIR}/${name}.pc @ONLY)
+  install(FILES ${orvellogin_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endfunction()
+# The file, not its name: a static link finds no import library by -l.
+set(plain_functions "\"\${libdir}/liborvelloginc.dll.a\"")
+add_pkg_config(orvellogin "The class that orvellogin.dll exports" "-I\"\${includedir}\"" "-L\"\${libdir}\" -lorvellogin")
+add_pkg_config(orvellogin-client "The header-only class over orvelloginc.dll"
+  "-I\"\${includedir}/client\" -I\"\${includedir}\"" "${plain_functions}")
+add_pkg_config(orvellogin-c "The plain functions of orvelloginc.dll" "-I\"\${includedir}\"" "${plain_functions}")
+
 install(FILES cmake/Deploy.cmake DESTINATION ${package_files} RENAME orvelloginDeploy.cmake)
 
 # At the top of the ZIP, and nowhere else: what would be out of place in a folder that other software shares.
@@ -36,7 +53,7 @@ install_in_zip(FILES
   DESTINATION docs)
 file(GLOB pictures CONFIGURE_DEPENDS docs/signin-window*.png)
 install_in_zip(FILES ${pictures} DESTINATION docs)
-install_in_zip(DIRECTORY examples DESTINATION .)
+install_in_zip(DIRECTORY bindings examples DESTINATION .)
 install_in_zip(FILES cmake/Managed.cmake cmake/mingw-x86.cmake DESTINATION cmake)
 # Until the real login manager is at hand: the stand-ins, compiled, in the folder that goes next to the library.
 install_in_zip(DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/OrvelLoginManagerClient DESTINATION examples/standins)
@@ -55,7 +72,7 @@ add_custom_target(zip
   COMMAND python3 ${CMAKE_CURRENT_LIST_DIR}/package.py ${CMAKE_COMMAND} ${CMAKE_OBJCOPY} ${orvellogin_SOURCE_DIR}
     ${orvellogin_BINARY_DIR} ${PROJECT_NAME}-${PROJECT_VERSION}-mingw-x86
   VERBATIM)
-add_dependencies(zip orvellogin OrvelLoginClient)
+add_dependencies(zip orvellogin orvelloginc OrvelLoginClient)
 if(TARGET orvdiag)
   add_dependencies(zip orvdiag)
 endif()

@@ -75,6 +75,9 @@ public:
     std::wstring getDNMAccessToken();
     bool isDunmorePlatformTokenExpired(const std::wstring& t);
 
+    /// The manager, for a caller that keeps its answers as they come: the plain functions.
+    ManagerHandle manager() const { return managedClient.get(); }
+
 private:
     std::wstring plainGetter(const ManagedMember& member);
 

@@ -14,7 +14,7 @@ namespace OrvelLoginClientCLR {
 
 ManagedString::~ManagedString() {
     if (length > 0) {
-        wipe(chars(), static_cast<std::size_t>(length));
+        wipe(bstr ? bstr : buffer, static_cast<std::size_t>(length));
     }
     if (bstr) {
         SysFreeString(bstr);

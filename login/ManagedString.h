@@ -21,6 +21,10 @@ public:
 
     bool isNull() const { return length < 0; }
 
+    /// Where the units lie, and how many; not for a null.
+    const wchar_t* chars() const { return bstr ? bstr : buffer; }
+    std::int32_t units() const { return length; }
+
     /// The same UTF-16 units, embedded zero units included. Throws `loginRuntimeException` for a null.
     std::wstring toNative() const;
 
@@ -33,9 +37,6 @@ public:
 
 private:
     static constexpr std::int32_t capacity = 256;
-
-    wchar_t* chars() { return bstr ? bstr : buffer; }
-    const wchar_t* chars() const { return bstr ? bstr : buffer; }
 
     wchar_t* bstr = nullptr;   // a text that does not fit; allocated by the runtime
     std::int32_t length = -1;  // units; -1 for null

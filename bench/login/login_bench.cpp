@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "../timing.h"
+#include "Way.h"
 #include "login/ClrRuntime.h"
 #include "login/LoginManagerClient.h"
 #include "tests/support/program.h"
@@ -96,6 +97,54 @@ void calls() {
     }
 }
 
+std::function<Way()> wayOf(const wchar_t* dll) {
+    return reinterpret_cast<Way (*)()>(reinterpret_cast<void*>(GetProcAddress(LoadLibraryW(dll), "way")));
+}
+
+void ways() {
+    const Way all[] = {wayOf(L"class_way.dll")(), wayOf(L"functions_way.dll")(), wayOf(L"header_only_way.dll")()};
+    const struct {
+        const char* name;
+        void (*Way::*call)(int);
+        int calls;
+    } rows[] = {
+        {"`getAccessToken`", &Way::getAccessToken, 20000},
+        {"`formatAccessUrl`, 100 units", &Way::formatAccessUrl, 20000},
+        {"`isDunmorePlatformTokenExpired`", &Way::isExpired, 20000},
+        {"a record", &Way::record, 2000},
+        {"a refused sign-in", &Way::refused, 1000},
+    };
+    std::printf("\n| call | exported class, ns | plain functions, ns | header-only class, ns | plain : exported ");
+    std::printf("| header-only : exported |\n|---|---|---|---|---|---|\n");
+    for (const auto& row : rows) {
+        const std::vector<double> ns =
+            medianNanoseconds(31, row.calls, {all[0].*row.call, all[1].*row.call, all[2].*row.call});
+        std::printf("| %s | %.0f | %.0f | %.0f | %.2f | %.2f |\n", row.name, ns[0], ns[1], ns[2], ns[1] / ns[0],
+                    ns[2] / ns[0]);
+    }
+}
+
+// What a DLL is without its debug information, whose sections have names too long for the header.
+std::size_t sizeOf(const wchar_t* dll) {
+    const auto* base = reinterpret_cast<const unsigned char*>(GetModuleHandleW(dll));
+    const auto* headers =
+        reinterpret_cast<const IMAGE_NT_HEADERS*>(base + reinterpret_cast<const IMAGE_DOS_HEADER*>(base)->e_lfanew);
+    const IMAGE_SECTION_HEADER* section = IMAGE_FIRST_SECTION(headers);
+    std::size_t size = headers->OptionalHeader.SizeOfHeaders;
+    for (WORD i = 0; i < headers->FileHeader.NumberOfSections; ++i, ++section) {
+        size += section->Name[0] == '/' ? 0 : section->SizeOfRawData;
+    }
+    return size;
+}
+
+void sizes() {
+    std::printf("\n| file | bytes without debug information |\n|---|---|\n");
+    for (const wchar_t* name :
+         {L"orvellogin.dll", L"libgcc_s_dw2-1.dll", L"libstdc++-6.dll", L"libwinpthread-1.dll", L"orvelloginc.dll"}) {
+        std::printf("| `%ls` | %zu |\n", name, sizeOf(name));
+    }
+}
+
 double workingSet() {
     execute(L"Bench.LoginBench", L"Collect", L"");
     PROCESS_MEMORY_COUNTERS counters = {};
@@ -146,29 +195,36 @@ int childFirstCall(const char* what) {
     return static_cast<int>((ticks(now) - ticks(created)) / 10);
 }
 
-double runChild(const wchar_t* what) {
+// Milliseconds that a program beside this one gives as microseconds.
+double runProgram(const wchar_t* name, const wchar_t* arguments) {
     static const temporary_folder folder;
-    return program(L"login_bench.exe", L"--child " + std::wstring(what), folder.path).wait().status / 1000.0;
+    return program(name, arguments, folder.path).wait().status / 1000.0;
 }
 
 void start() {
-    const wchar_t* const kinds[] = {L"nothing", L"runtime", L"call"};
-    std::vector<double> samples[3];
+    const struct {
+        const char* what;
+        const wchar_t* program;
+        const wchar_t* arguments;
+    } kinds[] = {
+        {"`main`", L"login_bench.exe", L"--child nothing"},
+        {"the runtime running its first managed method", L"login_bench.exe", L"--child runtime"},
+        {"the library's first answered call", L"login_bench.exe", L"--child call"},
+        {"the same in a small host of the exported class", L"class_first_call.exe", L""},
+        {"the same in a static host of the header-only class", L"header_only_first_call.exe", L""},
+    };
+    constexpr std::size_t count = sizeof kinds / sizeof *kinds;
+    std::vector<double> samples[count];
     for (int round = 0; round < 25; ++round) {
-        for (int i = 0; i < 3; ++i) {
-            samples[i].push_back(runChild(kinds[i]));
+        for (std::size_t i = 0; i < count; ++i) {
+            samples[i].push_back(runProgram(kinds[i].program, kinds[i].arguments));
         }
     }
-    const auto median = [](std::vector<double>& values) {
-        std::sort(values.begin(), values.end());
-        return values[values.size() / 2];
-    };
-    const double empty = median(samples[0]);
-    const double runtime = median(samples[1]);
-    const double call = median(samples[2]);
     std::printf("\n| from process start to | ms |\n|---|---|\n");
-    std::printf("| `main` | %.1f |\n| the runtime running its first managed method | %.1f |\n", empty, runtime);
-    std::printf("| the library's first answered call | %.1f |\n", call);
+    for (std::size_t i = 0; i < count; ++i) {
+        std::sort(samples[i].begin(), samples[i].end());
+        std::printf("| %s | %.1f |\n", kinds[i].what, samples[i][samples[i].size() / 2]);
+    }
 }
 
 }  // namespace
@@ -180,6 +236,8 @@ int main(int count, char** arguments) {
     std::printf("## Login library\n\n");
     try {
         calls();
+        ways();
+        sizes();
         memory();
         start();
         std::printf("\n");

@@ -48,7 +48,7 @@ void run() {
     try {
         client.login(L"ada@example.com", L"difference engine");
     } catch (loginManagerException* refused) {
-        std::printf("  refused: loginManagerException, code %d\n", refused->code);
+        std::printf("  refused: code %d\n", refused->code);
         delete refused;
     }
 
@@ -91,7 +91,7 @@ void run() {
     try {
         client.getLoggedInUser(false);
     } catch (loginManagerException* nobody) {
-        std::printf("  nobody is signed in: loginManagerException, code %d\n", nobody->code);
+        std::printf("  nobody is signed in: code %d\n", nobody->code);
         delete nobody;
     }
 }

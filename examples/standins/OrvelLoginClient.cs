@@ -56,9 +56,15 @@ namespace OrvelLoginClient
             loggedIn = login;
             loggedOut = logout;
             this.language = language;
+            Interlocked.Increment(ref Steering.Alive);
             Steering.Handlers = login == null ? logout == null ? "none" : "logout" : logout == null ? "login" : "login logout";
             Steering.Read();
             Steering.Obey("constructor");
+        }
+
+        ~LoginManagerClient()
+        {
+            Interlocked.Decrement(ref Steering.Alive);
         }
 
         public void Dispose()

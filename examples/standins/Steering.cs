@@ -20,6 +20,7 @@ namespace OrvelLoginClient
     ///     abort         aborts the thread
     ///     divide        divides by zero, which no floating-point control of the host's may make an error
     ///     handlers      gives back which handlers the manager was created with: "none", "login", "logout" or "login logout"
+    ///     alive         gives back how many managers there are after a collection
     ///     huge          gives back a text of 40 million letters
     ///     load NAME     loads an assembly by that display name; gives back where from, or "not found"
     ///     collect       runs the garbage collector
@@ -30,6 +31,7 @@ namespace OrvelLoginClient
     static class Steering
     {
         public static string Handlers; // of the manager created last
+        public static int Alive;
         static string huge;
         static Dictionary<string, string> commands; // null when nothing is steered, so that then nothing is slowed
 
@@ -65,6 +67,12 @@ namespace OrvelLoginClient
                 return otherwise;
             if (command == "null")
                 return null;
+            if (command == "alive")
+            {
+                GC.Collect();
+                GC.WaitForPendingFinalizers();
+                return Alive.ToString(CultureInfo.InvariantCulture);
+            }
             if (command == "handlers")
                 return Handlers;
             if (command == "huge")

@@ -8,6 +8,7 @@
 
 #include <climits>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -395,6 +396,21 @@ TEST(Destruction, DisposesTheManagerOnceAndSignsNobodyOut) {
         client.signIn();
     }
     EXPECT_EQ(calls.signOuts, 0);
+}
+
+TEST(Resources, OfManyClientsAreTheirOwnAndAreReleased) {
+    {
+        std::vector<std::unique_ptr<LoginManagerClient>> clients;
+        for (int i = 0; i < 40; ++i) {
+            clients.push_back(std::make_unique<LoginManagerClient>(nullptr, nullptr, static_cast<uiLang>(i % 14)));
+            clients.back()->stopDNMListener();
+        }
+        for (int i = 0; i < 40; ++i) {
+            EXPECT_EQ(clients[i]->getmyAppsURL(), L"https://apps.example.com/" + std::to_wstring(i % 14));
+        }
+    }
+    // The collector takes some leftover words on a stack for references.
+    EXPECT_LT(std::stoi(Steered(L"getTenantName=alive").getTenantName()), 20);
 }
 
 TEST(Resources, StayFlatOverManyCallsFailuresAndClients) {

@@ -15,6 +15,7 @@
 namespace OrvelLoginClientCLR {
 class LoginManagerClientCLR;
 }
+struct orvellogin_client;
 
 /// Signs a user in to the online account service, through the managed login manager whose assemblies lie in the folder
 /// `OrvelLoginManagerClient` next to this library.
@@ -138,6 +139,8 @@ public:
     bool isOrvelOfflineMode() const;
 
 private:
+    friend struct orvellogin_client;  // the plain functions' client, in orvelloginc.dll
+
     OrvelLoginClientCLR::LoginManagerClientCLR* getLoginMgrClient();
 
     bool offlineMode;

@@ -26,3 +26,12 @@ struct ORVELLOGIN_API LoginResponse {
     std::wstring aliasName;          ///< display name
     std::wstring domainName;         ///< domain of the account; empty when the account has none
 };
+
+#ifdef ORVELLOGIN_HEADER_ONLY
+inline LoginResponse::LoginResponse() = default;
+inline LoginResponse::LoginResponse(const LoginResponse&) = default;
+inline LoginResponse::LoginResponse(LoginResponse&&) noexcept = default;
+inline LoginResponse& LoginResponse::operator=(const LoginResponse&) = default;
+inline LoginResponse& LoginResponse::operator=(LoginResponse&&) noexcept = default;
+inline LoginResponse::~LoginResponse() = default;
+#endif

@@ -1,0 +1,49 @@
+// The class as a host uses it. Built twice: for the exported class, and for the header-only one.
+
+#include <memory>
+#include <string>
+
+#include "Way.h"
+#include "login/LoginManagerClient.h"
+
+namespace {
+
+LoginManagerClient& client() {
+    static LoginManagerClient client(nullptr, nullptr, uiLangFallback);
+    return client;
+}
+
+const std::wstring url(100, L'u');
+std::wstring token;
+
+template <class Call>
+void repeat(int calls, Call call) {
+    for (int i = 0; i < calls; ++i) {
+        call(client());
+    }
+}
+
+}  // namespace
+
+extern "C" __declspec(dllexport) Way way() {
+    client().login(L"ada@example.com", L"analytical engine");
+    client().DunmoreLoginBrowser(L"https://dunmore.example.com", L"bench");
+    token = client().getDNMAccessToken();
+    return {
+        [](int calls) { repeat(calls, [](LoginManagerClient& c) { c.getAccessToken(); }); },
+        [](int calls) { repeat(calls, [](LoginManagerClient& c) { c.formatAccessUrl(url); }); },
+        [](int calls) { repeat(calls, [](LoginManagerClient& c) { c.isDunmorePlatformTokenExpired(token); }); },
+        [](int calls) {
+            repeat(calls, [](LoginManagerClient& c) { c.login(L"ada@example.com", L"analytical engine"); });
+        },
+        [](int calls) {
+            repeat(calls, [](LoginManagerClient& c) {
+                try {
+                    c.login(L"ada@example.com", L"difference engine");
+                } catch (loginManagerException* refused) {
+                    delete refused;
+                }
+            });
+        },
+    };
+}

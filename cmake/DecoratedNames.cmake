@@ -1,0 +1,7 @@
+# cmake -DFROM=... -DTO=... -DDLL=... -P: turns the linker's list of exports, "name = name@4 @1", into a module definition
+# file with the decorated names.
+file(STRINGS ${FROM} lines REGEX " = ")
+list(TRANSFORM lines REPLACE "^ *[^ ]+ = ([^ ]+).*" "    \\1")
+list(SORT lines)
+list(JOIN lines "\n" lines)
+file(WRITE ${TO} "LIBRARY ${DLL}\nEXPORTS\n${lines}\n")

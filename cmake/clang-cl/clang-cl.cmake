@@ -1,0 +1,25 @@
+# Programs of Microsoft's binary interface without anything of Microsoft's: clang-cl and lld, libc++'s headers, Wine's C
+# library. -DHOSTS=... names the folder that script/hosts/build made.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86)
+set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES HOSTS)
+
+set(CMAKE_C_COMPILER clang-cl-14)
+set(CMAKE_CXX_COMPILER clang-cl-14)
+set(CMAKE_LINKER lld-link-14)
+set(CMAKE_RC_COMPILER llvm-rc-14)
+set(CMAKE_MT llvm-mt-14)
+
+set(folders "-imsvc ${CMAKE_CURRENT_LIST_DIR}/include -imsvc ${HOSTS}/wine/include/msvcrt -imsvc ${HOSTS}/wine/include/windows")
+set(common "--target=i686-pc-windows-msvc -fms-compatibility-version=19.20 /GS- /Zl /W4 /WX")
+set(CMAKE_C_FLAGS_INIT "${common} ${folders}")
+set(CMAKE_CXX_FLAGS_INIT "${common} /EHsc -imsvc /usr/lib/llvm-14/include/c++/v1 ${folders} -D_LIBCPP_NO_VCRUNTIME \
+-D_LIBCPP_NO_AUTO_LINK -D_LIBCPP_DISABLE_EXTERN_TEMPLATE -D_LIBCPP_DISABLE_VISIBILITY_ANNOTATIONS")
+set(CMAKE_MSVC_RUNTIME_LIBRARY "")
+set(CMAKE_EXE_LINKER_FLAGS_INIT "/entry:mainCRTStartup /safeseh:no")
+foreach(language C CXX)
+  set(CMAKE_${language}_STANDARD_LIBRARIES
+    "${HOSTS}/wine/lib/libvcruntime140.a ${HOSTS}/wine/lib/libucrtbase.a ${HOSTS}/wine/lib/libkernel32.a" CACHE STRING "")
+endforeach()
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)

@@ -1,0 +1,13 @@
+/* In place of Wine's, which clang's own intrinsics contradict: what the examples call. */
+#pragma once
+#ifdef __cplusplus
+extern "C" {
+#endif
+#define CP_UTF8 65001
+__declspec(dllimport) unsigned long __stdcall GetCurrentThreadId(void);
+__declspec(dllimport) int __stdcall SetConsoleOutputCP(unsigned int);
+__declspec(dllimport) int __stdcall WideCharToMultiByte(unsigned int, unsigned long, const wchar_t*, int, char*, int,
+                                                        const char*, int*);
+#ifdef __cplusplus
+}
+#endif

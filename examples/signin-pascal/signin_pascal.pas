@@ -1,0 +1,129 @@
+{ Signs a user in and out through the library and shows what a host gets to see. }
+program signin_pascal;
+
+{$IFDEF FPC}{$MODE DELPHI}{$ENDIF}
+{$APPTYPE CONSOLE}
+
+uses
+  Windows, SysUtils, OrvelLogin;
+
+procedure Show(const Name: string; const Value: WideString);
+var
+  Shown: WideString;
+begin
+  Shown := Value;
+  if Shown = '' then
+    Shown := '(empty)';
+  WriteLn('  ', Format('%-18s ', [Name]), UTF8Encode(Shown));
+end;
+
+procedure ShowUser(const User: TLoginResponse);
+begin
+  Show('statusDescription', User.StatusDescription);
+  Show('userName', User.UserName);
+  Show('firstName', User.FirstName);
+  Show('lastName', User.LastName);
+  Show('rowId', User.RowId);
+  Show('aliasName', User.AliasName);
+  Show('domainName', User.DomainName);
+end;
+
+{ A callback gets the context that was given with it, and may arrive on any thread: do little here, let nothing out. }
+procedure OnEvent(Context: Pointer); stdcall;
+begin
+  WriteLn('  [', PAnsiChar(Context), ' callback, thread ', GetCurrentThreadId, ']');
+end;
+
+procedure Run;
+const
+  { In Greek; by number, so that no compiler's code page matters. }
+  GreekPassword: WideString = #$03BA#$03C9#$03B4#$03B9#$03BA#$03CC#$03C2;
+var
+  Client: TLoginManagerClient;
+begin
+  WriteLn('Main thread ', GetCurrentThreadId);
+  Client := TLoginManagerClient.Create(OnEvent, OnEvent, PAnsiChar('sign-in'), PAnsiChar('sign-out'));
+  try
+    WriteLn;
+    WriteLn('A wrong password:');
+    try
+      Client.Login('ada@example.com', 'difference engine');
+    except
+      on Refused: ELoginManager do
+        WriteLn('  refused: code ', Refused.Code);
+    end;
+
+    WriteLn;
+    WriteLn('The right one:');
+    ShowUser(Client.Login('ada@example.com', 'analytical engine'));
+
+    WriteLn;
+    WriteLn('What the sign-in established:');
+    Show('access token', Client.GetAccessToken);
+    Show('tenant', Client.GetTenantName);
+    Show('tenant id', Client.GetTenantId);
+    Show('tenant ids', Client.GetTenantIds);
+    Show('CAS cookie', Client.GetCasCookie);
+    Show('platform URL', Client.GetPlatformUrl);
+    Show('registry URL', Client.GetRegistryUrl);
+    Show('passport URL', Client.GetPassportUrl);
+    Show('applications URL', Client.GetMyAppsUrl);
+    Show('Kelpa URL', Client.GetKelpaUrl);
+    Show('space URL', Client.GetSpaceUrl);
+    Show('access URL', Client.FormatAccessUrl('https://space.example.com/plan'));
+    Show('login ticket', Client.GetLoginTicket('https://space.example.com/'));
+
+    WriteLn;
+    WriteLn('The consumer platform:');
+    Client.DunmoreLoginBrowser('https://dunmore.example.com', 'signin-example');
+    Show('token', Client.GetDnmAccessToken);
+    if Client.IsDunmorePlatformTokenExpired(Client.GetDnmAccessToken) then
+      Show('expired', 'yes')
+    else
+      Show('expired', 'no');
+    Client.StopDnmListener;
+
+    WriteLn;
+    WriteLn('Offline, the getters answer empty without a call:');
+    Client.OfflineMode := True;
+    Show('access token', Client.GetAccessToken);
+    Show('platform URL', Client.GetPlatformUrl);
+    Client.OfflineMode := False;
+
+    WriteLn;
+    WriteLn('Another user, whose account has no domain:');
+    ShowUser(Client.Login('zoe@example.com', GreekPassword));
+
+    WriteLn;
+    WriteLn('Signing out:');
+    Client.Logout;
+    try
+      Client.GetLoggedInUser(False);
+    except
+      on Nobody: ELoginManager do
+        WriteLn('  nobody is signed in: code ', Nobody.Code);
+    end;
+  finally
+    Client.Free;
+  end;
+end;
+
+begin
+  SetConsoleOutputCP(CP_UTF8);
+  SetTextCodePage(Output, CP_UTF8);
+  SetTextCodePage(ErrOutput, CP_UTF8);
+  try
+    Run;
+  except
+    on Failed: ELoginRuntime do
+    begin
+      WriteLn(ErrOutput, UTF8Encode(Failed.TypeName + ': ' + Failed.Text));
+      Halt(1);
+    end;
+    on Failed: Exception do
+    begin
+      WriteLn(ErrOutput, Failed.Message);
+      Halt(1);
+    end;
+  end;
+end.

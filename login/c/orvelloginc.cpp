@@ -1,0 +1,534 @@
+#include "login/c/orvelloginc.h"
+
+#include <windows.h>
+
+#include <oleauto.h>
+
+#include <atomic>
+#include <cstring>
+#include <cwchar>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <set>
+#include <string>
+#include <tuple>
+
+#include "login/LoginManagerClient.h"
+#include "login/LoginManagerClientCLR.h"
+#include "login/RuntimeFailure.h"
+#include "login/Wiping.h"
+
+using namespace OrvelLoginClientCLR;
+
+namespace {
+
+// A host's callbacks with their contexts.
+struct Callbacks {
+    orvellogin_callback login;
+    void* loginContext;
+    orvellogin_callback logout;
+    void* logoutContext;
+
+    bool operator<(const Callbacks& other) const {
+        return std::tie(login, loginContext, logout, logoutContext) <
+               std::tie(other.login, other.loginContext, other.logout, other.logoutContext);
+    }
+};
+
+// The one object that stands for these callbacks. Never freed: an event on another thread may be reading it.
+const Callbacks* kept(const Callbacks& callbacks) {
+    static std::mutex& guard = *new std::mutex;
+    static std::set<Callbacks>& all = *new std::set<Callbacks>;
+    const std::lock_guard<std::mutex> lock(guard);
+    return &*all.insert(callbacks).first;
+}
+
+// The callbacks of the client whose manager was created last. One pointer, so that no event meets one client's function
+// and another's context.
+std::atomic<const Callbacks*> current{nullptr};
+
+void onLogin() {
+    const Callbacks* callbacks = current;
+    if (callbacks->login) {
+        callbacks->login(callbacks->loginContext);
+    }
+}
+
+void onLogout() {
+    const Callbacks* callbacks = current;
+    if (callbacks->logout) {
+        callbacks->logout(callbacks->logoutContext);
+    }
+}
+
+}  // namespace
+
+struct orvellogin_client {
+    orvellogin_client(const Callbacks& given, int language)
+        : callbacks(kept(given)),
+          client(given.login ? &onLogin : nullptr, given.logout ? &onLogout : nullptr, static_cast<uiLang>(language)) {}
+
+    // Whoever makes the bridge makes its callbacks those that count.
+    LoginManagerClientCLR& bridge() {
+        if (!client.bridge) {
+            current = callbacks;
+        }
+        LoginManagerClientCLR* const made = client.getLoginMgrClient();
+        if (!made) {
+            throw std::bad_alloc();
+        }
+        return *made;
+    }
+
+    // Stores an answer of the manager's, in which a null is an empty text.
+    void put(wchar_t** place, ManagedString& text) const {
+        if (receiver) {
+            if (!(text.isNull() ? receiver(place, L"", 0) : receiver(place, text.chars(), text.units()))) {
+                throw std::bad_alloc();
+            }
+            return;
+        }
+        *place = text.isNull() ? SysAllocStringLen(L"", 0) : text.detachBstr();
+        if (!*place) {
+            throw std::bad_alloc();
+        }
+    }
+
+    const Callbacks* const callbacks;
+    orvellogin_receiver receiver = nullptr;
+    LoginManagerClient client;
+};
+
+namespace {
+
+using Member = ManagedMember ManagerMembers::*;
+
+// Whether an exception of the manager's own kind is its report or one like any other.
+enum class Report { translated, untranslated };
+
+// What a null of the manager's becomes.
+enum class Null { empty, failure };
+
+enum class Offline { empty, ignored };
+
+// The fields of a record.
+struct Field {
+    wchar_t* orvellogin_response::*given;
+    ManagedString ManagedRecord::*managers;
+    Null null;
+};
+constexpr Field fields[] = {
+    {&orvellogin_response::statusDescription, &ManagedRecord::statusDescription, Null::failure},
+    {&orvellogin_response::userName, &ManagedRecord::userName, Null::failure},
+    {&orvellogin_response::firstName, &ManagedRecord::firstName, Null::failure},
+    {&orvellogin_response::lastName, &ManagedRecord::lastName, Null::failure},
+    {&orvellogin_response::rowId, &ManagedRecord::rowId, Null::failure},
+    {&orvellogin_response::aliasName, &ManagedRecord::aliasName, Null::failure},
+    {&orvellogin_response::domainName, &ManagedRecord::domainName, Null::empty},
+};
+
+// The text of a failure is the one field that a caller may leave out.
+constexpr int withoutText = offsetof(orvellogin_failure, text);
+
+void reset(orvellogin_failure& failure) {
+    failure.code = 0;
+    failure.hresult = 0;
+    failure.typeName = nullptr;
+    failure.message = nullptr;
+    if (failure.size > withoutText) {
+        failure.text = nullptr;
+    }
+}
+
+// As far as memory reaches: a text that cannot be had is null.
+void describe(orvellogin_failure* failure, int code, HRESULT hresult, const std::wstring& typeName,
+              const std::wstring& message, const char* text) {
+    if (!failure) {
+        return;
+    }
+    failure->code = code;
+    failure->hresult = hresult;
+    failure->typeName = SysAllocStringLen(typeName.data(), static_cast<UINT>(typeName.size()));
+    failure->message = SysAllocStringLen(message.data(), static_cast<UINT>(message.size()));
+    if (failure->size > withoutText) {
+        failure->text = reinterpret_cast<char*>(SysAllocStringByteLen(text, static_cast<UINT>(std::strlen(text))));
+    }
+}
+
+void describe(orvellogin_failure* failure, int code, HRESULT hresult, const std::string& text) {
+    describe(failure, code, hresult, std::wstring(), std::wstring(text.begin(), text.end()), text.c_str());
+}
+
+orvellogin_result reported(orvellogin_failure* failure, statusCode code) {
+    describe(failure, code, S_OK, "the login manager reports code " + std::to_string(code));
+    return orvellogin_reported;
+}
+
+orvellogin_result failed(orvellogin_failure* failure, const loginRuntimeException& cause) {
+    describe(failure, -1, cause.hresult, cause.typeName, cause.message, cause.what());
+    return orvellogin_failed;
+}
+
+// What a call with impossible arguments ends in.
+struct BadCall {
+    const char* what;
+};
+
+void require(bool condition, const char* what) {
+    if (!condition) {
+        throw BadCall{what};
+    }
+}
+
+// The only way into the library: what is thrown is described, and nothing leaves. What the manager does is no exception
+// here, but data; throwing costs as much as a call.
+orvellogin_result run(orvellogin_failure* failure, orvellogin_result (*call)(void*), void* body) noexcept {
+    if (failure) {
+        if (failure->size < withoutText) {
+            return orvellogin_badCall;
+        }
+        reset(*failure);
+    }
+    try {
+        return call(body);
+    } catch (const loginRuntimeException& cause) {
+        return failed(failure, cause);
+    } catch (const BadCall& bad) {
+        describe(failure, -1, E_INVALIDARG, bad.what);
+        return orvellogin_badCall;
+    } catch (const std::bad_alloc&) {
+        describe(failure, -1, E_OUTOFMEMORY, "");
+        return orvellogin_noMemory;
+    } catch (const std::exception& other) {
+        describe(failure, -1, E_FAIL, other.what());
+        return orvellogin_failed;
+    }
+}
+
+template <class Body>
+orvellogin_result guarded(orvellogin_failure* failure, Body body) {
+    return run(
+        failure, [](void* bodyIn) { return (*static_cast<Body*>(bodyIn))(); }, &body);
+}
+
+TextArgument argument(const wchar_t* text, int length) {
+    require(length >= -1 && (text || length == 0), "a text is null, or its length is below -1");
+    return {text, length == -1 ? static_cast<std::int32_t>(std::wcslen(text)) : length};
+}
+
+// Calls a member of the manager's, which is created if need be.
+orvellogin_result call(orvellogin_client& client, Member member, Report report, orvellogin_failure* failure,
+                       void* result, const TextArgument* first = nullptr, const TextArgument* second = nullptr) {
+    const ManagerHandle manager = client.bridge().manager();
+    ManagedFailure ended;
+    if (callManaged((managerMembers().*member).call, manager, first, second, result, ended)) {
+        return orvellogin_ok;
+    }
+    if (ended.isManagerException && report == Report::translated) {
+        return reported(failure, getStatusCode(ended.status));
+    }
+    return failed(failure,
+                  managedFailure(ended.typeName.toNativeOrEmpty(), ended.message.toNativeOrEmpty(), ended.hresult));
+}
+
+// A function whose result is a text, and which may take one.
+orvellogin_result text(orvellogin_client* client, Member member, Report report, Null null, Offline offline,
+                       wchar_t** result, orvellogin_failure* failure, const TextArgument* of = nullptr) {
+    require(client && result, "the client or the place for the result is null");
+    ManagedString text;
+    if (offline == Offline::ignored || !client->client.isOrvelOfflineMode()) {
+        const orvellogin_result ended = call(*client, member, report, failure, &text, of);
+        if (ended != orvellogin_ok) {
+            return ended;
+        }
+        if (text.isNull() && null == Null::failure) {
+            return failed(failure, nullStringFailure());
+        }
+    }
+    client->put(result, text);
+    return orvellogin_ok;
+}
+
+// A result is null until it is there; but with a receiver its place is the caller's.
+void reset(const orvellogin_client* client, wchar_t** result) {
+    if (result && !(client && client->receiver)) {
+        *result = nullptr;
+    }
+}
+
+void reset(const orvellogin_client* client, orvellogin_response* response) {
+    if (response && response->size >= static_cast<int>(sizeof *response)) {
+        for (const Field& field : fields) {
+            reset(client, &(response->*field.given));
+        }
+    }
+}
+
+orvellogin_result textFunction(orvellogin_client* client, Member member, Report report, Null null, Offline offline,
+                               wchar_t** result, orvellogin_failure* failure) {
+    reset(client, result);
+    return guarded(failure, [&] { return text(client, member, report, null, offline, result, failure); });
+}
+
+orvellogin_result textOfTextFunction(orvellogin_client* client, Member member, Report report, const wchar_t* given,
+                                     int length, wchar_t** result, orvellogin_failure* failure) {
+    reset(client, result);
+    return guarded(failure, [&] {
+        const TextArgument of = argument(given, length);
+        return text(client, member, report, Null::failure, Offline::empty, result, failure, &of);
+    });
+}
+
+// The ten getters of addresses and of the tenant.
+orvellogin_result plainGetter(orvellogin_client* client, Member member, wchar_t** result, orvellogin_failure* failure) {
+    return textFunction(client, member, Report::untranslated, Null::empty, Offline::empty, result, failure);
+}
+
+// A function without a result.
+orvellogin_result plain(orvellogin_client* client, Member member, Report report, orvellogin_failure* failure) {
+    return guarded(failure, [&] {
+        require(client, "the client is null");
+        return call(*client, member, report, failure, nullptr);
+    });
+}
+
+void clear(orvellogin_response& response) {
+    for (const Field& field : fields) {
+        SysFreeString(response.*field.given);
+        response.*field.given = nullptr;
+    }
+}
+
+orvellogin_result handOver(const orvellogin_client& client, ManagedRecord& from, orvellogin_response& to,
+                           orvellogin_failure* failure) {
+    if (!from.present) {
+        return reported(failure, statusCodeNoResponse);
+    }
+    for (const Field& field : fields) {
+        if ((from.*field.managers).isNull() && field.null == Null::failure) {
+            return failed(failure, nullStringFailure());
+        }
+    }
+    try {
+        for (const Field& field : fields) {
+            client.put(&(to.*field.given), from.*field.managers);
+        }
+    } catch (const std::bad_alloc&) {
+        if (!client.receiver) {
+            clear(to);
+        }
+        throw;
+    }
+    return orvellogin_ok;
+}
+
+// A function whose result is a record.
+orvellogin_result record(orvellogin_client* client, Member member, orvellogin_response* response,
+                         orvellogin_failure* failure, const TextArgument* first = nullptr,
+                         const TextArgument* second = nullptr) {
+    require(client, "the client is null");
+    require(response && response->size >= static_cast<int>(sizeof *response), "the response is null or too small");
+    ManagedRecord answer;
+    const orvellogin_result ended = call(*client, member, Report::translated, failure, &answer, first, second);
+    return ended == orvellogin_ok ? handOver(*client, answer, *response, failure) : ended;
+}
+
+}  // namespace
+
+int ORVELLOGIN_CALL orvellogin_version() {
+    return ORVELLOGIN_VERSION;
+}
+
+void ORVELLOGIN_CALL orvellogin_free(wchar_t* text) {
+    if (text) {  // it may be a token, a cookie or a ticket
+        wipe(text, SysStringLen(text));
+        SysFreeString(text);
+    }
+}
+
+void ORVELLOGIN_CALL orvellogin_clearFailure(orvellogin_failure* failure) {
+    if (failure && failure->size >= withoutText) {
+        SysFreeString(failure->typeName);
+        SysFreeString(failure->message);
+        if (failure->size > withoutText) {
+            SysFreeString(reinterpret_cast<wchar_t*>(failure->text));
+        }
+        reset(*failure);
+    }
+}
+
+void ORVELLOGIN_CALL orvellogin_clearResponse(orvellogin_response* response) {
+    if (response && response->size >= static_cast<int>(sizeof *response)) {
+        clear(*response);
+    }
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_create(orvellogin_callback onLogin, void* loginContext,
+                                                    orvellogin_callback onLogout, void* logoutContext, int language,
+                                                    orvellogin_client** client, orvellogin_failure* failure) {
+    if (client) {
+        *client = nullptr;
+    }
+    return guarded(failure, [&] {
+        require(client, "the place for the client is null");
+        *client = new orvellogin_client({onLogin, loginContext, onLogout, logoutContext}, language);
+        return orvellogin_ok;
+    });
+}
+
+void ORVELLOGIN_CALL orvellogin_destroy(orvellogin_client* client) {
+    delete client;
+}
+
+void ORVELLOGIN_CALL orvellogin_setReceiver(orvellogin_client* client, orvellogin_receiver receiver) {
+    if (client) {
+        client->receiver = receiver;
+    }
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_login(orvellogin_client* client, orvellogin_response* response,
+                                                   orvellogin_failure* failure) {
+    reset(client, response);
+    return guarded(failure, [&] { return record(client, &ManagerMembers::login, response, failure); });
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_loginWithPassword(orvellogin_client* client, const wchar_t* userName,
+                                                               int userNameLength, const wchar_t* password,
+                                                               int passwordLength, orvellogin_response* response,
+                                                               orvellogin_failure* failure) {
+    reset(client, response);
+    return guarded(failure, [&] {
+        const TextArgument user = argument(userName, userNameLength);
+        const TextArgument secret = argument(password, passwordLength);
+        return record(client, &ManagerMembers::loginWith, response, failure, &user, &secret);
+    });
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_getLoggedInUser(orvellogin_client* client, int lastLoginFlag,
+                                                             orvellogin_response* response,
+                                                             orvellogin_failure* failure) {
+    reset(client, response);
+    const Member member = lastLoginFlag ? &ManagerMembers::login : &ManagerMembers::getLoggedInUser;
+    return guarded(failure, [&] { return record(client, member, response, failure); });
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_logout(orvellogin_client* client, orvellogin_failure* failure) {
+    return plain(client, &ManagerMembers::Logout, Report::translated, failure);
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_formatAccessUrl(orvellogin_client* client, const wchar_t* targetUrl,
+                                                             int targetUrlLength, wchar_t** url,
+                                                             orvellogin_failure* failure) {
+    return textOfTextFunction(client, &ManagerMembers::formatAccessURL, Report::translated, targetUrl, targetUrlLength,
+                              url, failure);
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_getAccessToken(orvellogin_client* client, wchar_t** token,
+                                                            orvellogin_failure* failure) {
+    return textFunction(client, &ManagerMembers::getAccessToken, Report::translated, Null::empty, Offline::empty, token,
+                        failure);
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_getPlatFormURL(orvellogin_client* client, wchar_t** url,
+                                                            orvellogin_failure* failure) {
+    return plainGetter(client, &ManagerMembers::getPlatformURL, url, failure);
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_getRegistryURL(orvellogin_client* client, wchar_t** url,
+                                                            orvellogin_failure* failure) {
+    return plainGetter(client, &ManagerMembers::getRegistryURL, url, failure);
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_getKelpaURL(orvellogin_client* client, wchar_t** url,
+                                                         orvellogin_failure* failure) {
+    return plainGetter(client, &ManagerMembers::getKelpaURL, url, failure);
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_getTenantName(orvellogin_client* client, wchar_t** name,
+                                                           orvellogin_failure* failure) {
+    return plainGetter(client, &ManagerMembers::getTenantName, name, failure);
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_getPassportURL(orvellogin_client* client, wchar_t** url,
+                                                            orvellogin_failure* failure) {
+    return plainGetter(client, &ManagerMembers::getPassportURL, url, failure);
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_getCASCookie(orvellogin_client* client, wchar_t** cookie,
+                                                          orvellogin_failure* failure) {
+    return plainGetter(client, &ManagerMembers::getCASCookie, cookie, failure);
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_getmyAppsURL(orvellogin_client* client, wchar_t** url,
+                                                          orvellogin_failure* failure) {
+    return plainGetter(client, &ManagerMembers::getmyAppsURL, url, failure);
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_getTenantId(orvellogin_client* client, wchar_t** id,
+                                                         orvellogin_failure* failure) {
+    return plainGetter(client, &ManagerMembers::getTenantId, id, failure);
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_getTenantIds(orvellogin_client* client, wchar_t** ids,
+                                                          orvellogin_failure* failure) {
+    return plainGetter(client, &ManagerMembers::getTenantIds, ids, failure);
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_getSpaceURL(orvellogin_client* client, wchar_t** url,
+                                                         orvellogin_failure* failure) {
+    return plainGetter(client, &ManagerMembers::getSpaceURL, url, failure);
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_getLoginTicket(orvellogin_client* client, const wchar_t* spaceUrl,
+                                                            int spaceUrlLength, wchar_t** ticket,
+                                                            orvellogin_failure* failure) {
+    return textOfTextFunction(client, &ManagerMembers::getLoginTicket, Report::untranslated, spaceUrl, spaceUrlLength,
+                              ticket, failure);
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_stopDNMListener(orvellogin_client* client, orvellogin_failure* failure) {
+    return plain(client, &ManagerMembers::stopDNMListener, Report::untranslated, failure);
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_DunmoreLoginBrowser(orvellogin_client* client, const wchar_t* server,
+                                                                 int serverLength, const wchar_t* clientId,
+                                                                 int clientIdLength, orvellogin_failure* failure) {
+    return guarded(failure, [&] {
+        require(client, "the client is null");
+        const TextArgument first = argument(server, serverLength);
+        const TextArgument second = argument(clientId, clientIdLength);
+        return call(*client, &ManagerMembers::DunmoreLoginBrowser, Report::translated, failure, nullptr, &first,
+                    &second);
+    });
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_getDNMAccessToken(orvellogin_client* client, wchar_t** token,
+                                                               orvellogin_failure* failure) {
+    return textFunction(client, &ManagerMembers::getDNMAccessToken, Report::untranslated, Null::failure,
+                        Offline::ignored, token, failure);
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_isDunmorePlatformTokenExpired(orvellogin_client* client,
+                                                                           const wchar_t* token, int tokenLength,
+                                                                           int* expired, orvellogin_failure* failure) {
+    if (expired) {
+        *expired = 0;
+    }
+    return guarded(failure, [&] {
+        require(client && expired, "the client or the place for the result is null");
+        const TextArgument of = argument(token, tokenLength);
+        return call(*client, &ManagerMembers::isDunmorePlatformTokenExpired, Report::untranslated, failure, expired,
+                    &of);
+    });
+}
+
+void ORVELLOGIN_CALL orvellogin_setOrvelOfflineMode(orvellogin_client* client, int offline) {
+    if (client) {
+        client->client.setOrvelOfflineMode(offline != 0);
+    }
+}
+
+int ORVELLOGIN_CALL orvellogin_isOrvelOfflineMode(const orvellogin_client* client) {
+    return client && client->client.isOrvelOfflineMode() ? 1 : 0;
+}

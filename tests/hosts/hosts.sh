@@ -1,0 +1,92 @@
+#!/bin/bash
+# hosts.sh SOURCE BUILD COMPILER [HEADING]: builds the sign-in examples by a compiler from the installed package, as a user
+# does, or by the commands that the page for users gives under a heading, and runs them. All of them print the same.
+set -euo pipefail
+source=$1 build=$2 compiler=$3 heading=${4:-}
+. "$source/script/prologue"
+package=$build/tests/hosts/package
+scratch=$build/tests/hosts/$compiler
+rm -rf "$scratch"
+mkdir -p "$scratch"
+cd "$scratch"
+
+configure_and_build() { # CMAKE-OPTION...
+  cmake -S "$source/tests/hosts/project" -B . -G Ninja "-DCMAKE_PREFIX_PATH=$package" -DCMAKE_BUILD_TYPE=Release \
+    -DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=BOTH "-DEXAMPLES=$source/examples" "$@"
+  cmake --build .
+}
+
+# The commands that docs/integration.md gives under a heading, word by word.
+commands_of() { # HEADING
+  # shellcheck disable=SC2016  # the backquotes are the page's
+  sed -n "/^### $1\$/,/^##/p" "$source/docs/integration.md" | sed -n '/^```sh$/,/^```$/{/^```/d;p}'
+}
+# Debian's own makes no Windows programs.
+# shellcheck disable=SC2317  # the page's commands call it
+fpc() {
+  "$hosts/fpc/pp" -n -v0 "-Fu$hosts/fpc/units" "$@"
+}
+
+export PACKAGE=$package
+case $compiler in
+  install)
+    rm -rf "$package"
+    cmake --install "$build" --prefix "$package"
+    exec cmake --install "$build" --prefix "$package" --component zip
+    ;;
+  mingw)
+    configure_and_build "-DCMAKE_TOOLCHAIN_FILE=$source/cmake/mingw-x86.cmake"
+    for name in orvellogin orvellogin-client; do
+      eval "i686-w64-mingw32-g++-posix -std=c++17 '$source/examples/signin/main.cpp' -o $name.exe \
+        $(PKG_CONFIG_PATH=$package/lib/pkgconfig pkg-config --cflags --libs $name)"
+    done
+    ;;
+  clang-cl) configure_and_build "-DCMAKE_TOOLCHAIN_FILE=$source/cmake/clang-cl/clang-cl.cmake" "-DHOSTS=$hosts" ;;
+  *) eval "$(commands_of "$heading")" ;;
+esac
+cp -r "$build/bin/OrvelLoginManagerClient" .
+
+# The last line of both streams, and the status.
+ends() { # PROGRAM COMMANDS
+  local status=0
+  ORVEL_STANDIN=$2 "$source/script/wine-run" "$1" > output 2>&1 || status=$?
+  echo "$(tail -n 1 output | tr -d '\r') ($status)"
+}
+
+failures=0
+expect() { # WHAT WANTED GOT
+  [ "$2" = "$3" ] || {
+    printf '%s\n  wanted: %s\n  got:    %s\n' "$1" "$2" "$3"
+    failures=$((failures + 1))
+  }
+}
+
+# What cannot be used is refused in words, which CMake breaks into lines.
+refuses() { # WORDS COMMAND...
+  local words=$1 output
+  shift
+  output=$("$@" 2>&1 || true)
+  tr -s '\n ' ' ' <<< "$output" | grep -qF "$words" || expect "refusal by $1" "$words" "$output"
+}
+if [ "$compiler" = mingw ]; then
+  printf 'cmake_minimum_required(VERSION 3.21)\nfind_package(orvellogin CONFIG REQUIRED)\n' > find.cmake
+  refuses 'serves 32-bit Windows programs only' cmake -DCMAKE_SIZEOF_VOID_P=8 "-DCMAKE_PREFIX_PATH=$package" -P find.cmake
+  refuses 'link orvellogin::client' i686-w64-mingw32-g++-posix -std=c++17 -D_GLIBCXX_USE_CXX11_ABI=0 -fsyntax-only \
+    -I "$package/include" "$source/examples/signin/main.cpp"
+fi
+
+null='System.ArgumentNullException: NULLPTR is not supported for this conversion.'
+for program in *.exe; do
+  echo "== $program"
+  # Events on a thread of their own, after a collection that would take what the host does not hold.
+  ORVEL_STANDIN='events=thread;getTenantName=collect' "$source/script/wine-run" "$program" > output 2>&1 || true
+  sed -E 's/\r$//; s/thread [0-9]+/thread N/; s/[0-9a-f]{32}/TOKEN/; s/[0-9]{18}\./EXPIRES./' output |
+    diff -u "$source/tests/hosts/signin.txt" - || failures=$((failures + 1))
+  expect "$program, a report" 'the login manager reports code 8 (1)' "$(ends "$program" 'Logout=status 42')"
+  expect "$program, no record" 'the login manager reports code 6 (1)' "$(ends "$program" 'login=null')"
+  expect "$program, another failure" 'System.TimeoutException: κείμενο 🦉 (1)' \
+    "$(ends "$program" 'getSpaceURL=throw System.TimeoutException κείμενο 🦉')"
+  expect "$program, a null" "$null (1)" "$(ends "$program" 'rowId=null')"
+  expect "$program, a missing null" "$null (1)" "$(ends "$program" 'getLoginTicket=null')"
+done
+exit $failures
