@@ -245,7 +245,7 @@ TEST_F(Orvdiag, ListsAGroupWithAllThatIsWrongInIt) {
         "a     text      \" \"             machine, hidden by the user's\r\n"
         "a     text      \"x\uFFFD\"            machine, 32-bit view, not read: the library reads the 64-bit view\r\n"
         "b     text      \"Windows_NT日!\"  user\r\n"
-        "c     list      [\"1\", \"\\\"2\"]      user\r\n"
+        "c     list      [\"1\", \"\\\"2\"]    user\r\n"
         "d     binary                    user, ignored: the library reads no values of this kind\r\n"
         "d     number    0               machine\r\n"
         "e     type 119                  user, ignored: the library reads no values of this kind\r\n"
