@@ -4,23 +4,12 @@
 
 #include <commctrl.h>
 
-#include <functional>
 #include <stdexcept>
 #include <string>
 
 #include "examples/signin-window/resource.h"
 #include "tests/support/program.h"
 #include "tests/support/temporary_folder.h"
-
-/// Asks again and again until the answer is yes; false when ten seconds did not bring it.
-inline bool eventually(const std::function<bool()>& condition) {
-    for (const ULONGLONG end = GetTickCount64() + 10000; GetTickCount64() < end; Sleep(10)) {
-        if (condition()) {
-            return true;
-        }
-    }
-    return false;
-}
 
 /// A running signin-window.exe, used as a person would: by its controls.
 class signin_program {

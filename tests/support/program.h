@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <stdexcept>
 #include <string>
@@ -14,6 +15,16 @@
 inline std::string contentof(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+/// Asks again and again until the answer is yes; false when ten seconds did not bring it.
+inline bool eventually(const std::function<bool()>& condition) {
+    for (const ULONGLONG end = GetTickCount64() + 10000; GetTickCount64() < end; Sleep(10)) {
+        if (condition()) {
+            return true;
+        }
+    }
+    return false;
 }
 
 /// A program under way. Its output goes to files in the folder that it works in.

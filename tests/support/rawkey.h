@@ -1,0 +1,45 @@
+#pragma once
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+
+#include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/platform/windows/handles.h"
+
+constexpr REGSAM view64 = KEY_WOW64_64KEY;
+constexpr REGSAM view32 = KEY_WOW64_32KEY;
+
+/// A text's units as the registry stores them.
+inline std::string bytesof(std::wstring_view units) {
+    return std::string(reinterpret_cast<const char*>(units.data()), units.size() * sizeof(wchar_t));
+}
+
+/// A registry key in one view, made if it is not there, for looking at and writing plain bytes.
+struct rawkey {
+    rawkey(HKEY hive, REGSAM view, const std::string& path) {
+        HKEY opened = nullptr;
+        RegCreateKeyExW(hive, orvsecutils::toutf16(path).c_str(), 0, nullptr, 0, KEY_ALL_ACCESS | view, nullptr,
+                        &opened, nullptr);
+        key.reset(opened);
+    }
+
+    void write(const std::wstring& name, DWORD type, std::string bytes) const {
+        const auto size = static_cast<DWORD>(bytes.size());
+        bytes += "\x7F\x7F\x7F";  // the system would add a terminator that it happens to find behind the data
+        ASSERT_EQ(RegSetValueExW(key.get(), name.c_str(), 0, type, reinterpret_cast<BYTE*>(bytes.data()), size), 0);
+    }
+
+    orvsecutils::registrykey key;
+};
+
+/// Removes what is below software\COMPANY, the user's and the machine's in both views.
+inline void removecompany(const std::wstring& company) {
+    RegDeleteTreeW(HKEY_CURRENT_USER, (L"software\\" + company).c_str());
+    for (const REGSAM view : {view64, view32}) {
+        RegDeleteTreeW(rawkey(HKEY_LOCAL_MACHINE, view, "software").key.get(), company.c_str());
+    }
+}
