@@ -165,6 +165,7 @@ TEST(Deployment, HandlerServesAnyAssemblyByItsSimpleNameAndNothingElse) {
         {L"HostAssembly.resources, Version=1.0.0.0, Culture=de, PublicKeyToken=null", "tenant: not found\n"},
         {L"Missing", "tenant: not found\n"},
         {L"Above|x", "tenant: not found\n"},
+        {L"../OrvelLoginManagerClient/HostAssembly", "tenant: not found\n"},
     };
     for (const auto& row : rows) {
         const Deployment deployment;
