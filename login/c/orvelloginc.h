@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * The login library as plain functions, for programs of any compiler and language: 32-bit Windows, orvelloginc.dll.
  *
  * C89, and no other header but <stddef.h>. C++ programs rather use the class over these functions, which is compiled
@@ -38,8 +39,10 @@
 #error "orvelloginc.dll serves 32-bit Windows programs only: compile for that target (i686, x86)"
 #endif
 
+/** The calling convention of functions and callbacks. */
 #define ORVELLOGIN_CALL __stdcall
 
+/** Marks what the DLL exports; the library's own build defines ORVELLOGINC_BUILD. */
 #ifdef ORVELLOGINC_BUILD
 #define ORVELLOGINC_API __declspec(dllexport)
 #else
@@ -50,62 +53,64 @@
 extern "C" {
 #endif
 
-/* How a call ended. */
+/** How a call ended. */
 typedef enum orvellogin_result {
     orvellogin_ok = 0,
-    orvellogin_reported = 1, /* the login manager reported a failure; `code` of the failure tells which */
-    orvellogin_failed = 2,   /* anything else that a runtime exception stands for, or the runtime cannot be started */
-    orvellogin_noMemory = 3, /* memory is exhausted */
-    orvellogin_badCall = 4   /* the arguments make no sense */
+    orvellogin_reported = 1, /**< the login manager reported a failure; `code` of the failure tells which */
+    orvellogin_failed = 2,   /**< anything else that a runtime exception stands for, or the runtime cannot be started */
+    orvellogin_noMemory = 3, /**< memory is exhausted */
+    orvellogin_badCall = 4   /**< the arguments make no sense */
 } orvellogin_result;
 
-/*
+/**
  * What is known of a failure. Each function that can fail takes a pointer to one, which may be null. It overwrites the
  * fields: with null and 0 when it succeeds. Free them by orvellogin_clearFailure.
  */
 typedef struct orvellogin_failure {
-    int size;          /* set by the caller: sizeof(orvellogin_failure) */
-    int code;          /* orvellogin_reported: the manager's number, 0 to 8; 8 also stands for any other number of its,
-                          6 also for a manager that gave back no record at all. Otherwise -1 */
-    int hresult;       /* orvellogin_failed: the exception's HRESULT, or the one that starting the runtime ended with */
-    wchar_t* typeName; /* BSTR. Full name of the managed exception's type; empty when none stands behind the failure */
-    wchar_t* message;  /* BSTR. Its message with those of its causes, in the language the runtime chose */
-    char* text;        /* BSTR of bytes, ended by a zero: type and message in one line of UTF-8, for a log */
+    int size;    /**< set by the caller: sizeof(orvellogin_failure) */
+    int code;    /**< orvellogin_reported: the manager's number, 0 to 8; 8 also stands for any other number of its,
+                    6 also for a manager that gave back no record at all. Otherwise -1 */
+    int hresult; /**< orvellogin_failed: the exception's HRESULT, or the one that starting the runtime ended with */
+    wchar_t*
+        typeName;     /**< BSTR. Full name of the managed exception's type; empty when none stands behind the failure */
+    wchar_t* message; /**< BSTR. Its message with those of its causes, in the language the runtime chose */
+    char* text;       /**< BSTR of bytes, ended by a zero: type and message in one line of UTF-8, for a log */
 } orvellogin_failure;
 
-/* What the login manager tells of a signed-in user, each field a BSTR. Free it by orvellogin_clearResponse. */
+/** What the login manager tells of a signed-in user, each field a BSTR. Free it by orvellogin_clearResponse. */
 typedef struct orvellogin_response {
-    int size;                   /* set by the caller: sizeof(orvellogin_response) */
-    wchar_t* statusDescription; /* outcome of the sign-in, as the manager phrased it */
-    wchar_t* userName;          /* account name */
-    wchar_t* firstName;         /* given name */
-    wchar_t* lastName;          /* family name */
-    wchar_t* rowId;             /* identifier of the user's record on the platform */
-    wchar_t* aliasName;         /* display name */
-    wchar_t* domainName;        /* domain of the account; empty when the account has none */
+    int size;                   /**< set by the caller: sizeof(orvellogin_response) */
+    wchar_t* statusDescription; /**< outcome of the sign-in, as the manager phrased it */
+    wchar_t* userName;          /**< account name */
+    wchar_t* firstName;         /**< given name */
+    wchar_t* lastName;          /**< family name */
+    wchar_t* rowId;             /**< identifier of the user's record on the platform */
+    wchar_t* aliasName;         /**< display name */
+    wchar_t* domainName;        /**< domain of the account; empty when the account has none */
 } orvellogin_response;
 
-/* One user of the library, with a login manager of its own once a function needed one. */
+/** One user of the library, with a login manager of its own once a function needed one. */
 typedef struct orvellogin_client orvellogin_client;
 
-/* Called with the context that was given with it. It must not let an exception out, nor leave by longjmp. */
+/** Called with the context that was given with it. It must not let an exception out, nor leave by longjmp. */
 typedef void(ORVELLOGIN_CALL* orvellogin_callback)(void* context);
 
-/* Takes a text into a string of the caller's own: see orvellogin_setReceiver. Returns 0 when memory is exhausted, and
+/** Takes a text into a string of the caller's own: see orvellogin_setReceiver. Returns 0 when memory is exhausted, and
    lets nothing out. */
 typedef int(ORVELLOGIN_CALL* orvellogin_receiver)(wchar_t** place, const wchar_t* units, int length);
 
-/* Version of the DLL, as ORVELLOGIN_VERSION has that of this header: 10203 is 1.2.3. Any thread. */
+/** Version of the DLL, as ORVELLOGIN_VERSION has that of this header: 10203 is 1.2.3. Any thread. */
 ORVELLOGINC_API int ORVELLOGIN_CALL orvellogin_version(void);
 
-/* Overwrites a text that the library gave out, and frees it. Null is allowed. */
+/** Overwrites a text that the library gave out, and frees it. Null is allowed. */
 ORVELLOGINC_API void ORVELLOGIN_CALL orvellogin_free(wchar_t* text);
 
-/* Frees what a function wrote into a failure or a response, and sets the fields to null. Null is allowed. */
+/** Frees what a function wrote into a failure, and sets the fields to null. Null is allowed. */
 ORVELLOGINC_API void ORVELLOGIN_CALL orvellogin_clearFailure(orvellogin_failure* failure);
+/** The same for a response. */
 ORVELLOGINC_API void ORVELLOGIN_CALL orvellogin_clearResponse(orvellogin_response* response);
 
-/*
+/**
  * Creates a client. Starts the .NET Framework 4 runtime in the process, or joins the one that runs, and makes the
  * assemblies of the folder OrvelLoginManagerClient beside the DLL findable. Neither creates the manager nor looks for
  * its assemblies: the first function that needs the manager creates it, and while that fails, the next one tries again.
@@ -123,10 +128,10 @@ ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_create(orvellogin_c
                                                                     int language, orvellogin_client** client,
                                                                     orvellogin_failure* failure);
 
-/* Disposes the client's manager, if one was created, and frees the client. Signs nobody out. Null is allowed. */
+/** Disposes the client's manager, if one was created, and frees the client. Signs nobody out. Null is allowed. */
 ORVELLOGINC_API void ORVELLOGIN_CALL orvellogin_destroy(orvellogin_client* client);
 
-/*
+/**
  * For wrappers in languages with strings of their own, which would only copy a BSTR and free it: from now on each text
  * that a function of this client answers is handed to `receiver`, with the place where the BSTR would have been stored:
  * the pointer that was passed, or the address of the response's field. What that place contains is the caller's, so it
@@ -134,105 +139,114 @@ ORVELLOGINC_API void ORVELLOGIN_CALL orvellogin_destroy(orvellogin_client* clien
  */
 ORVELLOGINC_API void ORVELLOGIN_CALL orvellogin_setReceiver(orvellogin_client* client, orvellogin_receiver receiver);
 
-/*
+/**
  * Signing in and out. None of these is governed by the offline flag; a failure that the manager reports is
  * orvellogin_reported. A null of the manager's in the response is orvellogin_failed, but for domainName, which becomes
  * empty; no response at all is orvellogin_reported with code 6.
  */
 
-/* Signs in without credentials: what the manager does then (a remembered user, a browser) is its own affair. */
+/** Signs in without credentials: what the manager does then (a remembered user, a browser) is its own affair. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_login(orvellogin_client* client,
                                                                    orvellogin_response* response,
                                                                    orvellogin_failure* failure);
 
-/* Signs in with account name and password. */
+/** Signs in with account name and password. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_loginWithPassword(
     orvellogin_client* client, const wchar_t* userName, int userNameLength, const wchar_t* password, int passwordLength,
     orvellogin_response* response, orvellogin_failure* failure);
 
-/* The signed-in user, not asking for a sign-in; with lastLoginFlag other than 0 it is orvellogin_login instead. */
+/** The signed-in user, not asking for a sign-in; with lastLoginFlag other than 0 it is orvellogin_login instead. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_getLoggedInUser(orvellogin_client* client,
                                                                              int lastLoginFlag,
                                                                              orvellogin_response* response,
                                                                              orvellogin_failure* failure);
 
-/* Signs the user out. */
+/** Signs the user out. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_logout(orvellogin_client* client,
                                                                     orvellogin_failure* failure);
 
-/*
+/**
  * What the sign-in established. While the client is offline all of these answer empty, without calling the manager or
  * creating it.
  */
 
-/* Makes targetUrl into an address that carries the sign-in. A failure that the manager reports is orvellogin_reported;
+/** Makes targetUrl into an address that carries the sign-in. A failure that the manager reports is orvellogin_reported;
    a null of the manager's is orvellogin_failed. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_formatAccessUrl(orvellogin_client* client,
                                                                              const wchar_t* targetUrl,
                                                                              int targetUrlLength, wchar_t** url,
                                                                              orvellogin_failure* failure);
 
-/* Access token of the sign-in; empty for a null of the manager's. A failure that the manager reports is
+/** Access token of the sign-in; empty for a null of the manager's. A failure that the manager reports is
    orvellogin_reported. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_getAccessToken(orvellogin_client* client, wchar_t** token,
                                                                             orvellogin_failure* failure);
 
-/* Addresses and identity of the tenant. Empty for a null of the manager's; each exception of the manager's, also its
-   own kind, is orvellogin_failed. */
+/** Address of the platform. Empty for a null of the manager's; each exception of the manager's, also its own kind, is
+   orvellogin_failed. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_getPlatFormURL(orvellogin_client* client, wchar_t** url,
                                                                             orvellogin_failure* failure);
+/** Address of the registry. As orvellogin_getPlatFormURL. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_getRegistryURL(orvellogin_client* client, wchar_t** url,
                                                                             orvellogin_failure* failure);
+/** Address of the Kelpa service. As orvellogin_getPlatFormURL. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_getKelpaURL(orvellogin_client* client, wchar_t** url,
                                                                          orvellogin_failure* failure);
+/** Name of the tenant. As orvellogin_getPlatFormURL. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_getTenantName(orvellogin_client* client, wchar_t** name,
                                                                            orvellogin_failure* failure);
+/** Address of the passport service. As orvellogin_getPlatFormURL. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_getPassportURL(orvellogin_client* client, wchar_t** url,
                                                                             orvellogin_failure* failure);
+/** Cookie of the central authentication service. As orvellogin_getPlatFormURL. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_getCASCookie(orvellogin_client* client, wchar_t** cookie,
                                                                           orvellogin_failure* failure);
+/** Address of the user's applications. As orvellogin_getPlatFormURL. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_getmyAppsURL(orvellogin_client* client, wchar_t** url,
                                                                           orvellogin_failure* failure);
+/** Identifier of the tenant. As orvellogin_getPlatFormURL. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_getTenantId(orvellogin_client* client, wchar_t** id,
                                                                          orvellogin_failure* failure);
-/* All tenants' identifiers in one text, as the manager joins them. */
+/** All tenants' identifiers in one text, as the manager joins them. As orvellogin_getPlatFormURL. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_getTenantIds(orvellogin_client* client, wchar_t** ids,
                                                                           orvellogin_failure* failure);
+/** Address of the space. As orvellogin_getPlatFormURL. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_getSpaceURL(orvellogin_client* client, wchar_t** url,
                                                                          orvellogin_failure* failure);
 
-/* Ticket for the space at spaceUrl. Each exception of the manager's is orvellogin_failed, and so is a null. */
+/** Ticket for the space at spaceUrl. Each exception of the manager's is orvellogin_failed, and so is a null. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_getLoginTicket(orvellogin_client* client,
                                                                             const wchar_t* spaceUrl, int spaceUrlLength,
                                                                             wchar_t** ticket,
                                                                             orvellogin_failure* failure);
 
-/*
+/**
  * The consumer platform. Not governed by the offline flag. Each exception of the manager's is orvellogin_failed, but
  * for DunmoreLoginBrowser, where a failure that the manager reports is orvellogin_reported.
  */
 
-/* Stops the listener of the browser sign-in. */
+/** Stops the listener of the browser sign-in. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_stopDNMListener(orvellogin_client* client,
                                                                              orvellogin_failure* failure);
 
-/* Signs in through the browser. server: the platform's server; clientId: the client identifier registered there. */
+/** Signs in through the browser. server: the platform's server; clientId: the client identifier registered there. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL
 orvellogin_DunmoreLoginBrowser(orvellogin_client* client, const wchar_t* server, int serverLength,
                                const wchar_t* clientId, int clientIdLength, orvellogin_failure* failure);
 
-/* Token of the consumer platform. A null of the manager's is orvellogin_failed. */
+/** Token of the consumer platform. A null of the manager's is orvellogin_failed. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_getDNMAccessToken(orvellogin_client* client,
                                                                                wchar_t** token,
                                                                                orvellogin_failure* failure);
 
-/* Whether `token` of the consumer platform has expired. expired: receives 1 or 0, 0 after a failure. */
+/** Whether `token` of the consumer platform has expired. expired: receives 1 or 0, 0 after a failure. */
 ORVELLOGINC_API orvellogin_result ORVELLOGIN_CALL orvellogin_isDunmorePlatformTokenExpired(
     orvellogin_client* client, const wchar_t* token, int tokenLength, int* expired, orvellogin_failure* failure);
 
-/* The offline flag, 0 in a new client. It is the client's alone: the manager is not told. With a null client the first
-   does nothing and the second returns 0. */
+/** Sets the offline flag, which is 0 in a new client and belongs to it: the manager is not told. Does nothing for a
+   null client. */
 ORVELLOGINC_API void ORVELLOGIN_CALL orvellogin_setOrvelOfflineMode(orvellogin_client* client, int offline);
+/** The offline flag, 1 or 0; 0 for a null client. */
 ORVELLOGINC_API int ORVELLOGIN_CALL orvellogin_isOrvelOfflineMode(const orvellogin_client* client);
 
 #ifdef __cplusplus

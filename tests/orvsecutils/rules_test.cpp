@@ -1,11 +1,13 @@
 #include <windows.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
 #include <stdexcept>
-#include <string>
 
+#include "orvsecutils/log/recordheader.h"
+#include "orvsecutils/log/walltime.h"
 #include "orvsecutils/platform/platformerror.h"
 #include "orvsecutils/platform/rules.h"
 #include "orvsecutils/platform/unicode.h"
@@ -13,15 +15,15 @@
 
 using namespace orvsecutils;
 using namespace std::string_literals;
+using namespace testing;
 
 TEST(Unicode, EveryScalarValueIsConvertedAsTheSystemDoes) {
     std::wstring all;
-    for (unsigned scalar = 0; scalar <= 0x10FFFF; ++scalar) {
+    for (unsigned scalar = 0; scalar <= 0x10FFFF; scalar += scalar == 0xD7FF ? 0x801 : 1) {
         if (scalar >= 0x10000) {
-            all += {static_cast<wchar_t>(0xD7C0 + (scalar >> 10)), static_cast<wchar_t>(0xDC00 + (scalar & 0x3FF))};
-        } else if (scalar < 0xD800 || scalar > 0xDFFF) {
-            all += static_cast<wchar_t>(scalar);
+            all += static_cast<wchar_t>(0xD7C0 + (scalar >> 10));
         }
+        all += static_cast<wchar_t>(scalar < 0x10000 ? scalar : 0xDC00 + (scalar & 0x3FF));
     }
     std::string narrow(3 * all.size(), '\0');
     narrow.resize(WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, all.data(), static_cast<int>(all.size()),
@@ -35,29 +37,22 @@ TEST(Unicode, MalformedTextIsRefused) {
     for (const char* text : {"\x80", "\xBF", "\xC3", "\xE2\x82", "\xF0\x9F\x98", "\xC3(", "\xE2\x82(", "\xF0\x9F(\x80",
                              "\xC1\xBF", "\xE0\x9F\xBF", "\xF0\x8F\xBF\xBF", "\xED\xA0\x80", "\xED\xBF\xBF",
                              "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\xFF"}) {
-        EXPECT_THROW(toutf16(text), std::range_error) << testing::PrintToString(text);
+        EXPECT_THROW(toutf16(text), std::range_error) << PrintToString(text);
     }
-    for (const std::wstring& text : {L"\xD83D"s, L"\xDE00"s, L"\xDE00\xD83D"s,
-                                     L"\xD83D"
-                                     L"a"s,
-                                     L"\xD83D\xD83D\xDE00"s}) {
-        EXPECT_THROW(toutf8(text), std::range_error);
+    for (const wchar_t* text : {L"\xD83D", L"\xDE00", L"\xDE00\xD83D", L"\xD83Dz", L"\xD83D\xD83D\xDE00"}) {
+        EXPECT_THROW(toutf8(text), std::range_error) << PrintToString(text);
     }
 }
 
 TEST(Unicode, BuffersThatCannotBeHadSaySo) {
-    const auto failure = [](std::int64_t units) {
-        try {
-            return std::pair(utf16buffer(units).size(), std::string("none"));
-        } catch (const platformerror& error) {
-            return std::pair(std::size_t{error.code}, std::string(error.what()));
-        }
+    const auto failure = [](std::uint32_t code, const char* what) {
+        return Throws<platformerror>(
+            AllOf(Field(&platformerror::code, code), Property(&platformerror::what, StrEq(what))));
     };
-    EXPECT_EQ(failure(5), std::pair(std::size_t{5}, "none"s));
-    EXPECT_EQ(failure(-1), std::pair(std::size_t{0x80070057}, "invalid argument"s));
-    EXPECT_EQ(failure(std::numeric_limits<std::int64_t>::max()), failure(-1));
-    EXPECT_EQ(failure(static_cast<std::int64_t>(std::wstring().max_size())),
-              std::pair(std::size_t{0x80004005}, "general failure"s));
+    EXPECT_EQ(utf16buffer(5), std::wstring(5, L'\0'));
+    EXPECT_THAT([] { utf16buffer(-1); }, failure(0x80070057, "invalid argument"));
+    EXPECT_THAT([] { utf16buffer(std::numeric_limits<std::int64_t>::max()); }, failure(0x80070057, "invalid argument"));
+    EXPECT_THAT([] { utf16buffer(std::wstring().max_size()); }, failure(0x80004005, "general failure"));
     EXPECT_STREQ(platformerror(platformerror::outofmemory).what(), "out of memory");
 }
 
@@ -76,12 +71,10 @@ TEST(Rules, TheLastAdaptersAddressWins) {
         bool query(const std::string& text, std::vector<wmirow>& found) const override {
             EXPECT_EQ(text, "SELECT MACAddress FROM Win32_NetworkAdapterConfiguration WHERE IPEnabled=TRUE");
             found = rows;
-            return !rows.empty();
+            return false;
         }
-        std::vector<wmirow> rows;
+        std::vector<wmirow> rows = {{{"MACAddress", "02"}}, {{"MACAddress", "01"}}, {{"Caption", "03"}}, {}};
     } connection;
-    EXPECT_EQ(adapteraddress(&connection), "");
-    connection.rows = {{{"MACAddress", "02"}}, {{"MACAddress", "01"}}, {{"Caption", "03"}}, {}};
     EXPECT_EQ(adapteraddress(&connection), "01");
     EXPECT_EQ(adapteraddress(nullptr), "") << "without a connection";
 }
@@ -105,4 +98,67 @@ TEST(Rules, RegistryDataIsReadNoFurtherThanItsBytes) {
         EXPECT_EQ(decodetext(text, bytes <= 8 ? bytes : 0).has_value(), bytes == 6 || bytes == 8) << bytes;
         EXPECT_EQ(decodelist(list, bytes).has_value(), bytes == 10 || bytes == 12) << bytes;
     }
+}
+
+namespace {
+
+std::string text(const walltime& time) {
+    const auto characters = timetext(time);
+    return {characters.data(), characters.size()};
+}
+
+std::string calendartext(const SYSTEMTIME& time) {
+    return text({time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond, 0}).substr(0, 19);
+}
+
+std::int64_t ticks(const FILETIME& time) {
+    return static_cast<std::int64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
+}
+
+}  // namespace
+
+TEST(RecordHeader, HasEveryFieldAtItsWidth) {
+    std::stringbuf header;
+    putheader(header, {2026, 11, 13, 23, 6, 40, 60}, 1, "host.exe");
+    EXPECT_EQ(header.str(), "11/13/2026 23:06:40+0100,warn,host.exe,");
+    EXPECT_EQ(text({2027, 1, 2, 3, 4, 5, 0}), "01/02/2027 03:04:05+0000");
+    EXPECT_EQ(text({2027, 1, 2, 3, 4, 5, -30}), "01/02/2027 03:04:05-0030");
+}
+
+TEST(LocalTime, FollowsTheZoneThroughTheYear) {
+    // Bias counts minutes behind UTC; a transition is the fifth, that is last, or n-th Sunday of a month.
+    const TIME_ZONE_INFORMATION berlin = {-60, L"", {0, 10, 0, 5, 3, 0, 0, 0}, 0, L"", {0, 3, 0, 5, 2, 0, 0, 0}, -60};
+    const TIME_ZONE_INFORMATION stjohns = {210, L"", {0, 11, 0, 1, 2, 0, 0, 0}, 0, L"", {0, 3, 0, 2, 2, 0, 0, 0}, -60};
+    const std::tuple<const TIME_ZONE_INFORMATION&, SYSTEMTIME, const char*> cases[] = {
+        {berlin, {2026, 3, 0, 29, 0, 59, 59, 999}, "03/29/2026 01:59:59+0100"},
+        {berlin, {2026, 7, 0, 31, 22, 0, 0, 0}, "08/01/2026 00:00:00+0200"},
+        {berlin, {2026, 10, 0, 25, 1, 0, 0, 0}, "10/25/2026 02:00:00+0100"},
+        {stjohns, {2026, 1, 0, 1, 0, 0, 0, 0}, "12/31/2025 20:30:00-0330"}};
+    for (const auto& [zone, utc, local] : cases) {
+        FILETIME time = {};
+        SystemTimeToFileTime(&utc, &time);
+        EXPECT_EQ(text(atoffset(ticks(time), utcoffset(ticks(time), &zone))), local);
+    }
+}
+
+TEST(LocalTime, HasTheSystemsCalendar) {
+    constexpr std::int64_t day = 24LL * 60 * 60 * 10'000'000;
+    for (std::int64_t moment = day / 2 - 1; moment < 1000 * 365 * day; moment += day) {
+        const FILETIME time = {static_cast<DWORD>(moment), static_cast<DWORD>(moment >> 32)};
+        SYSTEMTIME fields = {};
+        FileTimeToSystemTime(&time, &fields);
+        ASSERT_EQ(text(atoffset(moment, 0)), calendartext(fields) + "+0000");
+    }
+}
+
+TEST(LocalTime, IsTheSystems) {
+    SYSTEMTIME before, after;
+    FILETIME moment;
+    currentwalltime();
+    GetLocalTime(&before);
+    const walltime now = currentwalltime();  // by the offset that the first call has asked for
+    GetLocalTime(&after);
+    GetSystemTimeAsFileTime(&moment);
+    EXPECT_THAT(text(now), AnyOf(StartsWith(calendartext(before)), StartsWith(calendartext(after))));
+    EXPECT_EQ(now.offset, utcoffset(ticks(moment), nullptr));
 }

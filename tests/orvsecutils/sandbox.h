@@ -2,14 +2,17 @@
 
 #include <windows.h>
 
-#include <filesystem>
+#include <locale>
 #include <regex>
-#include <string>
-#include <vector>
 
 #include "orvsecutils/platform/windows/handles.h"
 #include "tests/support/program.h"
 #include "tests/support/temporary_folder.h"
+
+/// Separates all digits, so that a number that goes through the host's locale is found out.
+struct digitgrouping : std::numpunct<char> {
+    std::string do_grouping() const override { return "\1"; }
+};
 
 /// A profile folder and a logging switch of the test's own, for the programs that it starts. Restores what it changes;
 /// a session lock lets only one test program have it at a time. The profile folder moves under Wine only.

@@ -37,6 +37,7 @@ public:
     LoginResponse login() { return record(orvellogin_login); }
 
     LoginResponse login(std::wstring userName, std::wstring password) {
+        const WipedAtEnd wiped{password};
         return record(orvellogin_loginWithPassword, userName.data(), length(userName), password.data(),
                       length(password));
     }
@@ -78,6 +79,7 @@ public:
     std::wstring getDNMAccessToken() { return text(orvellogin_getDNMAccessToken); }
 
     bool isDunmorePlatformTokenExpired(std::wstring t) {
+        const WipedAtEnd wiped{t};
         int expired = 0;
         call(orvellogin_isDunmorePlatformTokenExpired, client, t.data(), length(t), &expired);
         return expired != 0;
@@ -90,6 +92,17 @@ public:
     bool isOrvelOfflineMode() const { return orvellogin_isOrvelOfflineMode(client) != 0; }
 
 private:
+    // Overwrites a secret that was passed by value, however the member is left. Volatile, because a compiler may drop
+    // stores to memory that is freed next.
+    struct WipedAtEnd {
+        std::wstring& secret;
+        ~WipedAtEnd() {
+            for (wchar_t& unit : secret) {
+                const_cast<volatile wchar_t&>(unit) = 0;
+            }
+        }
+    };
+
     // Units of a BSTR: their bytes are counted in the four bytes before the first.
     static std::wstring units(const wchar_t* text) {
         return text ? std::wstring(text, reinterpret_cast<const std::uint32_t*>(text)[-1] / sizeof(wchar_t))
