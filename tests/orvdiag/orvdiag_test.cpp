@@ -340,7 +340,7 @@ TEST_F(Login, NamesWhatIsWrongInAFolder) {
     // A file's content, empty for none, with the exit status and what is said of it.
     const std::tuple<const char*, std::string, DWORD, std::string> rows[] = {
         {other, "", 0, "assembly version 34.0.0.5070; has all 22 members that the library calls\r\n"},
-        {other, native, 1, "FAIL orvelloginc.dll file version 1.0.0.0; cannot be loaded: it is not the login library"},
+        {other, native, 1, "it is not the login library: it does not export orvellogin_version"},
         {libgcc, "", 1, "FAIL libgcc_s_dw2-1.dll is missing\r\n"},
         {libgcc, "", 1, "cannot be loaded: Module not found. (code 126); it needs libgcc_s_dw2-1.dll: Module"},
         {libgcc, othergcc, 0, "warn libgcc_s_dw2-1.dll of another GCC (99-posix) than the library (12-posix)"},
