@@ -14,6 +14,7 @@
 #include "orvsecutils/platform/windows/registry.h"
 #include "orvsecutils/settings/settings.h"
 #include "tests/orvsecutils/failing_new.h"
+#include "tests/support/rawkey.h"
 
 using namespace orvsecutils;
 using namespace std::string_literals;
@@ -22,40 +23,8 @@ using namespace testing;
 
 namespace {
 
-constexpr REGSAM view64 = KEY_WOW64_64KEY, view32 = KEY_WOW64_32KEY;
-
-std::string bytesof(std::wstring_view units) {
-    return std::string(reinterpret_cast<const char*>(units.data()), units.size() * sizeof(wchar_t));
-}
-
 const std::string one = "\x01\0\0\0"s, two = "\x02\0\0\0"s, three = "\x03\0\0\0"s;
 const std::string none = "- - - - - ";  // see answers()
-
-// A registry key in one view, for looking at and writing the plain bytes.
-struct rawkey {
-    rawkey(HKEY hive, REGSAM view, const std::string& path) {
-        HKEY opened = nullptr;
-        RegCreateKeyExW(hive, toutf16(path).c_str(), 0, nullptr, 0, KEY_ALL_ACCESS | view, nullptr, &opened, nullptr);
-        key.reset(opened);
-    }
-
-    void write(const std::wstring& name, DWORD type, std::string bytes) const {
-        const auto size = static_cast<DWORD>(bytes.size());
-        bytes += "\x7F\x7F\x7F";  // the system would add a terminator that it happens to find behind the data
-        ASSERT_EQ(RegSetValueExW(key.get(), name.c_str(), 0, type, reinterpret_cast<BYTE*>(bytes.data()), size), 0);
-    }
-
-    // "type:bytes" of a value, or ":" without one.
-    std::string read(const std::wstring& name) const {
-        char bytes[100];
-        DWORD type = 0, size = sizeof bytes;
-        return RegQueryValueExW(key.get(), name.c_str(), nullptr, &type, reinterpret_cast<BYTE*>(bytes), &size) == 0
-                   ? std::to_string(type) + ":" + std::string(bytes, size)
-                   : ":";
-    }
-
-    registrykey key;
-};
 
 // What a getter finds, or "-" when it finds nothing and leaves its output alone.
 template <class Value>
@@ -74,12 +43,7 @@ std::string answers(const settings& group, const std::string& name) {
 
 class Settings : public Test {
 protected:
-    ~Settings() override {
-        RegDeleteTreeW(HKEY_CURRENT_USER, toutf16("software\\" + company).c_str());
-        for (const REGSAM view : {view64, view32}) {
-            RegDeleteTreeW(rawkey(HKEY_LOCAL_MACHINE, view, "software").key.get(), toutf16(company).c_str());
-        }
-    }
+    ~Settings() override { removecompany(toutf16(company)); }
 
     const std::string company = "orvsecutils-test-" + std::to_string(GetCurrentProcessId());
     const settingsdef definition{company, "", "group", "name \xD0\xB6", ""};

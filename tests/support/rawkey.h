@@ -33,6 +33,15 @@ struct rawkey {
         ASSERT_EQ(RegSetValueExW(key.get(), name.c_str(), 0, type, reinterpret_cast<BYTE*>(bytes.data()), size), 0);
     }
 
+    /// "type:bytes" of a value, or ":" without one.
+    std::string read(const std::wstring& name) const {
+        char bytes[100];
+        DWORD type = 0, size = sizeof bytes;
+        return RegQueryValueExW(key.get(), name.c_str(), nullptr, &type, reinterpret_cast<BYTE*>(bytes), &size) == 0
+                   ? std::to_string(type) + ":" + std::string(bytes, size)
+                   : ":";
+    }
+
     orvsecutils::registrykey key;
 };
 
