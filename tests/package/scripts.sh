@@ -20,7 +20,7 @@ expect "wine-run reports that there is no such program" [ "$(status_of "$source/
 # script/test by itself, in a checkout where there is nothing to set up, and one test, which leaves a program behind.
 mkdir -p checkout/build/mingw-x86-release
 cp -r "$source/script" "$source/CMakePresets.json" checkout
-for step in setup lint build; do
+for step in setup lint check-tests build; do
   printf '#!/bin/bash\n' > checkout/script/$step
 done
 echo 'add_test(one bash -c "(exec -a left.exe sleep 60) > /dev/null 2>&1 &")' > checkout/build/mingw-x86-release/CTestTestfile.cmake
