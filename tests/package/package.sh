@@ -1,6 +1,8 @@
 #!/bin/bash
 # package.sh SOURCE BUILD: uses the ZIP as its readers do.
 . "$(dirname "$0")/../support/checks.sh"
+# Of an earlier version, too.
+rm -f "$build"/*-mingw-x86*.zip*
 cmake --build "$build" --target zip > zip.log || { cat zip.log && exit 1; }
 (cd "$build" && sha256sum --check --quiet ./*-mingw-x86.zip.sha256)
 unzip -q "$build"/*-mingw-x86.zip
