@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <vector>
+
+#include "login/LibraryFile.h"
+#include "orvsecutils/platform/unicode.h"
 
 namespace orvdiag {
 
@@ -70,22 +72,7 @@ bool samegcc(const std::string& a, const std::string& b) {
 }
 
 std::string fileversion(const std::wstring& path) {
-    DWORD ignored = 0;
-    std::vector<char> resource(GetFileVersionInfoSizeW(path.c_str(), &ignored));
-    void* found = nullptr;
-    UINT bytes = 0;
-    if (resource.empty() ||
-        !GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(resource.size()), resource.data()) ||
-        !VerQueryValueW(resource.data(), L"\\", &found, &bytes) || bytes < sizeof(VS_FIXEDFILEINFO)) {
-        return std::string();
-    }
-    const auto& info = *static_cast<const VS_FIXEDFILEINFO*>(found);
-    std::string text;
-    for (const unsigned number : {HIWORD(info.dwFileVersionMS), LOWORD(info.dwFileVersionMS),
-                                  HIWORD(info.dwFileVersionLS), LOWORD(info.dwFileVersionLS)}) {
-        text += (text.empty() ? "" : ".") + std::to_string(number);
-    }
-    return text;
+    return orvsecutils::toutf8(OrvelLoginClientCLR::fileVersion(path));
 }
 
 }  // namespace orvdiag
