@@ -56,7 +56,7 @@ int wmain(int count, wchar_t** arguments) {
         const signin_program program(state.commands);
         if (state.password) {
             program.signin(L"ada@example.com", state.password);
-            program.outcome();
+            program.finalstatus();
         }
         savepicture(program, std::wstring(arguments[1]) + L"\\signin-window-" + state.name + L".png");
     }

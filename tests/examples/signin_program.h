@@ -90,7 +90,7 @@ public:
         click(IDC_SIGN_IN);
     }
     /// What the status says once nothing is running any more.
-    std::wstring outcome() const {
+    std::wstring finalstatus() const {
         return eventually([this] { return enabled(IDC_ACCOUNT); }) ? text(IDC_STATUS) : L"still running";
     }
     /// Asks the window to close. Returns the exit status, STILL_ACTIVE if the program does not end within seconds.

@@ -45,7 +45,7 @@ TEST(SigninWindow, TellsHowASignInEndedAndGoesOnFromThere) {
         EXPECT_EQ(program.text(IDC_STATUS), L"Nobody is signed in.");
         EXPECT_FALSE(program.enabled(IDC_SIGN_IN)) << "without an account";
         program.signin(row.account, row.password);
-        EXPECT_EQ(program.outcome(), row.status);
+        EXPECT_EQ(program.finalstatus(), row.status);
         EXPECT_EQ(program.text(IDC_PASSWORD), L"");
         EXPECT_EQ(program.details(), row.details);
         EXPECT_EQ(program.focus(), row.focus);
@@ -58,23 +58,23 @@ TEST(SigninWindow, TellsHowASignInEndedAndGoesOnFromThere) {
 TEST(SigninWindow, FollowsWhoIsSignedInOnlineAndOffline) {
     const signin_program program(L"events=thread");
     program.click(IDC_OFFLINE);  // nobody to ask about yet
-    EXPECT_EQ(program.outcome(), L"Nobody is signed in.");
+    EXPECT_EQ(program.finalstatus(), L"Nobody is signed in.");
     program.signin(ada, adasPassword);
-    EXPECT_EQ(program.outcome(), L"Ada signed in");
+    EXPECT_EQ(program.finalstatus(), L"Ada signed in");
     EXPECT_EQ(program.details(), offline);
     program.click(IDC_OFFLINE);
-    EXPECT_EQ(program.outcome(), L"Ada is signed in");
+    EXPECT_EQ(program.finalstatus(), L"Ada is signed in");
     EXPECT_EQ(program.details(), online);
     EXPECT_EQ(program.focus(), IDC_OFFLINE);
     program.signin(ada, L"difference engine");
-    EXPECT_EQ(program.outcome(), L"The password is wrong (code 1).");
+    EXPECT_EQ(program.finalstatus(), L"The password is wrong (code 1).");
     EXPECT_EQ(program.details(), online) << "a refused sign-in leaves whoever is signed in";
     program.signin(L"zoe@example.com", L"κωδικός");
-    EXPECT_EQ(program.outcome(), L"Ζωή signed in");
+    EXPECT_EQ(program.finalstatus(), L"Ζωή signed in");
     EXPECT_NE(program.details().find(L"Alias=Zoë 🦉|Domain=|"), std::wstring::npos);
 
     program.click(IDC_SIGN_OUT);
-    EXPECT_EQ(program.outcome(), L"Signed out.");
+    EXPECT_EQ(program.finalstatus(), L"Signed out.");
     EXPECT_EQ(program.details(), L"");
     EXPECT_FALSE(program.enabled(IDC_SIGN_OUT));
     EXPECT_EQ(program.focus(), IDC_ACCOUNT);
@@ -83,13 +83,13 @@ TEST(SigninWindow, FollowsWhoIsSignedInOnlineAndOffline) {
 TEST(SigninWindow, FollowsEventsOutsideItsOwnRequests) {
     const signin_program program;
     program.signin(ada, adasPassword);
-    program.outcome();
+    program.finalstatus();
     SendMessageW(program.window, WM_APP_SIGNED_OUT, 0, 0);
-    EXPECT_EQ(program.outcome(), L"Signed out.");
+    EXPECT_EQ(program.finalstatus(), L"Signed out.");
     EXPECT_EQ(program.details(), L"");
     EXPECT_EQ(program.focus(), IDC_ACCOUNT);
     SendMessageW(program.window, WM_APP_SIGNED_IN, 0, 0);
-    EXPECT_EQ(program.outcome(), L"Ada is signed in");
+    EXPECT_EQ(program.finalstatus(), L"Ada is signed in");
     EXPECT_EQ(program.details(), online);
     EXPECT_TRUE(program.enabled(IDC_SIGN_OUT));
 }
@@ -114,13 +114,13 @@ TEST(SigninWindow, AnswersWhileTheManagerDoesNotAndClosesWhateverItDoes) {
     signin(hung);
     EXPECT_EQ(hung.close(), 0u) << "in a call";
     SetEvent(gate.get());
-    EXPECT_EQ(answered.outcome(), L"Ada signed in");
+    EXPECT_EQ(answered.finalstatus(), L"Ada signed in");
     EXPECT_FALSE(IsWindowVisible(answered.control(IDC_PROGRESS)));
     EXPECT_FALSE(changesCursor(answered));
     ResetEvent(gate.get());
     const signin_program disposing(L"Dispose=wait gate");
     disposing.signin(ada, adasPassword);
-    disposing.outcome();
+    disposing.finalstatus();
     EXPECT_EQ(disposing.close(), 0u) << "in its disposal";
 }
 

@@ -148,7 +148,7 @@ TEST(Deployment, AClientOfAPlugInLeavesTheHostsExitStatusAlone) {
     const Deployment deployment;
     fs::copy_file(program::ownfolder() / L"deployment" / L"plugin.dll", deployment / L"plugin.dll");
     for (const wchar_t* steps : {L"exit", L"plugin exit"}) {
-        const program::outcome ended = deployment.start(steps).wait();
+        const program::result ended = deployment.start(steps).wait();
         EXPECT_EQ(ended.status, 7u);
         EXPECT_EQ(ended.errors, "");
     }

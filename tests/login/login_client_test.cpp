@@ -16,7 +16,7 @@
 
 #include "login/LoginManagerClient.h"
 #include "orvsecutils/platform/unicode.h"
-#include "outcome.h"
+#include "result_of.h"
 
 using orvsecutils::toutf8;
 using namespace testing;
@@ -57,7 +57,7 @@ struct Member {
     const wchar_t* managed;  // the manager's member behind it
     std::wstring (*call)(LoginManagerClient&);
     bool translates;      // the manager's exception arrives as loginManagerException*
-    const char* forNull;  // outcome when the manager gives back null; null where it gives back nothing
+    const char* forNull;  // result when the manager gives back null; null where it gives back nothing
     bool quietOffline;    // empty without a call while offline
 };
 
@@ -96,7 +96,7 @@ TEST(EveryMember, TranslatesTheManagersExceptionOrLetsItPass) {
         for (const int status : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, -1}) {
             Steered client(std::wstring(member.managed) + L"=status " + std::to_wstring(status));
             const std::string code = "code " + std::to_string(status < 0 || status > 8 ? 8 : status);
-            EXPECT_EQ(outcome([&] { return member.call(client); }),
+            EXPECT_EQ(resultOf([&] { return member.call(client); }),
                       member.translates ? code : "loginManagerUtils.LoginManagerException: on request")
                 << toutf8(member.managed) << " " << status;
         }
@@ -139,7 +139,7 @@ TEST(EveryMember, KeepsTheHostsFloatingPointControlAndGivesItToItsCallbacks) {
         EXPECT_EQ(Control(), ofThread);
         client.login(L"ada@example.com", L"analytical engine");
         for (const Member& member : members) {
-            outcome([&] { return member.call(client); });
+            resultOf([&] { return member.call(client); });
             EXPECT_EQ(Control(), ofThread) << toutf8(member.managed);
         }
         EXPECT_EQ(Steered(L"getTenantName=divide").getTenantName(), L"Example Works") << "with the runtime's control";
@@ -157,7 +157,7 @@ TEST(EveryMember, TurnsNullIntoWhatItsContractSays) {
     for (const Member& member : members) {
         if (member.forNull) {
             Steered client(std::wstring(member.managed) + L"=null");
-            EXPECT_EQ(outcome([&] { return member.call(client); }), member.forNull) << toutf8(member.managed);
+            EXPECT_EQ(resultOf([&] { return member.call(client); }), member.forNull) << toutf8(member.managed);
         }
     }
 }
@@ -167,11 +167,11 @@ TEST(EveryMember, WhileOfflineIsQuietOrReachesTheManager) {
         Steered client(L"constructor=throw System.TimeoutException");
         client.setOrvelOfflineMode(true);
         EXPECT_TRUE(client.isOrvelOfflineMode());
-        EXPECT_EQ(outcome([&] { return member.call(client); }),
+        EXPECT_EQ(resultOf([&] { return member.call(client); }),
                   member.quietOffline ? "" : "System.TimeoutException: on request")
             << toutf8(member.managed);
         client.setOrvelOfflineMode(false);
-        EXPECT_EQ(outcome([&] { return member.call(client); }), "System.TimeoutException: on request");
+        EXPECT_EQ(resultOf([&] { return member.call(client); }), "System.TimeoutException: on request");
     }
 }
 
@@ -189,7 +189,7 @@ TEST(Failures, CarryTheChainOfCauses) {
     };
     for (const auto& row : rows) {
         Steered client(std::wstring(L"getTenantName=") + row.command);
-        const std::string failure = outcome([&] { return client.getTenantName(); });
+        const std::string failure = resultOf([&] { return client.getTenantName(); });
         EXPECT_THAT(failure, EndsWith(row.chain)) << toutf8(row.command);
         EXPECT_LT(failure.size(), 9000u);
     }
@@ -198,9 +198,9 @@ TEST(Failures, CarryTheChainOfCauses) {
 TEST(Failures, OfAnAbortedThreadAreFailuresOfOneCall) {
     Steered client(L"getTenantName=abort;login=abort");
     for (int i = 0; i < 2; ++i) {
-        EXPECT_THAT(outcome([&] { return client.getTenantName(); }), StartsWith("System.Threading.ThreadAbort"));
-        EXPECT_THAT(outcome([&] { return client.login().userName; }), StartsWith("System.Threading.ThreadAbort"));
-        EXPECT_EQ(outcome([&] { return client.getTenantId(); }), "R1132100");
+        EXPECT_THAT(resultOf([&] { return client.getTenantName(); }), StartsWith("System.Threading.ThreadAbort"));
+        EXPECT_THAT(resultOf([&] { return client.login().userName; }), StartsWith("System.Threading.ThreadAbort"));
+        EXPECT_EQ(resultOf([&] { return client.getTenantId(); }), "R1132100");
     }
 }
 
@@ -213,7 +213,7 @@ TEST(Failures, OfMemoryForAResultAreNoNulls) {
             reserved.push_back(taken);
         }
     }
-    const std::string failure = outcome([&] { return client.getTenantName().substr(0, 1); });
+    const std::string failure = resultOf([&] { return client.getTenantName().substr(0, 1); });
     for (void* taken : reserved) {
         VirtualFree(taken, 0, MEM_RELEASE);
     }
@@ -242,10 +242,11 @@ TEST(Construction, ByTwoFirstCallsAtOnceLeaksOneManager) {
 TEST(Construction, ThatFailsIsTriedAgainByTheNextCall) {
     Steered client(L"constructor=status 5");
     // The constructor is no member whose report is translated.
-    EXPECT_EQ(outcome([&] { return client.getTenantName(); }), "loginManagerUtils.LoginManagerException: on request");
-    EXPECT_EQ(outcome([&] { return client.signIn().userName; }), "loginManagerUtils.LoginManagerException: on request");
+    EXPECT_EQ(resultOf([&] { return client.getTenantName(); }), "loginManagerUtils.LoginManagerException: on request");
+    EXPECT_EQ(resultOf([&] { return client.signIn().userName; }),
+              "loginManagerUtils.LoginManagerException: on request");
     SetEnvironmentVariableW(L"ORVEL_STANDIN", nullptr);
-    EXPECT_EQ(outcome([&] { return client.getTenantName(); }), "Example Works");
+    EXPECT_EQ(resultOf([&] { return client.getTenantName(); }), "Example Works");
 }
 
 TEST(Response, KeepsEachFieldInItsPlace) {
@@ -266,10 +267,10 @@ TEST(Response, WithANullFieldOtherThanTheDomainFailsTheConversion) {
     for (const wchar_t* field :
          {L"statusDescription", L"userName", L"firstName", L"lastName", L"rowId", L"aliasName"}) {
         Steered client(std::wstring(field) + L"=null");
-        EXPECT_EQ(outcome([&] { return client.signIn().userName; }), nullFailure) << toutf8(field);
+        EXPECT_EQ(resultOf([&] { return client.signIn().userName; }), nullFailure) << toutf8(field);
     }
     Steered client(L"domainName=null");
-    EXPECT_EQ(outcome([&] { return client.signIn().domainName + L"/" + client.signIn().aliasName; }), "/Countess");
+    EXPECT_EQ(resultOf([&] { return client.signIn().domainName + L"/" + client.signIn().aliasName; }), "/Countess");
 }
 
 TEST(Strings, CrossBothWaysUnitForUnit) {
@@ -435,7 +436,7 @@ TEST(Resources, StayFlatOverManyCallsFailuresAndClients) {
             client.formatAccessUrl(text);
             client.isDunmorePlatformTokenExpired(text);
             if (i % 10 == 0) {
-                outcome([&] { return client.getTenantId(); });
+                resultOf([&] { return client.getTenantId(); });
                 Steered(L"").signIn();
             }
         }

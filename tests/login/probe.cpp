@@ -14,7 +14,7 @@
 #include "login/ClrRuntime.h"
 #include "login/LoginManagerClient.h"
 #include "orvsecutils/platform/unicode.h"
-#include "outcome.h"
+#include "result_of.h"
 
 namespace {
 
@@ -58,7 +58,7 @@ int wmain(int count, wchar_t** arguments) {
     _setmode(_fileno(stdout), _O_BINARY);
     for (int i = 1; i < count; ++i) {
         const std::wstring step = arguments[i];
-        std::printf("%s: %s\n", orvsecutils::toutf8(step).c_str(), outcome([&] { return carryOut(step); }).c_str());
+        std::printf("%s: %s\n", orvsecutils::toutf8(step).c_str(), resultOf([&] { return carryOut(step); }).c_str());
     }
     return 0;
 }

@@ -14,7 +14,7 @@
 #include "login/LoginManagerClientCLR.h"
 #include "login/RuntimeFailure.h"
 #include "login/Wiping.h"
-#include "outcome.h"
+#include "result_of.h"
 
 using namespace OrvelLoginClientCLR;
 using testing::StartsWith;
@@ -75,7 +75,7 @@ TEST(Bridge, WithoutAManagerEachMemberDoesWhatItIsDocumentedToDo) {
     struct {
         const char* member;
         std::function<std::wstring()> call;
-        const char* outcome;
+        const char* result;
     } const rows[] = {
         {"login", [&] { return bridge.login().userName; }, "code 6"},
         {"login with credentials", [&] { return bridge.login(L"a", L"b").userName; }, "code 6"},
@@ -92,13 +92,13 @@ TEST(Bridge, WithoutAManagerEachMemberDoesWhatItIsDocumentedToDo) {
         {"stopDNMListener", [&] { return bridge.stopDNMListener(), L"returned"; }, "returned"},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(outcome(row.call), row.outcome) << row.member;
+        EXPECT_EQ(resultOf(row.call), row.result) << row.member;
     }
 }
 
 TEST(Strings, OfMoreThanIntMaxUnitsAreRefused) {
     EXPECT_EQ(managedLength(INT_MAX), INT_MAX);
-    EXPECT_EQ(outcome([] { return managedLength(std::size_t(INT_MAX) + 1), L""; }),
+    EXPECT_EQ(resultOf([] { return managedLength(std::size_t(INT_MAX) + 1), L""; }),
               "System.ArgumentOutOfRangeException: Size of string exceeds INT_MAX.");
 }
 

@@ -140,7 +140,7 @@ class Orvdiag : public Test {
 protected:
     ~Orvdiag() override { removecompany(L"Orvel"); }
 
-    program::outcome run(const std::wstring& words) { return box.run("orvdiag.exe", words); }
+    program::result run(const std::wstring& words) { return box.run("orvdiag.exe", words); }
 
     void plant(store place, const wchar_t* name, DWORD type, const std::string& data, const char* group = "Debug") {
         rawkey(place == store::user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE,
@@ -179,10 +179,10 @@ TEST_F(Orvdiag, TellsWhyLoggingIsOffAndWhetherItIsOnAfterwards) {
         EXPECT_EQ(told["remarks"].size(), remark.empty() ? 0u : 1u);
         const std::string sentence = remark.empty() ? "" : told["remarks"][0].get<std::string>() + "\r\n";
         EXPECT_THAT(sentence, HasSubstr(remark));
-        const program::outcome plain = run(L"logging");
+        const program::result plain = run(L"logging");
         EXPECT_THAT(plain.output, StartsWith("Logging is " + state + ".\r\n" + sentence + "Log file: "));
         EXPECT_EQ(plain.status, 0u);
-        const program::outcome switched = run(L"logging on");
+        const program::result switched = run(L"logging on");
         EXPECT_THAT(switched.output, StartsWith(status == 0 ? "Logging is on, by the user's" : "Logging is off, "));
         EXPECT_EQ(switched.status, status);
         removecompany(L"Orvel");
@@ -196,14 +196,14 @@ TEST_F(Orvdiag, TellsWhetherTheLogCanBeWritten) {
     EXPECT_THAT(run(L"logging").output, AllOf(HasSubstr("It cannot be written: "), EndsWith("(code 5)\r\n")));
     fs::remove_all(profile / "Orvel");
     std::ofstream(profile / "Orvel") << "in the folder's place";
-    const program::outcome blocked = run(L"logging on");
+    const program::result blocked = run(L"logging on");
     EXPECT_THAT(blocked.output, HasSubstr("It cannot be written: the folder "));
     EXPECT_EQ(blocked.status, 1u);
     EXPECT_EQ(run(L"logging off").status, 0u);
 }
 
 TEST_F(Orvdiag, LogsWhatItChangesAndNothingElse) {
-    const program::outcome switched = run(L"logging on");
+    const program::result switched = run(L"logging on");
     EXPECT_THAT(switched.output, Not(HasSubstr("orvdiag::"))) << "the log's echo belongs to standard error";
     EXPECT_THAT(switched.errors, HasSubstr("orvdiag::logging(on)=on"));
     for (const wchar_t* looking : {L"facts", L"settings Debug", L"settings None", L"logging", L"log", L"report"}) {
@@ -228,14 +228,14 @@ TEST_F(Orvdiag, ListsAGroupWithAllThatIsWrongInIt) {
     plant(store::machine, L"a", REG_SZ, bytesof(L" \0"sv), "Größe");
     plant(store::machine, L"d", REG_DWORD, zero, "Größe");
     plant(store::machine32, L"a", REG_SZ, broken, "Größe");
-    const program::outcome good = run(L"settings Größe --json");
+    const program::result good = run(L"settings Größe --json");
     EXPECT_EQ(good.status, 0u);
     EXPECT_EQ(
         json::parse(good.output)["values"][1].dump(),
         R"({"group":"Größe","name":"a","kind":"text","value":" ","scope":"machine","remark":"hidden by the user's"})");
     plant(store::user, L"\xD800", REG_DWORD, one, "Größe");
     plant(store::machine, L"g", REG_MULTI_SZ, broken + zero, "Größe");
-    const program::outcome bad = run(L"settings Größe");
+    const program::result bad = run(L"settings Größe");
     EXPECT_EQ(bad.status, 1u);
     const std::string malformed = "malformed: not valid UTF-16, so the library cannot read the group\r\n";
     EXPECT_EQ(
@@ -255,7 +255,7 @@ TEST_F(Orvdiag, ListsAGroupWithAllThatIsWrongInIt) {
 }
 
 TEST_F(Orvdiag, ShowsTheLog) {
-    const program::outcome missing = run(L"log");
+    const program::result missing = run(L"log");
     EXPECT_EQ(missing.status, 1u);
     EXPECT_THAT(missing.errors, AllOf(StartsWith("orvdiag: the log file cannot be read: "), HasSubstr("(code 3)")));
     create_directories(box.folder());
@@ -278,7 +278,7 @@ TEST_F(Orvdiag, ShowsTheLog) {
         {L"--all --level warn", "de"},
     };
     for (const auto& [words, expected] : rows) {
-        const program::outcome shown = run(L"log "s + words);
+        const program::result shown = run(L"log "s + words);
         EXPECT_EQ(shown.status, 0u);
         std::istringstream lines(shown.output);
         std::string letters;
@@ -363,7 +363,7 @@ TEST_F(Login, NamesWhatIsWrongInAFolder) {
         {utils, assembly, 1, "holds another assembly, OrvelLoginClient"},
     };
     const auto look = [this] {
-        const program::outcome looked = run(L"login \"" + folder.native() + L"\"");
+        const program::result looked = run(L"login \"" + folder.native() + L"\"");
         return std::to_string(looked.status) + std::regex_replace(looked.output, std::regex(" +"), " ");
     };
     for (const auto& [file, content, status, said] : rows) {
@@ -389,7 +389,7 @@ TEST_F(Login, WritesAReportWithoutSecrets) {
         appendtofile(log, "line " + std::to_string(i) + " \xFF\n");
     }
     copy_file(built / "orvdiag.exe", profile / "orvdiag.exe");  // with nothing else there
-    const program::outcome told = program(profile / "orvdiag.exe", L"report", profile).wait();
+    const program::result told = program(profile / "orvdiag.exe", L"report", profile).wait();
     EXPECT_EQ(told.status, 0u);
     EXPECT_THAT(told.output, AllOf(HasSubstr("\\orvdiag-report.txt\r\n"), HasSubstr("personal data")));
     const std::string text = contentof(profile / "orvdiag-report.txt");
@@ -423,7 +423,7 @@ TEST_F(Login, WritesAReportWithoutSecrets) {
     EXPECT_EQ(data["facts"]["meanings"].size(), 4u);
     EXPECT_EQ(data["log"].size(), 200u);
 
-    const program::outcome refused = run(L"report \"" + folder.native() + L"\"");
+    const program::result refused = run(L"report \"" + folder.native() + L"\"");
     EXPECT_EQ(refused.status, 1u);
     EXPECT_THAT(refused.output, StartsWith("The report cannot be written to "));
 }

@@ -99,8 +99,8 @@ protected:
     Log() { box.setswitch(HKEY_CURRENT_USER, 1); }
 
     // Runs a task, which must end well although it makes its last record when the log has ended already.
-    program::outcome child(const std::wstring& task) {
-        const program::outcome run = box.run("orvsecutils_test.exe", task);
+    program::result child(const std::wstring& task) {
+        const program::result run = box.run("orvsecutils_test.exe", task);
         EXPECT_EQ(run.status, 0u) << toutf8(task);
         return run;
     }
@@ -115,7 +115,7 @@ TEST_F(Log, KeepsMessagesWholeAndLabelsLevels) {
     filehandle other(CreateFileW(box.log().c_str(), GENERIC_READ | GENERIC_WRITE | DELETE,
                                  FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS, 0,
                                  nullptr));
-    const program::outcome run = child(L"shapes");
+    const program::result run = child(L"shapes");
     other = {};
     const std::string warn = "TIME,warn" + rest, error = "TIME,error" + rest, unknown = "TIME,unknown" + rest;
     EXPECT_THAT(box.logged(),
@@ -163,7 +163,7 @@ TEST_F(Log, RecordsAreWholeOrLostWhenMemoryRunsOut) {
 
 TEST_F(Log, SaysWhenTheFileCannotBeOpened) {
     const auto expectfailure = [this](const std::string& path) {
-        const program::outcome run = child(L"one");
+        const program::result run = child(L"one");
         EXPECT_EQ(run.errors, "failed to open log file: " + path + "\r\n");
         EXPECT_THAT(sandbox::lines(run.output), ElementsAre(EndsWith(",one"))) << "the echo does not need the file";
     };
@@ -182,7 +182,7 @@ TEST_F(Log, TakesLinesOfManyThreadsAndProcesses) {
         programs.push_back(box.start("orvsecutils_test.exe", L"threads"));
     }
     for (const program& running : programs) {
-        const program::outcome run = running.wait();
+        const program::result run = running.wait();
         EXPECT_THAT(sandbox::lines(run.output), SizeIs(1000));
         EXPECT_EQ(run.errors, "");
     }

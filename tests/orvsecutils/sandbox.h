@@ -59,7 +59,7 @@ public:
         return program(executable, arguments, profile);
     }
 
-    program::outcome run(const char* executable, const std::wstring& arguments) const {
+    program::result run(const char* executable, const std::wstring& arguments) const {
         return start(executable, arguments).wait();
     }
 

@@ -30,7 +30,7 @@ inline bool eventually(const std::function<bool()>& condition) {
 /// A program under way. Its output goes to files in the folder that it works in.
 class program {
 public:
-    struct outcome {
+    struct result {
         DWORD status;
         std::string output;  ///< bytes as they are written, so with a text file's line ends
         std::string errors;
@@ -63,7 +63,7 @@ public:
         CloseHandle(info.hThread);
     }
 
-    outcome wait() const {
+    result wait() const {
         ended(INFINITE);
         return {status(), contentof(output), contentof(errors)};
     }
@@ -75,9 +75,9 @@ public:
 
     /// The exit status; STILL_ACTIVE before the end.
     DWORD status() const {
-        DWORD result = 0;
-        GetExitCodeProcess(process.get(), &result);
-        return result;
+        DWORD code = 0;
+        GetExitCodeProcess(process.get(), &code);
+        return code;
     }
 
     HANDLE handle() const { return process.get(); }

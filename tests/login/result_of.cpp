@@ -1,9 +1,9 @@
-#include "outcome.h"
+#include "result_of.h"
 
 #include "login/LoginManagerClient.h"
 #include "orvsecutils/platform/unicode.h"
 
-std::string outcome(const std::function<std::wstring()>& call) {
+std::string resultOf(const std::function<std::wstring()>& call) {
     try {
         return orvsecutils::toutf8(call());
     } catch (loginManagerException* report) {
