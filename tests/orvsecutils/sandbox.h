@@ -14,20 +14,16 @@ struct digitgrouping : std::numpunct<char> {
     std::string do_grouping() const override { return "\1"; }
 };
 
-/// A profile folder and a logging switch of the test's own, for the programs that it starts. Restores what it changes;
-/// a session lock lets only one test program have it at a time. The profile folder moves under Wine only.
+/// A profile folder and a logging switch of the test's own, for the programs that it starts. Restores what it changes.
+/// Both belong to the user, so no other test that reads them may run meanwhile. The profile moves under Wine only.
 class sandbox {
 public:
-    sandbox() : sessionlock(CreateMutexW(nullptr, FALSE, L"orvsecutils.tests.sandbox")) {
-        WaitForSingleObject(sessionlock.get(), INFINITE);
-        moveprofile(profile);
-    }
+    sandbox() { moveprofile(profile); }
 
     ~sandbox() {
         clearswitch(HKEY_CURRENT_USER);
         clearswitch(HKEY_LOCAL_MACHINE);
         RegDeleteKeyValueW(HKEY_CURRENT_USER, shellfolders, profileid);
-        ReleaseMutex(sessionlock.get());
     }
 
     sandbox(const sandbox&) = delete;
@@ -85,7 +81,6 @@ private:
         L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
     static constexpr wchar_t profileid[] = L"{5E6C858F-0E22-4760-9AFE-EA3317B67173}";
 
-    orvsecutils::kernelhandle sessionlock;
     const temporary_folder temporary;
     const std::filesystem::path& profile = temporary.path;
 };
