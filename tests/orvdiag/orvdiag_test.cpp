@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "orvsecutils/log/appendfile.h"
+#include "orvsecutils/platform/platform.h"
 #include "orvsecutils/platform/unicode.h"
 #include "tests/orvsecutils/sandbox.h"
 #include "tests/support/rawkey.h"
@@ -100,7 +101,8 @@ TEST(FileTail, LosesNothingToDeletionRenamingReplacementAndEmptying) {
     const std::string longer = "in place of the last, and longer than that\n";
     std::ofstream(other) << longer;
     std::ofstream(leftbehind) << "by a process that was ended";
-    filetail tail(path, true);
+    auto owner = std::make_unique<filetail>(path, true);
+    filetail& tail = *owner;
     EXPECT_FALSE(exists(leftbehind));
     EXPECT_NE(tail.begin(9), 0u);
     const std::pair<std::function<void()>, std::string> rows[] = {
@@ -122,14 +124,21 @@ TEST(FileTail, LosesNothingToDeletionRenamingReplacementAndEmptying) {
         EXPECT_EQ(text, expected);
     }
     // A program that opened the file before it went away writes to it only afterwards.
-    const orvsecutils::filehandle late(CreateFileW(file.c_str(), FILE_APPEND_DATA,
-                                                   FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                                   OPEN_EXISTING, 0, nullptr));
+    orvsecutils::filehandle late(CreateFileW(file.c_str(), FILE_APPEND_DATA,
+                                             FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                             OPEN_EXISTING, 0, nullptr));
     fs::rename(file, folder.path / "older");
     EXPECT_EQ(tail.next(), "");
     DWORD written = 0;
     WriteFile(late.get(), "late\n", 5, &written, nullptr);
     EXPECT_EQ(tail.next(), "late\n");
+    late = {};
+    appendtofile(path, "new\n");
+    EXPECT_EQ(tail.next() + tail.next(), "new\n");
+    const auto names = [&folder] { return std::distance(fs::directory_iterator(folder.path), {}); };
+    const auto following = names();
+    owner.reset();
+    EXPECT_EQ(names(), following - 1) << "the tail's own name for the file goes";
 }
 
 const std::string one("\1\0\0\0", 4);
@@ -409,18 +418,28 @@ TEST_F(Login, WritesAReportWithoutSecrets) {
     const json data = json::parse(contentof(profile / "other.json"));
     EXPECT_EQ(data["login"]["verdict"], "Everything is in its place.");
     EXPECT_EQ(data["settings"][1]["value"], "(hidden)");
-    const std::pair<const char*, std::string> facts[] = {{"computername", std::getenv("COMPUTERNAME")},
-                                                         {"username", std::getenv("USERNAME")},
-                                                         {"localappdatafolder", std::getenv("LOCALAPPDATA")},
-                                                         {"roamingappdatafolder", std::getenv("APPDATA")},
-                                                         {"programfilesfolder", std::getenv("ProgramFiles")},
-                                                         {"publicfolder", std::getenv("PUBLIC")},
+    const orvsecutils::platform& here = orvsecutils::currentplatform();
+    const std::pair<const char*, std::string> facts[] = {{"uilanguage", std::to_string(here.uilanguage())},
+                                                         {"computername", here.computername()},
+                                                         {"username", here.username()},
+                                                         {"osversion", here.osversion()},
+                                                         {"languageids", here.languageids()},
+                                                         {"processorinfo", here.processorinfo()},
+                                                         {"profilefolder", toutf8(profile.native())},
                                                          {"executablename", "orvdiag.exe"},
-                                                         {"profilefolder", toutf8(profile.native())}};
+                                                         {"defaultsettingsroot", here.defaultsettingsroot()},
+                                                         {"executablefolder", here.executablefolder()},
+                                                         {"localappdatafolder", here.localappdatafolder()},
+                                                         {"roamingappdatafolder", here.roamingappdatafolder()},
+                                                         {"programfilesfolder", here.programfilesfolder()},
+                                                         {"programfilesx86folder", here.programfilesx86folder()},
+                                                         {"macaddress", here.macaddress()},
+                                                         {"publicfolder", here.publicfolder()}};
     for (const auto& [fact, value] : facts) {
-        EXPECT_TRUE(samebutcase(data["facts"][fact].get<std::string>(), value)) << fact;
+        EXPECT_EQ(data["facts"][fact], value) << fact;
     }
-    EXPECT_EQ(data["facts"]["meanings"].size(), 4u);
+    EXPECT_EQ(data["facts"]["meanings"]["languageids"], localeswords(here.languageids()));
+    EXPECT_EQ(data["facts"].size(), std::size(facts) + 1);
     EXPECT_EQ(data["log"].size(), 200u);
 
     const program::result refused = run(L"report \"" + folder.native() + L"\"");
