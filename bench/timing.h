@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <functional>
 #include <vector>
 
@@ -32,4 +33,17 @@ inline std::vector<double> medianNanoseconds(int rounds, int calls,
         medians.push_back(sample[sample.size() / 2]);
     }
     return medians;
+}
+
+/// Microseconds since the system began to start this process.
+inline int microsecondsSinceStart() {
+    FILETIME created;
+    FILETIME ignored;
+    FILETIME now;
+    GetProcessTimes(GetCurrentProcess(), &created, &ignored, &ignored, &ignored);
+    GetSystemTimePreciseAsFileTime(&now);
+    const auto ticks = [](const FILETIME& time) {
+        return (std::uint64_t(time.dwHighDateTime) << 32) | time.dwLowDateTime;
+    };
+    return static_cast<int>((ticks(now) - ticks(created)) / 10);
 }

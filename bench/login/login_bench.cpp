@@ -184,15 +184,7 @@ int childFirstCall(const char* what) {
     } else if (std::strcmp(what, "runtime") == 0) {
         execute(L"Bench.Runtime", L"Start", L"");
     }
-    FILETIME created;
-    FILETIME ignored;
-    FILETIME now;
-    GetProcessTimes(GetCurrentProcess(), &created, &ignored, &ignored, &ignored);
-    GetSystemTimePreciseAsFileTime(&now);
-    const auto ticks = [](const FILETIME& time) {
-        return (std::uint64_t(time.dwHighDateTime) << 32) | time.dwLowDateTime;
-    };
-    return static_cast<int>((ticks(now) - ticks(created)) / 10);
+    return microsecondsSinceStart();
 }
 
 // Milliseconds that a program beside this one gives as microseconds.
