@@ -5,7 +5,6 @@
 #include "orvsecutils/platform/platform.h"
 #include "orvsecutils/platform/unicode.h"
 #include "tests/orvsecutils/sandbox.h"
-#include "tests/support/rawkey.h"
 #include "tools/orvdiag/commandline.h"
 #include "tools/orvdiag/facts.h"
 #include "tools/orvdiag/filetail.h"
@@ -147,8 +146,6 @@ const std::string broken = bytesof(L"x\xDC00\0"sv);
 
 class Orvdiag : public Test {
 protected:
-    ~Orvdiag() override { removecompany(L"Orvel"); }
-
     program::result run(const std::wstring& words) { return box.run("orvdiag.exe", words); }
 
     void plant(store place, const wchar_t* name, DWORD type, const std::string& data, const char* group = "Debug") {
@@ -344,6 +341,8 @@ TEST_F(Login, NamesWhatIsWrongInAFolder) {
     const char* const libgcc = "libgcc_s_dw2-1.dll";
     const char* const libcpp = "libstdc++-6.dll";
     const std::string assembly = contentof(built / client);
+    std::string later = assembly;
+    later[later.find("\x22\0\0\0\0\0\xCE\x13"s)] = 35;
     const std::string native = contentof(built / library);
     const std::string othergcc = std::regex_replace(contentof(built / libgcc), std::regex("U\\) 12-"), "U) 99-");
     // A file's content, empty for none, with the exit status and what is said of it.
@@ -365,8 +364,12 @@ TEST_F(Login, NamesWhatIsWrongInAFolder) {
         {part, "", 1, "\\OrvelLoginClient.dll file version 34.0.0.5070; not opened, as the managed part does not run"},
         {part, "text", 1, "FAIL .NET Framework runtime v4.0.30319 not tried: the managed part is damaged\r\n"},
         {client, assembly.substr(0, assembly.size() - 1), 1, "OrvelLoginClient.dll is cut short: "},
+        {client, later, 0,
+         "\nwarn OrvelLoginManagerClient\\OrvelLoginClient.dll file version 34.0.0.5070; assembly version 35.0.0.5070 "
+         "instead of 34.0.0.5070; has all 22 members that the library calls\r\n"},
         {client, contentof(OLD_MANAGER), 1,
          "33.1.0.0 instead of 34.0.0.5070; lacks LoginManagerClient: LoginResponse login(), L"},
+        {"OrvelLoginManagerClient", "", 1, "FAIL OrvelLoginManagerClient\\OrvelLoginClient.dll is missing\r\n"},
         {utils, "", 1, "; cannot be used by the runtime: System.IO.FileNotFoundException"},
         {utils, native, 1, "\\loginManagerUtils.dll is not a managed assembly\r\n"},
         {utils, assembly, 1, "holds another assembly, OrvelLoginClient"},
@@ -414,6 +417,7 @@ TEST_F(Login, WritesAReportWithoutSecrets) {
     }
     EXPECT_THAT(text, AllOf(Not(HasSubstr("hush")), Not(HasSubstr("line 150"))));
 
+    std::ofstream(profile / "other.json") << std::string(1000000, 'x');
     EXPECT_EQ(run(L"report --json other.json \"" + folder.native() + L"\"").status, 0u);
     const json data = json::parse(contentof(profile / "other.json"));
     EXPECT_EQ(data["login"]["verdict"], "Everything is in its place.");

@@ -13,6 +13,7 @@
 #include "tests/orvsecutils/sandbox.h"
 
 using namespace orvsecutils;
+using namespace std::string_view_literals;
 using namespace testing;
 
 namespace {
@@ -54,7 +55,7 @@ void shapes(int) {
 // Whatever the store says later, the answer of the first record stays.
 void change(int on) {
     one(0);
-    RegDeleteKeyValueW(HKEY_CURRENT_USER, sandbox::switchkey, L"malformed");
+    rawkey(HKEY_CURRENT_USER, view64, sandbox::switchkey).write(L"malformed", REG_DWORD, "");
     debugsettings group;
     group.setbool(debugsettings::loggingname, on != 0);
     group.save();
@@ -129,7 +130,7 @@ TEST_F(Log, KeepsMessagesWholeAndLabelsLevels) {
 
 TEST_F(Log, ObeysTheSwitchAlone) {
     EXPECT_TRUE(debugsettings().logging());
-    box.clearswitch(HKEY_CURRENT_USER);
+    removecompany(L"Orvel");
     EXPECT_FALSE(debugsettings().logging());
     box.setswitch(HKEY_LOCAL_MACHINE, 2);
     EXPECT_TRUE(debugsettings().logging());
@@ -147,8 +148,7 @@ TEST_F(Log, KeepsTheFirstAnswerOfAProcess) {
     EXPECT_THAT(sandbox::lines(child(L"change 0").output), ElementsAre(EndsWith(",info" + rest + "one")));
     EXPECT_THAT(box.logged(), SizeIs(2)) << "the second one without a standard output";
     // A malformed value counts as off, also after it has been mended.
-    const wchar_t malformed[] = L"\xD800";
-    RegSetKeyValueW(HKEY_CURRENT_USER, sandbox::switchkey, L"malformed", REG_SZ, malformed, sizeof malformed);
+    rawkey(HKEY_CURRENT_USER, view64, sandbox::switchkey).write(L"malformed", REG_SZ, bytesof(L"\xD800\0"sv));
     EXPECT_EQ(child(L"change 1").output, "");
     EXPECT_TRUE(debugsettings().logging());
     EXPECT_THAT(box.logged(), SizeIs(2));
@@ -173,6 +173,8 @@ TEST_F(Log, SaysWhenTheFileCannotBeOpened) {
     std::ofstream(box.folder()) << "in the way";
     expectfailure("");
     box.moveprofile(box.folder() / "missing");
+    expectfailure("");
+    box.moveprofile(box.folder() / std::string(255 - box.folder().native().size(), 'p'));  // too long to append to
     expectfailure("");
 }
 

@@ -5,8 +5,8 @@
 #include <locale>
 #include <regex>
 
-#include "orvsecutils/platform/windows/handles.h"
 #include "tests/support/program.h"
+#include "tests/support/rawkey.h"
 #include "tests/support/temporary_folder.h"
 
 /// Separates all digits, so that a number that goes through the host's locale is found out.
@@ -21,8 +21,7 @@ public:
     sandbox() { moveprofile(profile); }
 
     ~sandbox() {
-        clearswitch(HKEY_CURRENT_USER);
-        clearswitch(HKEY_LOCAL_MACHINE);
+        removecompany(L"Orvel");
         RegDeleteKeyValueW(HKEY_CURRENT_USER, shellfolders, profileid);
     }
 
@@ -35,17 +34,7 @@ public:
     }
 
     void setswitch(HKEY hive, DWORD value, DWORD type = REG_DWORD) {
-        HKEY key = nullptr;
-        RegCreateKeyExW(hive, switchkey, 0, nullptr, 0, KEY_WRITE | KEY_WOW64_64KEY, nullptr, &key, nullptr);
-        const orvsecutils::registrykey owner(key);
-        RegSetValueExW(key, L"Logging", 0, type, reinterpret_cast<const BYTE*>(&value), sizeof value);
-    }
-
-    void clearswitch(HKEY hive) {
-        // A key that has other keys in it stays.
-        for (const wchar_t* path : {switchkey, L"software\\Orvel\\LoginManager", L"software\\Orvel"}) {
-            RegDeleteKeyExW(hive, path, KEY_WOW64_64KEY, 0);
-        }
+        rawkey(hive, view64, switchkey).write(L"Logging", type, {reinterpret_cast<char*>(&value), sizeof value});
     }
 
     std::filesystem::path folder() const { return profile / "Orvel" / "LoginManager"; }
@@ -59,7 +48,7 @@ public:
         return start(executable, arguments).wait();
     }
 
-    static constexpr wchar_t switchkey[] = L"software\\Orvel\\LoginManager\\Debug";
+    static constexpr char switchkey[] = "software\\Orvel\\LoginManager\\Debug";
 
     /// The lines of the log, with TIME for each time of the right form.
     std::vector<std::string> logged() const {

@@ -2,8 +2,7 @@
 
 #include <windows.h>
 
-#include <gtest/gtest.h>
-
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -30,7 +29,9 @@ struct rawkey {
     void write(const std::wstring& name, DWORD type, std::string bytes) const {
         const auto size = static_cast<DWORD>(bytes.size());
         bytes += "\x7F\x7F\x7F";  // the system would add a terminator that it happens to find behind the data
-        ASSERT_EQ(RegSetValueExW(key.get(), name.c_str(), 0, type, reinterpret_cast<BYTE*>(bytes.data()), size), 0);
+        if (RegSetValueExW(key.get(), name.c_str(), 0, type, reinterpret_cast<BYTE*>(bytes.data()), size) != 0) {
+            throw std::runtime_error("the value cannot be written");
+        }
     }
 
     /// "type:bytes" of a value, or ":" without one.
