@@ -206,6 +206,28 @@ TEST(Copies, ComeAndGoInAProcessOfTheCompilersRuntime) {
     }
 }
 
+// The members of the class's DLL have the convention of a fast call whose second argument is not used.
+using Construct = void __fastcall(void*, int, void (*)(), void (*)(), int);
+using Member = void __fastcall(void*, int);
+const char* const construct = "_ZN18LoginManagerClientC1EPFvvES1_6uiLang";
+const char* const stopDNMListener = "_ZN18LoginManagerClient15stopDNMListenerEv";
+
+TEST(Copies, CanBeUnloadedUntilTheManagedSideMayCallBack) {
+    for (const bool withManager : {false, false, true, true}) {
+        // The path is one that the runtime itself would reject.
+        const HMODULE library =
+            LoadLibraryW((L"\\\\?\\" + (program::ownfolder() / L"orvellogin.dll").native()).c_str());
+        alignas(8) unsigned char client[64];
+        function<Construct>(library, construct)(client, 0, nullptr, nullptr, 0);
+        if (withManager) {
+            function<Member>(library, stopDNMListener)(client, 0);
+        }
+        function<Member>(library, "_ZN18LoginManagerClientD1Ev")(client, 0);
+        FreeLibrary(library);
+        EXPECT_EQ(GetModuleHandleW(L"orvellogin.dll") != nullptr, withManager);
+    }
+}
+
 TEST(Copies, EachGoOnAfterTheOthersAndACollection) {
     SetEnvironmentVariableW(L"ORVEL_STANDIN", L"stopDNMListener=collect");
     const HMODULE copy = LoadLibraryW(COPY);
@@ -215,17 +237,13 @@ TEST(Copies, EachGoOnAfterTheOthersAndACollection) {
                                                                                &clients[1], nullptr),
               orvellogin_ok);
     const auto stopOfCopy = function<decltype(orvellogin_stopDNMListener)>(copy, "orvellogin_stopDNMListener");
-    // And the class's DLL, by the decorated names of its members, whose convention is that of a fast call.
     const HMODULE ofClass = LoadLibraryW(L"orvellogin.dll");
     alignas(8) unsigned char object[64];
-    function<void __fastcall(void*, int, void (*)(), void (*)(), int)>(
-        ofClass, "_ZN18LoginManagerClientC1EPFvvES1_6uiLang")(object, 0, nullptr, nullptr, 0);
-    const auto stopOfClass =
-        function<void __fastcall(void*, int)>(ofClass, "_ZN18LoginManagerClient15stopDNMListenerEv");
+    function<Construct>(ofClass, construct)(object, 0, nullptr, nullptr, 0);
     for (int round = 0; round < 3; ++round) {
         EXPECT_EQ(orvellogin_stopDNMListener(clients[0], nullptr), orvellogin_ok);
         EXPECT_EQ(stopOfCopy(clients[1], nullptr), orvellogin_ok);
-        stopOfClass(object, 0);
+        function<Member>(ofClass, stopDNMListener)(object, 0);
     }
 }
 

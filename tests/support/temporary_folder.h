@@ -14,7 +14,7 @@ public:
         // A process's number comes again soon, and a test that crashed may have left its folder.
         : path(std::filesystem::temp_directory_path() /
                (L"orvel ñ 日本 вход \xD83D\xDE00 " + std::to_wstring(GetCurrentProcessId()) + L"-" +
-                std::to_wstring(GetTickCount64()) + L"-" + std::to_wstring(next()))) {
+                std::to_wstring(GetTickCount64()) + L"-" + std::to_wstring(++count))) {
         if (!std::filesystem::create_directory(path)) {
             throw std::runtime_error("the temporary folder is there already");
         }
@@ -34,8 +34,5 @@ public:
     const std::filesystem::path path;
 
 private:
-    static int next() {
-        static int count = 0;
-        return ++count;
-    }
+    static inline int count = 0;
 };
