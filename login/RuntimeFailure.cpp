@@ -12,7 +12,7 @@ namespace OrvelLoginClientCLR {
 
 namespace {
 
-// Lone surrogates, which a managed message may hold, become U+FFFD.
+// Lone surrogates, which a managed message may contain, become U+FFFD.
 std::string toUtf8(const std::wstring& text) {
     const int units = static_cast<int>(text.size());
     const int bytes = WideCharToMultiByte(CP_UTF8, 0, text.data(), units, nullptr, 0, nullptr, nullptr);
@@ -26,7 +26,7 @@ struct Meaning {
     const wchar_t* words;
 };
 
-// What the codes that occur most in the field mean to the person who has to mend the machine.
+// The most frequent codes, explained for the person who has to repair the machine.
 
 constexpr Meaning startMeanings[] = {
     {CLR_E_SHIM_RUNTIMELOAD, L"the .NET Framework 4 is not installed or cannot be loaded"},
