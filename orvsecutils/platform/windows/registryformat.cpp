@@ -6,7 +6,7 @@ namespace orvsecutils {
 
 namespace {
 
-// Whether the data is whole units, the last `zeros` of them zero.
+// Whether the data consists of whole UTF-16 units, the last `zeros` of which are zero.
 bool endsin(std::size_t zeros, const wchar_t* data, std::size_t bytes) {
     const std::size_t units = bytes / sizeof(wchar_t);
     if (bytes % sizeof(wchar_t) != 0 || units < zeros) {
