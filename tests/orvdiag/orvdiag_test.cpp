@@ -27,7 +27,7 @@ const fs::path built = program::ownfolder();
 TEST(CommandLine, RunsShowsOrComplains) {
     // How what is shown starts, and a complaint behind a stroke.
     const std::pair<const char*, const char*> rows[] = {
-        {"", "orvdiag looks at"},
+        {"", "Shows what the Orvel"},
         {"help settings", "a settings group"},
         {"log /?", "where the log file is"},
         {"--version", "orvdiag " ORVDIAG_VERSION "\n"},

@@ -25,7 +25,7 @@ constexpr char managerversion[] = "34.0.0.5070";
 constexpr char managedpart[] = "OrvelLoginClientCLR.dll";
 constexpr const char* assemblies[] = {"OrvelLoginClient", "loginManagerUtils"};
 
-// The library's two forms, each by a function that only it exports.
+// The library's two DLLs. `exported` is a function that only this DLL exports, to identify it.
 struct form {
     const char* file;
     const char* exported;
@@ -41,7 +41,7 @@ struct finding {
     grade result;
     std::string text;
 
-    // The worst grade counts, and all texts are shown.
+    // Keeps the worst grade and all texts.
     void add(grade worse, const std::string& more) {
         result = std::max(result, worse);
         text += (text.empty() || more.empty() ? "" : "; ") + more;
@@ -50,7 +50,7 @@ struct finding {
 
 struct file {
     finding found;
-    std::string version;  // of its resource
+    std::string version;  // from its version resource
     std::string gcc;
     std::size_t bytes;
 
@@ -115,7 +115,7 @@ private:
         return result;
     }
 
-    // The library in one of its forms with what that needs. Returns its version.
+    // Checks one of the library's DLLs and the runtime DLLs that it needs. Returns its version.
     std::string checklibrary(const form& which) {
         file library = look(which.file, false);
         if (library.good()) {
@@ -131,7 +131,7 @@ private:
                     runtime.found.add(grade::warn,
                                       "of another GCC (" + runtime.gcc + ") than the library (" + library.gcc + ")");
                 } else if (runtime.good() && runtime.bytes != shipped.bytes) {
-                    // Not every file tells its compiler.
+                    // The size is compared because not every DLL names its compiler.
                     runtime.found.add(grade::warn, "not the file that ships with the library but one of another GCC: " +
                                                        std::to_string(runtime.bytes) + " bytes instead of " +
                                                        std::to_string(shipped.bytes));
@@ -168,7 +168,7 @@ private:
         }
     }
 
-    // What the managed part says of one assembly.
+    // Adds what the managed part reports about one assembly. For the format of `lines` see login/managed/Inspection.cs.
     static void interpret(const std::string& name, const std::string& lines, const std::filesystem::path& expected,
                           finding& found) {
         std::string lacking;
