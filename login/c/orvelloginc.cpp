@@ -156,6 +156,7 @@ void describe(orvellogin_failure* failure, int code, HRESULT hresult, const std:
     }
 }
 
+// For ASCII texts, whose bytes are also UTF-16 units.
 void describe(orvellogin_failure* failure, int code, HRESULT hresult, const std::string& text) {
     describe(failure, code, hresult, std::wstring(), std::wstring(text.begin(), text.end()), text.c_str());
 }
@@ -306,6 +307,7 @@ orvellogin_result handOver(const orvellogin_client& client, ManagedRecord& from,
     if (!from.present) {
         return reported(failure, statusCodeNoResponse);
     }
+    // Checked before anything is stored, so that a failure leaves every field null.
     for (const Field& field : fields) {
         if ((from.*field.managers).isNull() && field.null == Null::failure) {
             return failed(failure, nullStringFailure());

@@ -38,6 +38,7 @@ void settings::load() {
 }
 
 const setting* settings::find(std::string_view name) const {
+    // Stops at the user's value even if the caller cannot use its kind: the user's values hide the machine's.
     for (const settingsmap* scope : {&user, &machine}) {
         const auto entry = scope->find(name);
         if (entry != scope->end()) {

@@ -135,7 +135,7 @@ void parser::addcommands() {
         ->excludes(lines);
     added->add_option("--level", values->log.filter.levels, "records of this level only: info, warn, error or unknown")
         ->check(CLI::IsMember({"info", "warn", "error", "unknown"}))
-        ->expected(1)
+        ->expected(1)  // per --level, so that the option does not take the arguments after it too
         ->take_all();
     added->add_option("--program", values->log.filter.program, "records of this program only, for example host.exe")
         ->check(notempty);
@@ -168,7 +168,7 @@ void parser::addcommands() {
 }  // namespace
 
 request parse(std::vector<std::string> words) {
-    if (!words.empty() && words.front() == "help") {
+    if (!words.empty() && words.front() == "help") {  // help COMMAND becomes COMMAND --help
         words.erase(words.begin());
         words.push_back("--help");
     }

@@ -97,7 +97,7 @@ std::string registered(const wchar_t* path, const wchar_t* name) {
     RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, KEY_READ | KEY_WOW64_64KEY, &opened);
     const orvsecutils::registrykey key(opened);
     wchar_t data[256] = {};
-    DWORD bytes = sizeof data - sizeof *data;
+    DWORD bytes = sizeof data - sizeof *data;  // the last unit stays zero, because the text may lack a terminator
     DWORD type = REG_NONE;
     if (!key || RegQueryValueExW(key.get(), name, nullptr, &type, reinterpret_cast<BYTE*>(data), &bytes) != 0) {
         return std::string();
@@ -225,6 +225,7 @@ answer systemversions() {
                                      {"update revision ", L"UBR"}})},
         {".NET Framework 4", joined(framework, {{"", L"Version"}, {"release ", L"Release"}})},
         {"its clr.dll", version(L"\\Microsoft.NET\\Framework\\v4.0.30319\\clr.dll")},
+        // The 32-bit file: on 64-bit Windows the system redirects this 32-bit process to SysWOW64.
         {"mscoree.dll", version(L"\\System32\\mscoree.dll")},
     };
     answer result = {0, table(rows), json::object()};

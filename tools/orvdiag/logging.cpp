@@ -51,7 +51,7 @@ std::vector<std::string> surprises(const std::vector<storedvalue>& rows) {
         if (row.place == store::machine32) {
             sentences.push_back(start + " lies in the 32-bit view of the registry: the library reads the 64-bit view.");
         } else if (row.name != wanted) {
-            sentences.push_back(start + " is spelled in another way: the library reads " + quoted(wanted) +
+            sentences.push_back(start + " is spelled differently: the library reads " + quoted(wanted) +
                                 " only, so delete it.");
         } else if (row.kind != "number") {
             sentences.push_back(start + " is not a number (REG_DWORD) but of the kind " + row.kind +
@@ -82,7 +82,7 @@ std::string reason(const std::vector<storedvalue>& rows, bool groupread) {
 
 std::string logobstacle(const std::string& path) {
     if (path.empty()) {
-        return "Windows names no profile folder for this user";
+        return "Windows reports no profile folder for this user";
     }
     const std::filesystem::path file = toutf16(path);
     const auto open = [](const std::filesystem::path& name, DWORD access, DWORD disposition, DWORD flags) {

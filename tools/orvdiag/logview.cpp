@@ -64,7 +64,7 @@ std::string filtered(std::string_view text, recordfilter& filter) {
 }
 
 std::string whynot(const std::string& path, unsigned long failure) {
-    return path.empty() ? "there is no log file: Windows names no profile folder for this user"
+    return path.empty() ? "there is no log file: Windows reports no profile folder for this user"
                         : "the log file cannot be read: " + systemwords(failure);
 }
 

@@ -34,6 +34,7 @@ std::vector<store> stores() {
                          : std::vector{store::user, store::machine};
 }
 
+// The user's hive has only one view, so there the view's flag has no effect.
 registrykey open(store place, const std::string& group) {
     HKEY key = nullptr;
     RegOpenKeyExW(place == store::user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE,
@@ -107,7 +108,7 @@ void addvalues(const std::string& group, store place, std::vector<storedvalue>& 
         return;
     }
     std::vector<wchar_t> name(namebufferunits);
-    std::vector<wchar_t> data(longest / sizeof(wchar_t) + 1);
+    std::vector<wchar_t> data(longest / sizeof(wchar_t) + 1);  // one more unit, because sizes may be odd
     for (DWORD index = 0;; ++index) {
         DWORD units = namebufferunits;
         DWORD type = REG_NONE;

@@ -13,7 +13,7 @@
 #elif !defined(__MINGW32__) || !defined(__i386__) || defined(__USING_SJLJ_EXCEPTIONS__) || \
     !defined(_GLIBCXX_USE_CXX11_ABI) || !_GLIBCXX_USE_CXX11_ABI
 #error \
-    "orvellogin.dll's class is for mingw-w64's g++ for i686 alone, with dw2 exceptions and the new std::wstring. \
+    "orvellogin.dll's class is only for mingw-w64's g++ for i686, with dw2 exceptions and the new std::wstring. \
 Use the header-only class, which has the same name: link orvellogin::client, or put the folder include/client before include."
 #else
 #define ORVELLOGIN_API __declspec(dllimport)

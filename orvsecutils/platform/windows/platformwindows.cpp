@@ -33,7 +33,7 @@ std::string commaseparated(std::initializer_list<DWORD> numbers) {
 std::string knownfolder(const KNOWNFOLDERID& id) {
     wchar_t* path = nullptr;
     const HRESULT result = SHGetKnownFolderPath(id, 0, nullptr, &path);
-    const comallocatedtext owner(path);
+    const comallocatedtext owner(path);  // to be freed even after a failure
     return SUCCEEDED(result) ? toutf8(path) : std::string();
 }
 
@@ -103,7 +103,7 @@ std::string platformwindows::computername() const {
 }
 
 std::string platformwindows::username() const {
-    wchar_t name[256];
+    wchar_t name[256];  // with the terminator; longer names are returned as empty
     DWORD units = 256;
     return GetUserNameW(name, &units) ? toutf8(name) : std::string();
 }
@@ -200,7 +200,7 @@ int platformwindows::runprocess(const std::string& file, const std::vector<std::
     DWORD exitcode = static_cast<DWORD>(-1);
     // Deliberately never closed, so that the launched process's identifier is not reused while this process lives.
     const HANDLE processleftopen = launch.hProcess;
-    if (processleftopen) {
+    if (processleftopen) {  // null also if a program that was already running opens the document
         WaitForSingleObject(processleftopen, INFINITE);
         GetExitCodeProcess(processleftopen, &exitcode);
     }
@@ -292,6 +292,7 @@ bool platformwindows::serviceconfig(const std::string& service, serviceconfigura
         GetLastError() != ERROR_INSUFFICIENT_BUFFER) {
         return false;
     }
+    // One block of more than the structure's size: its texts follow it.
     const localmemory<QUERY_SERVICE_CONFIGW> record(static_cast<QUERY_SERVICE_CONFIGW*>(LocalAlloc(LMEM_FIXED, bytes)));
     if (!record || !QueryServiceConfigW(handle.get(), record.get(), bytes, &bytes)) {
         return false;
