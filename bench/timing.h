@@ -7,8 +7,8 @@
 #include <functional>
 #include <vector>
 
-/// Nanoseconds per call of each of several things, measured side by side: they take turns in every round, so that what
-/// the machine does meanwhile hits all of them, and each one's median over the rounds counts.
+/// Measures several functions against each other. Returns the nanoseconds per call for each, as the median over the
+/// rounds. All functions run in every round, so that other load on the machine affects all of them alike.
 inline std::vector<double> medianNanoseconds(int rounds, int calls,
                                              const std::vector<std::function<void(int)>>& things) {
     LARGE_INTEGER frequency;
@@ -21,7 +21,7 @@ inline std::vector<double> medianNanoseconds(int rounds, int calls,
             QueryPerformanceCounter(&from);
             things[i](calls);
             QueryPerformanceCounter(&to);
-            if (round > 0) {  // the first warms up
+            if (round > 0) {  // the first round is a warm-up
                 samples[i].push_back(1e9 * static_cast<double>(to.QuadPart - from.QuadPart) /
                                      static_cast<double>(frequency.QuadPart) / calls);
             }

@@ -1,5 +1,5 @@
-# The compiler's runtime DLLs, stripped, beside what is built: an exception crosses from the library to its host only if
-# both use the same shared libgcc and libstdc++.
+# Copies the compiler's runtime DLLs, stripped, beside the binaries: exceptions can cross from the library to its host only
+# if both use the same shared libgcc and libstdc++.
 
 set_property(GLOBAL PROPERTY orvellogin_compiler_version ${CMAKE_CXX_COMPILER_VERSION})
 get_property(compiler_runtime GLOBAL PROPERTY orvellogin_compiler_runtime)
@@ -19,7 +19,7 @@ foreach(name IN LISTS compiler_runtime)
 endforeach()
 add_custom_target(compiler_runtime DEPENDS ${runtime_files})
 
-# The same list for C++: #include "compiler_runtime.h".
+# The same list for C++ tests: #include "compiler_runtime.h".
 list(JOIN compiler_runtime "\", \"" names)
 file(CONFIGURE OUTPUT ${orvellogin_BINARY_DIR}/generated/compiler_runtime.h CONTENT [[
 #pragma once

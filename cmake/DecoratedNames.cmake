@@ -1,4 +1,4 @@
-# cmake -DFROM=... -DTO=... -DDLL=... -P: turns the linker's list of exports, "name = name@4 @1", into a module definition
+# cmake -DFROM=... -DTO=... -DDLL=... -P: converts the linker's list of exports, "name = name@4 @1", to a module definition
 # file with the decorated names.
 file(STRINGS ${FROM} lines REGEX " = ")
 list(TRANSFORM lines REPLACE "^ *[^ ]+ = ([^ ]+).*" "    \\1")

@@ -1,11 +1,11 @@
-# What must lie beside a program that uses the library. The library's own build and its package both include this.
-# Properties, not variables: a function is called in its caller's scope, where the variables of this file may be unknown.
+# Copies the files that a program needs beside it to use the library. Both the library's own build and its package include
+# this. It uses global properties, because a function runs in its caller's scope and may not see this file's variables.
 
-# The compiler's runtime DLLs, which orvellogin.dll and its host share.
+# The compiler's runtime DLLs, which orvellogin.dll shares with its host.
 set_property(GLOBAL PROPERTY orvellogin_compiler_runtime libgcc_s_dw2-1.dll libstdc++-6.dll libwinpthread-1.dll)
 
-# orvellogin_deploy(TARGET): after each build, puts beside a program the DLLs that it needs of the library's, by what the
-# program links, itself or through other targets. The login manager's own folder, OrvelLoginManagerClient, is yours to add.
+# orvellogin_deploy(TARGET): after each build, copies the library's DLLs that the program needs beside it. These depend on the
+# targets that the program links, directly or indirectly. Add the login manager's folder, OrvelLoginManagerClient, yourself.
 function(orvellogin_deploy target)
   foreach(library orvellogin::orvellogin orvellogin::c)
     if(NOT TARGET ${library})
@@ -30,7 +30,7 @@ function(orvellogin_deploy target)
   endforeach()
 endfunction()
 
-# A host built by a newer g++ than the library needs its own compiler's runtime, which serves the library too.
+# A host built by a newer g++ than the library needs its own compiler's runtime, which also works for the library.
 function(orvellogin_newer_runtime result name)
   set(path "")
   get_property(library_compiler GLOBAL PROPERTY orvellogin_compiler_version)

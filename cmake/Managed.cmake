@@ -3,14 +3,15 @@
 find_program(CSHARP_COMPILER NAMES mcs csc REQUIRED)
 
 # add_managed(TARGET OUTPUT folder SOURCES file... [NAME name] [REFERENCES target...] [DEFINES symbol...])
-# Builds an assembly, called like the target unless told, into a folder. A reference is the target of another one.
+# Builds an assembly into a folder. It has the name of the target unless NAME is given. REFERENCES are targets of other
+# assemblies.
 function(add_managed target)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "OUTPUT;NAME" "SOURCES;REFERENCES;DEFINES")
   if(NOT arg_NAME)
     set(arg_NAME ${target})
   endif()
   set(file ${arg_OUTPUT}/${arg_NAME}.dll)
-  # Sources that configure made have full paths already.
+  # Generated sources already have full paths.
   set(sources)
   foreach(source IN LISTS arg_SOURCES)
     cmake_path(ABSOLUTE_PATH source BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR})
@@ -26,7 +27,7 @@ function(add_managed target)
     list(APPEND reference_options -r:${path})
   endforeach()
   list(TRANSFORM arg_DEFINES PREPEND -define:)
-  # Not in the package: there the assemblies are the host's own affair.
+  # The script is not part of the package, where assemblies need not be reproducible.
   set(identify ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/deterministic-assembly.py)
   set(identity)
   if(EXISTS ${identify})

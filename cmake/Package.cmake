@@ -1,5 +1,5 @@
-# What a host project gets: the library by cmake --install, and all of it, with documents and examples, as the ZIP of
-# script/package.
+# What host projects get: cmake --install installs the library, and script/package makes a ZIP that also contains documents
+# and examples.
 
 include(CMakePackageConfigHelpers)
 
@@ -22,14 +22,15 @@ write_basic_package_version_file(
 install(FILES
   ${orvellogin_BINARY_DIR}/orvelloginConfig.cmake ${orvellogin_BINARY_DIR}/orvelloginConfigVersion.cmake
   DESTINATION ${package_files})
-# For builds that ask pkg-config, one file for each target of the package. Relative to the file, as the package moves.
+# For builds that use pkg-config, one file for each target of the package. Paths are relative to the file, so that the package
+# can be moved.
 file(RELATIVE_PATH up /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 string(REGEX REPLACE "/$" "" up "${up}")
 function(add_pkg_config name description cflags libs)
   configure_file(cmake/orvellogin.pc.in ${orvellogin_BINARY_DIR}/${name}.pc @ONLY)
   install(FILES ${orvellogin_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endfunction()
-# The file, not its name: a static link finds no import library by -l.
+# The import library by its path, because with -static, -l does not find import libraries.
 set(plain_functions "\"\${libdir}/liborvelloginc.dll.a\"")
 add_pkg_config(orvellogin "The class that orvellogin.dll exports" "-I\"\${includedir}\"" "-L\"\${libdir}\" -lorvellogin")
 add_pkg_config(orvellogin-client "The header-only class over orvelloginc.dll"
@@ -38,7 +39,7 @@ add_pkg_config(orvellogin-c "The plain functions of orvelloginc.dll" "-I\"\${inc
 
 install(FILES cmake/Deploy.cmake DESTINATION ${package_files} RENAME orvelloginDeploy.cmake)
 
-# At the top of the ZIP, and nowhere else: what would be out of place in a folder that other software shares.
+# Installs only into the ZIP. These files would be out of place in a prefix that other software shares.
 function(install_in_zip)
   install(${ARGV} COMPONENT zip EXCLUDE_FROM_ALL)
 endfunction()
@@ -55,11 +56,10 @@ file(GLOB pictures CONFIGURE_DEPENDS docs/signin-window*.png)
 install_in_zip(FILES ${pictures} DESTINATION docs)
 install_in_zip(DIRECTORY bindings examples DESTINATION .)
 install_in_zip(FILES cmake/Managed.cmake cmake/mingw-x86.cmake DESTINATION cmake)
-# Until the real login manager is at hand: the stand-ins, compiled, in the folder that goes next to the library.
+# The compiled stand-ins, for use until the real login manager is available, in the folder that goes next to the library.
 install_in_zip(DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/OrvelLoginManagerClient DESTINATION examples/standins)
 
-# The compiler's runtime and the header-only libraries in orvdiag are other people's work: their notices, as their
-# packages bring them.
+# The notices of third-party work, the compiler's runtime and the header-only libraries in orvdiag, from their Debian packages.
 install_in_zip(FILES /usr/share/doc/gcc-mingw-w64-i686-posix-runtime/copyright
   DESTINATION notices RENAME gcc-runtime.txt)
 install_in_zip(FILES /usr/share/doc/mingw-w64-i686-dev/copyright DESTINATION notices RENAME mingw-w64.txt)

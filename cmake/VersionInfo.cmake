@@ -1,8 +1,8 @@
-# What a customer gets to see of a file: version information, for programs also a manifest and an icon.
+# Version information for DLLs and programs; for programs also a manifest and an icon.
 
 # add_version_info(TARGET DESCRIPTION [MANIFEST file])
-# A program gets cmake/program.manifest unless told. The resources are compiled apart from the target, because windres cannot
-# take an include folder with "'" or "&" in its path; without one it can.
+# The default manifest is cmake/program.manifest. The resources are a target of their own without include folders, because windres
+# fails if the path of one contains "'" or "&".
 function(add_version_info target description)
   cmake_parse_arguments(PARSE_ARGV 2 arg "" "MANIFEST" "")
   set(folder ${orvellogin_SOURCE_DIR}/cmake)
@@ -17,7 +17,7 @@ function(add_version_info target description)
     if(NOT arg_MANIFEST)
       set(arg_MANIFEST ${folder}/program.manifest)
     endif()
-    # 24 is RT_MANIFEST, 1 the manifest that a process is created with. The icon with the lowest name is the program's.
+    # 24 is RT_MANIFEST, 1 the identifier of a process's own manifest. The shell shows the icon with the lowest identifier.
     set(program_resources "1 24 \"${arg_MANIFEST}\"\n1 ICON \"${folder}/orvel.ico\"")
     list(APPEND used ${arg_MANIFEST} ${folder}/orvel.ico)
   endif()

@@ -1,7 +1,7 @@
-"""deterministic-assembly.py FILE: makes an assembly's bytes depend on its sources only.
+"""deterministic-assembly.py FILE: makes an assembly's bytes depend only on its sources.
 
-mcs stamps what it compiles with the time and with a random module identifier (MVID). The time becomes zero, the identifier
-a digest of all other bytes, so that different assemblies still differ in it.
+mcs stamps assemblies with the time and with a random module identifier (MVID). This sets the time to zero and the identifier
+to a digest of all other bytes, so that different assemblies still have different identifiers.
 """
 import hashlib
 import struct

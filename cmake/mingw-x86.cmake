@@ -1,5 +1,5 @@
-# 32-bit Windows by mingw-w64's g++, with POSIX threads: the variant with std::thread and std::mutex, which Debian marks by its
-# name and where other systems have it alone.
+# Targets 32-bit Windows with mingw-w64's g++, in the variant with POSIX threads, which has std::thread and std::mutex. Debian
+# marks it by the suffix -posix; other systems have only this variant.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86)
 
@@ -14,7 +14,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 
-# In the library's own tree tests and examples run under Wine.
+# In the library's own tree, tests and examples run under Wine.
 if(EXISTS ${CMAKE_CURRENT_LIST_DIR}/../script/wine-run)
   set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../script/wine-run)
 endif()

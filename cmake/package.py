@@ -1,7 +1,8 @@
-"""package.py CMAKE OBJCOPY SOURCE BUILD NAME: makes BUILD/NAME.zip for host projects, BUILD/NAME-debug.zip with the debug
-information of what is in it, and BUILD/NAME.zip.sha256.
+"""package.py CMAKE OBJCOPY SOURCE BUILD NAME: makes BUILD/NAME.zip for host projects, BUILD/NAME-debug.zip with its debug
+information, and BUILD/NAME.zip.sha256.
 
-The same files give the same bytes: sorted, with the time of SOURCE_DATE_EPOCH or else of the last commit, and with no owner.
+The same files give the same bytes: entries are sorted, have the time of SOURCE_DATE_EPOCH or else of the last commit, and no
+owner.
 """
 import hashlib
 import os
@@ -34,16 +35,16 @@ def epoch():
 
 
 def split(image):
-    """Takes debug information away from an image, which from then on names the file that has it: a copy from before."""
+    """Copies an image to the debug folder, then strips its debug information and makes it name the copy."""
     information = debug / (image.name + ".debug")
     shutil.copyfile(image, information)
-    # Without the option the time goes into the image.
+    # Without --preserve-dates, objcopy writes the current time into the image.
     run(objcopy, "--preserve-dates", "--strip-unneeded", image)
     run(objcopy, "--preserve-dates", "--add-gnu-debuglink=" + information.name, image.resolve(), cwd=debug)
 
 
 def write(folder):
-    # A ZIP's times begin in 1980 and go by two seconds.
+    # ZIP times begin in 1980.
     stamp = max(time.gmtime(epoch())[:6], (1980, 1, 1, 0, 0, 0))
     archive = build / (folder.name + ".zip")
     with zipfile.ZipFile(archive, "w") as file:

@@ -4,8 +4,9 @@
 
 #include <mscoree.h>
 
-/// The CLR hosting interfaces of .NET Framework 4 that the compiler's mscoree.h lacks, by their published layout
-/// (metahost.h of the .NET Framework SDK). Methods that are not called only keep their place in the virtual table.
+/// The CLR hosting interfaces of .NET Framework 4 that mingw-w64's mscoree.h lacks, in their published layout
+/// (metahost.h of the .NET Framework SDK). Methods that are never called are declared only for their virtual table
+/// slots.
 namespace OrvelLoginClientCLR {
 
 struct ICLRMetaHost : IUnknown {

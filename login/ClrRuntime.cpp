@@ -3,7 +3,7 @@
 #include <windows.h>
 
 #include <corerror.h>
-#include <initguid.h>  // the identifiers of mscoree.h are in no library; this defines them here
+#include <initguid.h>  // no library defines the identifiers of mscoree.h, so this file does
 #include <wrl/client.h>
 
 #include <memory>
@@ -18,7 +18,8 @@ namespace OrvelLoginClientCLR {
 
 namespace {
 
-// Set by the system before it ends the other threads. No documented function tells.
+// True from before the system ends the other threads at process exit. Undocumented, but no documented function tells;
+// absent, the process counts as not ending.
 using ShutdownInProgress = BOOLEAN(NTAPI*)();
 const auto shutdownInProgress = reinterpret_cast<ShutdownInProgress>(
     reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlDllShutdownInProgress")));
@@ -29,9 +30,11 @@ void check(HRESULT result) {
     }
 }
 
-// Loaded by hand, so that this library itself loads on a machine without the runtime and can say what is missing.
+// Loads mscoree.dll at run time: as an import it would keep this library from loading, and from saying what is missing,
+// on a machine without the .NET Framework.
 CLRCreateInstanceFunction clrCreateInstance() {
-    // By its full path: the flag that confines a search to the system's folder came to Windows 7 with an update only.
+    // By full path, so that no mscoree.dll beside the host is loaded. LOAD_LIBRARY_SEARCH_SYSTEM32 would do the same,
+    // but Windows 7 only supports it after an update.
     wchar_t folder[MAX_PATH];
     const UINT length = GetSystemDirectoryW(folder, MAX_PATH);
     // Never freed: a runtime that was started cannot be unloaded.
@@ -54,21 +57,21 @@ ComPtr<ICLRRuntimeHost> startRuntime() {
     ComPtr<ICLRRuntimeHost> host;
     check(info->GetInterface(CLSID_CLRRuntimeHost, IID_ICLRRuntimeHost, &host));
     const HRESULT started = host->Start();
-    if (started != E_NOTIMPL) {  // Wine's answer; its runtime starts with the first call
+    if (started != E_NOTIMPL) {  // returned by Wine, whose runtime starts with the first call
         check(started);
     }
     return host;
 }
 
-// One caller at a time in the whole process. Starting the runtime on two threads at once sometimes crashes it, and two
-// copies of this library in one process share no lock but a named one.
+// Serialises callers in the whole process, because concurrent first starts sometimes crash the runtime. The mutex is
+// named, because two copies of this library in one process share no other lock.
 class TurnInProcess {
 public:
     TurnInProcess()
         : mutex(CreateMutexW(nullptr, FALSE,
                              (L"Local\\orvellogin-runtime-" + std::to_wstring(GetCurrentProcessId())).c_str())) {
-        // Bounded, because any program of this user may hold a mutex of that name. Without the turn the start is a
-        // little less safe, which is better than none.
+        // With a time limit, because any program of this user may hold a mutex of that name. After it the runtime is
+        // started without the lock, which is better than not at all.
         owned = WaitForSingleObject(mutex.get(), 60000) != WAIT_TIMEOUT;
     }
     ~TurnInProcess() {
@@ -94,7 +97,7 @@ std::uint32_t executeInDefaultAppDomain(const std::wstring& assembly, const wcha
     refuseWhileProcessIsEnding();
     const TurnInProcess turn;
     const ManagedCodeScope managed;
-    // Never released: the runtime cannot be stopped, and may be gone when this library's static objects are destroyed.
+    // Never released: the runtime cannot be stopped, and may be down when this library's static objects are destroyed.
     static ICLRRuntimeHost* const host = startRuntime().Detach();
     DWORD returned = 0;
     const HRESULT result =

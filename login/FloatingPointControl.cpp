@@ -6,14 +6,16 @@ namespace OrvelLoginClientCLR {
 
 namespace {
 
-// The runtime's own: 53 bits of precision, to nearest, nothing raises; what Windows gives a new thread.
+// What the runtime expects: 53 bits of precision, round to nearest, all exceptions masked. Windows gives it to every
+// new thread.
 constexpr FloatingPointControl runtimes = {0x027F, 0x1F80};
 
 constexpr std::uint16_t x87Masks = 0x003F;
-constexpr std::uint32_t sseFlags = 0x003F;  // what has happened, not how to compute
+constexpr std::uint32_t sseFlags = 0x003F;  // status flags of earlier operations, not control
 
-// The control with which each thread last entered managed code; 0 for a thread that never did. It fits into the slot
-// itself, so nothing has to be taken back. Not thread_local: the compiler emulates that, at several times the cost.
+// The control with which each thread last entered managed code; 0 if it never did. The value fits into the TLS slot
+// itself, so there is nothing to free when a thread ends. Not thread_local, which this compiler emulates at several
+// times the cost.
 class HostControls {
 public:
     HostControls() noexcept : slot(TlsAlloc()) {}
@@ -44,7 +46,7 @@ FloatingPointControl FloatingPointControl::current() noexcept {
 }
 
 void FloatingPointControl::apply() const noexcept {
-    // Flags that managed code left would raise the moment that they are unmasked.
+    // A pending flag that managed code left would raise its exception as soon as it is unmasked.
     if ((x87 & x87Masks) != x87Masks) {
         __asm__ volatile("fnclex");
     }

@@ -9,18 +9,18 @@ struct FloatingPointControl {
     std::uint16_t x87;
     std::uint32_t sse;
 
-    /// What the calling thread has now.
+    /// Reads the calling thread's control.
     static FloatingPointControl current() noexcept;
 
-    /// Gives it to the calling thread.
+    /// Sets the calling thread's control.
     void apply() const noexcept;
 };
 
-/// While it lives, the calling thread runs managed code: with the floating-point control that the runtime expects,
-/// whatever the host uses. Restores the host's at the end.
+/// For the time that the calling thread runs managed code: sets the floating-point control that the runtime expects,
+/// and restores the host's at the end.
 ///
-/// Hosts differ: C++ compilers compute with 64 or 53 bits, Delphi leaves exceptions unmasked, which managed code does
-/// not survive. And the runtime may change the control of a thread that enters it for the first time.
+/// Hosts differ: C++ compilers compute with 64 or 53 bits, and Delphi unmasks floating-point exceptions, which crash
+/// managed code. Also, the runtime may change the control of a thread that enters it for the first time.
 class ManagedCodeScope {
 public:
     ManagedCodeScope() noexcept;
@@ -32,9 +32,8 @@ private:
     const FloatingPointControl host;
 };
 
-/// While it lives, a thread that came from managed code runs the host's callback, with the host's control: the one with
-/// which this thread last entered managed code, or `otherwise` on a thread of the runtime's own. Restores the
-/// runtime's.
+/// For the time that managed code calls a callback of the host: sets the control with which this thread last entered
+/// managed code, or `otherwise` on a thread of the runtime's own, and restores the runtime's at the end.
 class HostCodeScope {
 public:
     explicit HostCodeScope(const FloatingPointControl& otherwise) noexcept;

@@ -12,7 +12,8 @@ namespace OrvelLoginClientCLR {
 
 namespace {
 
-// Version 1 of the agreement asked for the address alone, and refuses a text that is not one number.
+// The version comes first, because a managed part of version 1 expects the address alone: it rejects two numbers,
+// instead of writing to the wrong address.
 std::wstring handshakeArgument(const Handshake& handshake) {
     return std::to_wstring(agreementVersion) + L" " + std::to_wstring(reinterpret_cast<std::uintptr_t>(&handshake));
 }
@@ -31,7 +32,7 @@ loginRuntimeException otherVersion(const std::wstring& nativePart, const std::ws
 }  // namespace
 
 Handshake enterManagedPart(const std::wstring& nativePart, const std::wstring& managedPart) {
-    // The runtime reports a missing assembly, class or method with one and the same code, so look beforehand.
+    // Checked first, because the runtime reports a missing file with the same code as other failures.
     if (GetFileAttributesW(managedPart.c_str()) == INVALID_FILE_ATTRIBUTES) {
         throw startFailure(L"the managed part of the login library is missing: " + managedPart,
                            HRESULT_FROM_WIN32(GetLastError()));
@@ -39,11 +40,11 @@ Handshake enterManagedPart(const std::wstring& nativePart, const std::wstring& m
     Handshake handshake;
     std::uint32_t theirs = 0;
     try {
-        // Under the path as written without a prefix: the runtime of the .NET Framework 4 rejects one.
+        // The .NET Framework's runtime rejects paths with the prefix \\?\.
         theirs = executeInDefaultAppDomain(withoutLongPathPrefix(managedPart), L"OrvelLoginClientCLR.EntryPoint",
                                            L"Enter", handshakeArgument(handshake));
     } catch (const loginRuntimeException& failure) {
-        // A file of another version fails in many ways, none of which says so.
+        // A managed part of another version can fail in many ways, and none of the messages says why. So compare.
         const std::wstring version = fileVersion(managedPart);
         if (version.empty() || version == fileVersion(nativePart)) {
             throw;

@@ -7,8 +7,8 @@
 
 namespace OrvelLoginClientCLR {
 
-/// What the native side says of itself in the first call, followed by what the managed part answers. Its C# half is in
-/// login/managed/EntryPoint.cs. Neither of the two calls touches a type of the outside assemblies until it is made.
+/// The data of the first call into the managed part: the sizes that the native side uses, then what the managed part
+/// fills in. C# half: login/managed/EntryPoint.cs. Delivering the two calls loads no outside assembly; making them may.
 struct Handshake {
     std::int32_t handshakeSize = sizeof(Handshake);
     std::int32_t failureSize = sizeof(ManagedFailure);
@@ -17,13 +17,13 @@ struct Handshake {
     std::int32_t textSize = sizeof(TextArgument);
     std::int32_t memberSize = sizeof(ManagedMember);
     ManagedCall registerResolveHandler = nullptr;
-    ManagedCall bindManagerMembers = nullptr;  ///< result: ManagerMembers; handle: how many they are
+    ManagedCall bindManagerMembers = nullptr;  ///< result: ManagerMembers; handle: the number of its members
 };
 
-/// Starts the runtime if need be and enters the managed part for the first time.
+/// Starts the runtime if necessary and makes the first call into the managed part.
 ///
-/// `nativePart`, `managedPart`: full paths of the two files. Throws `loginRuntimeException` that says which file is
-/// missing, why the runtime refuses it, or, with both versions, that the two do not belong together.
+/// `nativePart`, `managedPart`: full paths of the two files. Throws `loginRuntimeException` if the managed part is
+/// missing, if the runtime refuses it, or, naming both versions, if the two do not belong together.
 Handshake enterManagedPart(const std::wstring& nativePart, const std::wstring& managedPart);
 
 }  // namespace OrvelLoginClientCLR

@@ -8,6 +8,7 @@ namespace OrvelLoginClientCLR {
 
 namespace {
 
+// The module that contains this function: the DLL, not the host program.
 HMODULE thisModule(DWORD flags) {
     HMODULE module = nullptr;
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | flags, reinterpret_cast<LPCWSTR>(&thisModule), &module);
@@ -21,7 +22,7 @@ std::wstring libraryPath() {
     std::wstring path(MAX_PATH, L'\0');
     for (;;) {
         const DWORD length = GetModuleFileNameW(module, &path[0], static_cast<DWORD>(path.size()));
-        if (length < path.size()) {
+        if (length < path.size()) {  // otherwise the path was truncated: the system does not return the length it needs
             path.resize(length);
             return path;
         }

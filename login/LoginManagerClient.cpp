@@ -17,7 +17,8 @@ LoginManagerClient::LoginManagerClient(void (*loginCallBackIn)(), void (*logoutC
       loginCallBack(loginCallBackIn),
       logoutCallBack(logoutCallBackIn),
       language(langIn) {
-    // Once per client and never taken back: each registration does the same, so one more does no harm.
+    // Once per client and never removed: further registrations are harmless, but removing one would break other
+    // clients.
     OrvelLoginClientCLR::registerResolveHandler();
 }
 
@@ -35,14 +36,14 @@ LoginManagerClientCLR* LoginManagerClient::getLoginMgrClient() {
     if (bridge.compare_exchange_strong(stored, made.get())) {
         return made.release();
     }
-    // Another thread's first call was faster. This bridge is leaked: disposing its manager could interfere with the one
-    // that is in use, since a manager may share its sign-in with others.
+    // Another thread's first call was faster. This bridge is leaked on purpose: managers may share a sign-in, so
+    // disposing this one could affect the one in use.
     made.release();
     return stored;
 }
 
-// The members that sign in and out test the bridge for null, which it is when its allocation yielded nothing: they are
-// what a host calls first. The others come after a sign-in, when there is a bridge.
+// Only the members that sign in and out check for a null bridge (a failed allocation), because a host calls one of them
+// first; the others are called after a sign-in, when the bridge exists.
 
 LoginResponse LoginManagerClient::login() {
     LoginManagerClientCLR* client = getLoginMgrClient();

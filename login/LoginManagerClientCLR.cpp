@@ -11,14 +11,15 @@ void (*myLogoutHandler)() = nullptr;
 
 namespace {
 
-// The control of the thread that made the last bridge: what the host's callbacks see on threads of the runtime's own.
+// The control of the thread that created the last bridge. Callbacks run with it on threads that the runtime created,
+// which have no control of the host's.
 FloatingPointControl hostControl = FloatingPointControl::current();
 
 TextArgument argument(const std::wstring& text) {
     return {text.data(), managedLength(text.size())};
 }
 
-// Calls a managed member. An exception of the manager's passes untranslated like any other.
+// Calls a managed member. Every exception becomes a loginRuntimeException, even the manager's own.
 void call(const ManagedMember& member, ManagerHandle manager, void* result, const TextArgument* first = nullptr,
           const TextArgument* second = nullptr) {
     ManagedFailure failure;
@@ -27,7 +28,7 @@ void call(const ManagedMember& member, ManagerHandle manager, void* result, cons
     }
 }
 
-// Calls a managed member. An exception of the manager's becomes the native one.
+// Calls a managed member. The manager's own exception becomes a loginManagerException.
 void callTranslated(const ManagedMember& member, ManagerHandle manager, void* result,
                     const TextArgument* first = nullptr, const TextArgument* second = nullptr) {
     ManagedFailure failure;
@@ -82,7 +83,7 @@ LoginResponse parseLoginResponse(const ManagedRecord& resp) {
 
 ManagedClient::~ManagedClient() {
     if (valid() && !processIsEnding()) {
-        ManagedFailure dropped;  // a destructor has nobody to tell
+        ManagedFailure dropped;  // a destructor cannot report it
         callManaged(managerMembers().dispose.call, handle, nullptr, nullptr, nullptr, dropped);
     }
 }
@@ -92,12 +93,16 @@ LoginManagerClientCLR::LoginManagerClientCLR(void (*loginCallBack)(), void (*log
     myLogoutHandler = logoutCallBack;
     hostControl = FloatingPointControl::current();
     const ManagerMembers& members = managerMembers();
+    // After binding, so that a library without a usable manager can still be unloaded; but before the manager exists,
+    // because its events call into this library.
     pinLibrary();
     ManagedCreation creation = {loginCallBack ? &LoginEventHandler : nullptr,
                                 logoutCallBack ? &LogoutEventHandler : nullptr, getLangCode(langIn)};
     call(members.create, 0, &creation);
     managedClient.adopt(creation.manager);
 }
+
+// Without a manager, each member below behaves as if the manager had returned null.
 
 LoginResponse LoginManagerClientCLR::login() {
     ManagedRecord response;

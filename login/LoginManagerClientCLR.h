@@ -11,27 +11,27 @@
 /// The bridge between the native client and the managed login manager.
 namespace OrvelLoginClientCLR {
 
-/// The host's callbacks. Process-wide: each bridge that is made overwrites both, with null too.
+/// The host's callbacks. Process-wide: each new bridge overwrites both, even with null.
 extern void (*myLoginHandler)();
 extern void (*myLogoutHandler)();
 
-/// Targets of the manager's events, on whatever thread it raises them. Each calls what its slot holds at that moment,
-/// with the host's floating-point control.
+/// The manager's event handlers, called on whatever thread it raises the events. Each calls the callback that is
+/// currently in its slot, with the host's floating-point control.
 void LoginEventHandler() noexcept;
 void LogoutEventHandler() noexcept;
 
-/// The manager's number of a language: 0 to 13 as they are, anything else 0.
+/// The manager's number of a language: 0 to 13 are unchanged, anything else becomes 0.
 std::int32_t getLangCode(uiLang langIn);
 
-/// The native code of the manager's status: 0 to 8 as they are, anything else 8.
+/// The native code of the manager's status: 0 to 8 are unchanged, anything else becomes 8.
 statusCode getStatusCode(std::int32_t statCode);
 
-/// The native form of a response record. Throws `loginManagerException*` with code 6 for no record, and
-/// `loginRuntimeException` when a field other than `domainName` is null.
+/// Converts a response record. Throws `loginManagerException*` with code 6 if there is no record, and
+/// `loginRuntimeException` if a field other than `domainName` is null.
 LoginResponse parseLoginResponse(const ManagedRecord& resp);
 
-/// Owns a managed object. Disposes it, if it can be disposed, and releases it at the end; but not while the process is
-/// ending, when the runtime must not be called any more.
+/// Owns a managed manager. The destructor disposes and releases it, except while the process is ending, when the
+/// runtime must not be called.
 class ManagedClient {
 public:
     ManagedClient() = default;
@@ -47,8 +47,8 @@ private:
     ManagerHandle handle = 0;
 };
 
-/// One managed login manager and the rules by which its members are called. The members' contracts are those of
-/// `LoginManagerClient`, without the offline flag.
+/// The bridge to one managed login manager. The contracts of the members are those of `LoginManagerClient`, without the
+/// offline flag.
 class LoginManagerClientCLR {
 public:
     LoginManagerClientCLR(void (*loginCallBack)(), void (*logoutCallBack)(), uiLang langIn);
@@ -75,7 +75,7 @@ public:
     std::wstring getDNMAccessToken();
     bool isDunmorePlatformTokenExpired(const std::wstring& t);
 
-    /// The manager, for a caller that keeps its answers as they come: the plain functions.
+    /// The manager, for the plain functions, which call its members themselves and keep failures as data.
     ManagerHandle manager() const { return managedClient.get(); }
 
 private:

@@ -1,6 +1,6 @@
 #include "login/LoginResponse.h"
 
-// Defined here, not in the header: the library exports them, so that a host links against one definition.
+// Not in the header, because the library exports them.
 LoginResponse::LoginResponse() = default;
 LoginResponse::LoginResponse(const LoginResponse&) = default;
 LoginResponse::LoginResponse(LoginResponse&&) noexcept = default;

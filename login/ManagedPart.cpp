@@ -11,6 +11,7 @@ namespace OrvelLoginClientCLR {
 namespace {
 
 const Handshake& managedPart() {
+    // A static local, here and in managerMembers(): if its initialisation throws, the next call tries again.
     static const Handshake handshake = enterManagedPart(libraryPath(), besideLibrary(L"OrvelLoginClientCLR.dll"));
     return handshake;
 }

@@ -4,19 +4,19 @@
 
 #include "login/ManagedString.h"
 
-/// What the managed part `OrvelLoginClientCLR.dll` and the native side agree on. Its C# half is `login/managed/`.
+/// The interface between the native side and the managed part `OrvelLoginClientCLR.dll`. C# half: `login/managed/`.
 ///
-/// The two are files of their own and may come from different versions, so the first call is a handshake: it compares
-/// `agreementVersion`, the sizes of what is handed across, and the names of the members.
+/// The two are separate files and may come from different versions. So the first call is a handshake that compares
+/// `agreementVersion` and the sizes of the structures; binding then compares the names of the members.
 namespace OrvelLoginClientCLR {
 
-/// Number of this agreement; the C# half has the same. Raise both when a structure or the meaning of a call changes.
+/// Version of this interface; the C# half has the same. Raise both when a structure or the meaning of a call changes.
 constexpr std::int32_t agreementVersion = 2;
 
-/// A managed object held by the managed part; 0 for none.
+/// A manager held by the managed part; 0 for none.
 using ManagerHandle = std::intptr_t;
 
-/// How a managed member ended when it did not return: its exception, as data.
+/// The exception with which a managed member ended, as data.
 struct ManagedFailure {
     std::int32_t isManagerException = 0;  ///< 1 for the manager's own LoginManagerException
     std::int32_t status = 0;              ///< that exception's status
@@ -25,7 +25,7 @@ struct ManagedFailure {
     ManagedString message;  ///< followed by " ---> Type: message" for each cause
 };
 
-/// A response record of the manager. `present` is 0 when the manager gave back null.
+/// A response record of the manager. `present` is 0 if the manager returned null.
 struct ManagedRecord {
     std::int32_t present = 0;
     ManagedString statusDescription;
@@ -37,7 +37,7 @@ struct ManagedRecord {
     ManagedString domainName;
 };
 
-/// What a manager is created from, and the manager.
+/// The arguments for creating a manager, and the result.
 struct ManagedCreation {
     void (*loginHandler)();  ///< called for each sign-in event; null for none
     void (*logoutHandler)();
@@ -45,27 +45,28 @@ struct ManagedCreation {
     ManagerHandle manager = 0;  ///< out
 };
 
-/// UTF-16 text for a managed member: any units, no terminator needed.
+/// UTF-16 text for a managed member. May contain any units; needs no terminator.
 struct TextArgument {
     const wchar_t* chars;
     std::int32_t length;
 };
 
-/// The one shape of every call into the managed part. What a member does not take is null. `result` is a
-/// `ManagedString`, a `ManagedRecord`, a `std::int32_t` or a `ManagedCreation`, or null, as the member's row says.
+/// The signature of every call into the managed part. Arguments that a member does not take are null. `result` points
+/// to a `ManagedString`, a `ManagedRecord`, a `std::int32_t` or a `ManagedCreation`, or is null; the rows below say
+/// which.
 ///
-/// Returns 0 when the member returned; otherwise `failure` was filled in. No exception crosses.
+/// Returns 0 if the member returned; otherwise `failure` was filled in. No exception crosses the boundary.
 using ManagedCall = std::int32_t (*)(ManagerHandle manager, const TextArgument* first, const TextArgument* second,
                                      void* result, ManagedFailure* failure);
 
-/// A member by the name under which the managed part has it.
+/// A member, identified by its name in the managed part.
 struct ManagedMember {
     const wchar_t* name;
     ManagedCall call = nullptr;  ///< filled in by the managed part
 };
 
-/// The members, in the order in which they are bound. Only here is there an order: the managed part finds each by its
-/// name, and a name that it lacks fails the binding.
+/// The table of members. The managed part finds each by its name, so the order matters to this side only. A name that
+/// the managed part lacks fails the binding.
 struct ManagerMembers {
     ManagedMember create{L"create"};    ///< result: ManagedCreation
     ManagedMember dispose{L"dispose"};  ///< releases the handle, too
@@ -94,19 +95,19 @@ struct ManagerMembers {
 
 constexpr std::int32_t managerMemberCount = sizeof(ManagerMembers) / sizeof(ManagedMember);
 
-/// Calls `member`, with the runtime's floating-point control. True when it returned; otherwise `failure` holds its
-/// exception. Throws `loginRuntimeException` while the process is ending.
+/// Calls `member` with the runtime's floating-point control. Returns true if the member returned; otherwise `failure`
+/// holds its exception. Throws `loginRuntimeException` if the process is ending.
 bool callManaged(ManagedCall member, ManagerHandle manager, const TextArgument* first, const TextArgument* second,
                  void* result, ManagedFailure& failure);
 
 /// Throws the managed exception that `failure` describes as `loginRuntimeException`.
 [[noreturn]] void throwUntranslated(const ManagedFailure& failure);
 
-/// Starts the runtime if need be and registers the resolve handler `LoadLoginClientManaged` with the current
-/// application domain, once more each time. Throws `loginRuntimeException`.
+/// Starts the runtime if necessary and registers the resolve handler `LoadLoginClientManaged` with the current
+/// application domain. Each call registers it again, which is harmless. Throws `loginRuntimeException`.
 void registerResolveHandler();
 
-/// The manager's members. The first call makes the runtime load the outside assemblies; while that fails it throws
+/// The manager's members. The first call makes the runtime load the outside assemblies. If that fails, throws
 /// `loginRuntimeException`, and the next call tries again.
 const ManagerMembers& managerMembers();
 

@@ -41,6 +41,7 @@ wchar_t* ManagedString::detachBstr() {
         if (!made) {
             throw std::bad_alloc();
         }
+        // Wiped here, because the destructor of a null string wipes nothing.
         wipe(buffer, static_cast<std::size_t>(length));
         length = -1;
         return made;

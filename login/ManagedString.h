@@ -6,14 +6,14 @@
 
 namespace OrvelLoginClientCLR {
 
-/// One string that the managed part handed over, or a null reference. Wiped before its memory is freed, because some
-/// are tokens, cookies and tickets; which ones only the caller knows.
+/// A string received from the managed part, or a null reference. Always wiped before its memory is freed, because some
+/// of these strings are tokens, cookies and tickets.
 ///
-/// The managed part writes it through its address. A text that fits goes into the buffer, which spares two thirds of
-/// what a short text costs: allocating and freeing a BSTR. C# half: `NativeString`.
+/// The managed part writes the object through its address. A text that fits is copied into the buffer: allocating and
+/// freeing a BSTR would be two thirds of the cost of a short text. C# half: `NativeString`.
 class ManagedString {
 public:
-    // cppcheck-suppress uninitMemberVar  // the buffer: initialising it would cost more than most texts
+    // cppcheck-suppress uninitMemberVar  // the buffer: clearing it would cost more than copying most texts
     ManagedString() = default;
     ManagedString(const ManagedString&) = delete;
     ManagedString& operator=(const ManagedString&) = delete;
@@ -21,18 +21,18 @@ public:
 
     bool isNull() const { return length < 0; }
 
-    /// Where the units lie, and how many; not for a null.
+    /// The text's units and their number. Only valid if the string is not null.
     const wchar_t* chars() const { return bstr ? bstr : buffer; }
     std::int32_t units() const { return length; }
 
-    /// The same UTF-16 units, embedded zero units included. Throws `loginRuntimeException` for a null.
+    /// The text, including embedded zero units. Throws `loginRuntimeException` for a null.
     std::wstring toNative() const;
 
-    /// The same, but empty for a null.
+    /// The text, or an empty string for a null.
     std::wstring toNativeOrEmpty() const;
 
-    /// The text as a BSTR, which the caller frees: the managed part's own, or a new one. Leaves a null. Null for a
-    /// null. Throws `std::bad_alloc`, and then leaves the text.
+    /// Moves the text into a BSTR, which the caller frees, and makes this string null. Returns null for a null. Throws
+    /// `std::bad_alloc` and is then unchanged.
     wchar_t* detachBstr();
 
 private:

@@ -12,7 +12,7 @@ namespace OrvelLoginClientCLR {
 
 namespace {
 
-// Lone surrogates, which a managed message may hold, become U+FFFD.
+// Lone surrogates, which a managed message may contain, become U+FFFD.
 std::string toUtf8(const std::wstring& text) {
     const int units = static_cast<int>(text.size());
     const int bytes = WideCharToMultiByte(CP_UTF8, 0, text.data(), units, nullptr, 0, nullptr, nullptr);
@@ -26,7 +26,7 @@ struct Meaning {
     const wchar_t* words;
 };
 
-// What the codes that occur most in the field mean to the person who has to mend the machine.
+// The most frequent codes, explained for the person who has to repair the machine.
 
 constexpr Meaning startMeanings[] = {
     {CLR_E_SHIM_RUNTIMELOAD, L"the .NET Framework 4 is not installed or cannot be loaded"},
@@ -46,8 +46,8 @@ constexpr Meaning runMeanings[] = {
     {COR_E_MISSINGMETHOD, L"the file is of another version, which lacks this method"},
     {COR_E_TYPELOAD, L"the file is of another version, which lacks this class"},
     {COR_E_FORMAT, L"the file is of another version, which does not understand this one"},
-    {COR_E_ASSEMBLYEXPECTED, L"the file is damaged, is no assembly, or is for 64-bit processes"},
-    {HRESULT_FROM_WIN32(ERROR_BAD_FORMAT), L"the file is damaged, is no assembly, or is for 64-bit processes"},
+    {COR_E_ASSEMBLYEXPECTED, L"the file is damaged, is not an assembly, or is for 64-bit processes"},
+    {HRESULT_FROM_WIN32(ERROR_BAD_FORMAT), L"the file is damaged, is not an assembly, or is for 64-bit processes"},
     {COR_E_NEWER_RUNTIME, L"the file needs a newer runtime than the one in this process"},
     {HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), L"the file, or one that it needs, is missing"},
     {E_ACCESSDENIED, L"access is denied"},

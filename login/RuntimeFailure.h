@@ -8,22 +8,22 @@
 
 namespace OrvelLoginClientCLR {
 
-/// A managed exception of type `typeName`, as the host sees it.
+/// The failure for a managed exception of type `typeName`.
 loginRuntimeException managedFailure(std::wstring typeName, std::wstring message, std::int32_t hresult);
 
-/// A failure before any managed code ran: `words`, followed by the HRESULT.
+/// The failure if no managed code ran: `words`, followed by the HRESULT.
 loginRuntimeException startFailure(const std::wstring& words, std::int32_t hresult);
 
-/// The runtime could not be started. Says what `hresult` means, if that is known.
+/// The failure if the runtime could not be started, with the meaning of `hresult` if known.
 loginRuntimeException cannotStart(std::int32_t hresult);
 
-/// The runtime was started but could not run `method`, which names the method and its assembly's file.
+/// The failure if the runtime could not run `method`. `method` names the method and the file of its assembly.
 loginRuntimeException cannotRun(const std::wstring& method, std::int32_t hresult);
 
-/// What converting a null managed string ends in.
+/// The failure of converting a null managed string.
 loginRuntimeException nullStringFailure();
 
-/// Length of a native string for the managed side. Throws `loginRuntimeException` above 2147483647 units.
+/// Converts the length of a native string for the managed side. Throws `loginRuntimeException` above 2147483647 units.
 std::int32_t managedLength(std::size_t units);
 
 }  // namespace OrvelLoginClientCLR

@@ -6,22 +6,22 @@
 
 namespace OrvelLoginClientCLR {
 
-/// Overwrites `units` characters with zeros. The compiler cannot drop it, as it may drop stores to memory that is freed
+/// Overwrites `units` characters with zeros. Unlike a plain memset, the compiler cannot drop it if the memory is freed
 /// next.
 inline void wipe(wchar_t* chars, std::size_t units) noexcept {
     std::memset(chars, 0, units * sizeof *chars);
-    // As far as the compiler knows, the memory is read here.
+    // Tells the compiler that the memory is read here.
     __asm__ volatile("" : : "r"(chars) : "memory");
 }
 
-/// Wipes a string that the library owns at the end of a scope, however the scope is left. Covers all of the string's
-/// memory, also what lies behind its end.
+/// Wipes a string that the library owns at the end of a scope, also when an exception leaves it. Covers the string's
+/// whole capacity, because an earlier, longer content may lie behind its end.
 class WipedAtEnd {
 public:
     explicit WipedAtEnd(std::wstring& secretIn) noexcept : secret(secretIn) {}
     ~WipedAtEnd() {
         if (secret.size() != secret.capacity()) {
-            secret.resize(secret.capacity());  // stays in place: the memory behind the end becomes part of the string
+            secret.resize(secret.capacity());  // does not reallocate: the spare capacity becomes part of the string
         }
         wipe(&secret[0], secret.size());
     }

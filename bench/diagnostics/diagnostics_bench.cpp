@@ -1,5 +1,5 @@
-// What a log record costs, delivered and not, beside bare calls and another library's; and what the adapter's address
-// costs beside the bare WMI calls.
+// Measures a log record, with logging on and off, against bare system calls and against another library, and
+// macaddress() against the bare WMI calls.
 
 #include <windows.h>
 
@@ -38,7 +38,7 @@ volatile std::size_t sink;
 
 constexpr char message[] = "wmi::query(SELECT MACAddress FROM Win32_NetworkAdapterConfiguration)=3";
 
-// The program's standard output; the records' echo goes elsewhere.
+// The program's original standard output; main() redirects stdout, to which records are echoed.
 std::FILE* report = nullptr;
 
 template <class Call>
@@ -58,7 +58,7 @@ void appendbare(const std::filesystem::path& path, std::string_view line) {
     WriteFile(file.get(), line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
 }
 
-// Writes each line as the log does: open, write, close.
+// A sink that opens and closes the file for each line, as our log does.
 class reopeningsink : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
 public:
     explicit reopeningsink(std::string pathIn) : path(std::move(pathIn)) {}
@@ -90,10 +90,10 @@ void delivered() {
     loginfo() << message;
     const std::string line = contentof(box.log());
 
-    // In the log's own folder: the path's length and the folder's entries are part of the cost.
+    // In the same folder as the log, because the length of the path and the number of entries are part of the cost.
     const std::filesystem::path barepath = box.folder() / "bare.log";
     appendbare(barepath, line);
-    // spdlog opens files by names in the code page, which cannot hold the name of that folder.
+    // Not in that folder, because spdlog takes file names in the code page, which cannot represent the folder's name.
     const std::string folder = std::filesystem::temp_directory_path().string() + "\\";
     const std::string flushedpath = folder + "diagnostics_bench_flushed.log";
     const std::string reopenedpath = folder + "diagnostics_bench_reopened.log";
@@ -130,7 +130,7 @@ std::string streamedtime() {
     return text.str();
 }
 
-// In a process of its own, since a process reads the switch once.
+// Runs in a process of its own, because a process reads the switch only once.
 void off() {
     const walltime now = currentwalltime();
     const std::vector<double> ns = medianNanoseconds(
@@ -149,7 +149,7 @@ void off() {
                  ns[3], ns[4]);
 }
 
-// The same calls without a row or a converted text.
+// The WMI calls of macaddress(), without building rows or converting texts.
 void addressbare() {
     CoInitialize(nullptr);
     CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_DEFAULT, RPC_C_IMP_LEVEL_IMPERSONATE, nullptr,
@@ -183,7 +183,6 @@ void address() {
                  ns[0] / 1e6, ns[1] / 1e6, ns[0] / ns[1]);
 }
 
-// Off is found out once a process, so that is measured in one of its own.
 void runoff() {
     const temporary_folder folder;
     std::string output = program(L"diagnostics_bench.exe", L"off", folder.path).wait().output;
@@ -195,7 +194,7 @@ void runoff() {
 
 int main(int count, char** arguments) {
     report = _fdopen(_dup(_fileno(stdout)), "w");
-    // Buffered, as a host's standard output is in a pipe or file; the C library writes to a device byte by byte.
+    // Buffered, as a host's standard output to a pipe or a file is; the C library would write to a device byte by byte.
     if (!report || !std::freopen("NUL", "w", stdout) || std::setvbuf(stdout, nullptr, _IOFBF, 4096) != 0) {
         return 1;
     }

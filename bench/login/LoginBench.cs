@@ -4,8 +4,8 @@ using System.Runtime.InteropServices;
 using loginManagerUtils;
 using OrvelLoginClient;
 
-/// What the library's members are measured against: the same members of the same manager, called through bare function
-/// pointers with the same conversions, and from managed code.
+/// The baselines for the library's members: the same members of the same manager, called through bare function pointers
+/// with the same string conversions, and from managed code.
 namespace Bench
 {
 public static unsafe class LoginBench
@@ -49,7 +49,7 @@ public static unsafe class LoginBench
         return 0;
     }
 
-    /// Leaves only what is in use, so that memory can be compared.
+    /// Collects garbage, so that the memory in use can be compared.
     public static int Collect(string ignored)
     {
         GC.Collect();
@@ -57,7 +57,7 @@ public static unsafe class LoginBench
     }
 }
 
-/// For the bare start of the runtime: needs no other assembly.
+/// For measuring the start of the runtime alone; uses no other assembly.
 public static class Runtime
 {
     public static int Start(string ignored)

@@ -1,6 +1,6 @@
 #pragma once
 
-/// One way into the library: the calls that are measured, each made so many times.
+/// One way to call the library: the functions to measure, each of which repeats its call `calls` times.
 struct Way {
     void (*getAccessToken)(int calls);
     void (*formatAccessUrl)(int calls);

@@ -1,4 +1,4 @@
-// The class as a host uses it. Built twice: for the exported class, and for the header-only one.
+// Calls the class as a host does. Built twice: with the exported class, and with the header-only one.
 
 #include <memory>
 #include <string>

@@ -1,4 +1,4 @@
-// Exits with the microseconds from the start of the process to the first answered call. Built for either class.
+// The exit status is the time from process start to the first answered call, in microseconds. Built with both classes.
 
 #include "../timing.h"
 #include "login/LoginManagerClient.h"

@@ -1,4 +1,4 @@
-// The plain functions as a host uses them.
+// Calls the plain functions as a host does.
 
 #include <string>
 

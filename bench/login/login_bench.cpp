@@ -1,4 +1,4 @@
-// What a call through the library costs beside a bare call into the runtime, and what a client and a start cost.
+// Measures calls through the library against bare calls into the runtime, the memory of a client, and start-up times.
 
 #include <windows.h>
 
@@ -43,7 +43,7 @@ std::wstring take(BSTR text) {
     return std::wstring(text, SysStringLen(text));
 }
 
-// The bare calls have the signatures of the library's members, strings by value included.
+// The bare calls have the same signatures as the library's members, including strings passed by value.
 
 __attribute__((noinline)) std::wstring bareGetAccessToken() {
     return take(bare.getAccessToken());
@@ -124,7 +124,8 @@ void ways() {
     }
 }
 
-// What a DLL is without its debug information, whose sections have names too long for the header.
+// The size of a DLL without its debug information. Those sections have names that are too long for the section header,
+// which then holds "/" and a number instead.
 std::size_t sizeOf(const wchar_t* dll) {
     const auto* base = reinterpret_cast<const unsigned char*>(GetModuleHandleW(dll));
     const auto* headers =
@@ -166,7 +167,7 @@ void memory() {
         }
         return (workingSet() - before) / count;
     };
-    perClient(true);  // grows the heaps once
+    perClient(true);  // warms up: the heaps grow
     const double withManager = perClient(true);
     const double withoutManager = perClient(false);
     std::printf("\n| memory, working set | bytes |\n|---|---|\n");
@@ -174,7 +175,7 @@ void memory() {
     std::printf("| per client with its manager (the stand-in) | %.0f |\n", withManager);
 }
 
-// Runs in a process of its own; its exit code is the time since the process began, in microseconds.
+// Runs in a child process. Its exit status is the time since process start, in microseconds.
 int childFirstCall(const char* what) {
     if (std::strcmp(what, "call") == 0) {
         LoginManagerClient client(nullptr, nullptr, uiLangFallback);
@@ -187,7 +188,7 @@ int childFirstCall(const char* what) {
     return microsecondsSinceStart();
 }
 
-// Milliseconds that a program beside this one gives as microseconds.
+// Runs a program that returns microseconds as its exit status. Returns milliseconds.
 double runProgram(const wchar_t* name, const wchar_t* arguments) {
     static const temporary_folder folder;
     return program(name, arguments, folder.path).wait().status / 1000.0;

@@ -15,10 +15,10 @@ using namespace orvsecutils;
 
 namespace {
 
-// Keeps the compiler from dropping what is measured.
+// Results are stored here, so that the compiler does not drop the measured calls.
 volatile std::size_t sink;
 
-// A group of values of mixed kinds, of the bench's own; gone at its end.
+// A temporary group with values of all kinds; the destructor deletes it.
 class Group {
 public:
     explicit Group(int count) {
@@ -55,7 +55,7 @@ private:
     const std::wstring company = L"orvsecutils-bench-" + std::to_wstring(GetCurrentProcessId());
 };
 
-// The registry calls of a load, in their order, and nothing done with what they give.
+// The same registry calls as a load, in the same order; their results are not used.
 void sameCalls(const Group& group) {
     const registrykey key = group.open(KEY_READ | KEY_WOW64_64KEY);
     DWORD count = 0;
@@ -80,7 +80,7 @@ void sameCalls(const Group& group) {
     }
 }
 
-// The least that gets names and data at all.
+// The minimum of calls that fetches all names and data.
 void fewestCalls(const Group& group) {
     const registrykey key = group.open(KEY_READ | KEY_WOW64_64KEY);
     static wchar_t name[16383];

@@ -3,8 +3,8 @@ using System.Collections.Generic;
 using System.Runtime.InteropServices;
 using Microsoft.Win32.SafeHandles;
 
-/// The login library for C#: this one file, over the plain functions of orvelloginc.dll. For 32-bit processes
-/// (-platform:x86) on the .NET Framework 4 or later, C# 6 or later.
+/// The login library for C#, in this one file, over the plain functions of orvelloginc.dll. For 32-bit processes
+/// (-platform:x86) on the .NET Framework 4 or later; C# 6 or later.
 namespace Orvel.Login
 {
     /// A failure that the login manager itself reported: a refused password, a server that does not answer.
@@ -15,7 +15,7 @@ namespace Orvel.Login
             Code = code;
         }
 
-        /// The manager's number, 0 to 8. 6 is also a manager that gave back no record, 8 any other number.
+        /// The manager's number, 0 to 8; 6 also if the manager returned no record, 8 also for any other number.
         public int Code { get; }
     }
 
@@ -29,11 +29,11 @@ namespace Orvel.Login
             HResult = hresult;
         }
 
-        /// Full name of the exception's type; empty when no exception stands behind the failure.
+        /// Full name of the managed exception's type; empty if there was no managed exception.
         public string TypeName { get; }
     }
 
-    /// What the login manager tells of a signed-in user.
+    /// The login manager's data about a signed-in user.
     public sealed class LoginResponse
     {
         internal LoginResponse(ref Native.Response record)
@@ -56,19 +56,19 @@ namespace Orvel.Login
         public string DomainName { get; } // empty when the account has none
     }
 
-    /// Signs a user in to the online account service. The two exceptions above are its failures; what each member does
-    /// offline and with a null of the manager's stands in orvelloginc.h, at the function of the same name.
+    /// Signs a user in to the online account service. Failures are the two exceptions above. For what a member does while
+    /// offline, or with a null from the manager, see the function of the same name in orvelloginc.h.
     ///
-    /// Any thread may call, for one client one thread at a time. Disposing signs nobody out.
+    /// A client may be used from any thread, but only from one at a time. Disposing it does not sign out.
     public sealed class LoginManagerClient : IDisposable
     {
-        // The library calls the delegates of the last client also after that client is gone, so none is ever let go.
+        // Never removed, so never collected: the library calls the last client's delegates even after that client is gone.
         static readonly Dictionary<Action, Native.Callback> kept = new Dictionary<Action, Native.Callback>();
 
         readonly Native.Client client;
 
-        /// `onLogin`, `onLogout`: called each time the manager reports a sign-in or a sign-out, on whatever thread it
-        /// does; they must not throw. Those of the client whose manager was created last serve all clients.
+        /// `onLogin`, `onLogout`: called each time the manager reports a sign-in or a sign-out, on any thread; they must not
+        /// throw. Those of the client whose manager was created last serve all clients.
         /// `language`: 0 to 13, as the manager numbers them.
         public LoginManagerClient(Action onLogin = null, Action onLogout = null, int language = 0)
         {
@@ -196,7 +196,7 @@ namespace Orvel.Login
         }
     }
 
-    /// The functions as orvelloginc.h declares them.
+    /// The functions of orvelloginc.h. The marshaller copies and frees the BSTRs of `out string` parameters.
     static class Native
     {
         const string Dll = "orvelloginc.dll";
@@ -219,7 +219,7 @@ namespace Orvel.Login
             }
         }
 
-        // Without the last field, the line of UTF-8.
+        // Without the last field, `text`, which `size` tells the library.
         internal struct Failure
         {
             internal int size;
@@ -250,7 +250,7 @@ namespace Orvel.Login
         {
             if (result == Result.Ok)
                 return;
-            // Null where memory did not reach.
+            // The texts are null if there was no memory for them.
             int code = failure.code, hresult = failure.hresult;
             string typeName = failure.typeName == IntPtr.Zero ? "" : Marshal.PtrToStringBSTR(failure.typeName);
             string message = failure.message == IntPtr.Zero ? "" : Marshal.PtrToStringBSTR(failure.message);

@@ -1,4 +1,4 @@
-{ The login library for Delphi and Free Pascal: this one unit, over the plain functions of orvelloginc.dll. For 32-bit
+{ The login library for Delphi and Free Pascal, in this one unit, over the plain functions of orvelloginc.dll. For 32-bit
   Windows programs. }
 unit OrvelLogin;
 
@@ -15,7 +15,7 @@ type
   private
     FCode: Integer;
   public
-    { The manager's number, 0 to 8. 6 is also a manager that gave back no record, 8 any other number. }
+    { The manager's number, 0 to 8; 6 also if the manager returned no record, 8 also for any other number. }
     property Code: Integer read FCode;
   end;
 
@@ -26,14 +26,14 @@ type
     FText: WideString;
     FHResult: Integer;
   public
-    { Full name of the exception's type; empty when no exception stands behind the failure. }
+    { Full name of the managed exception's type; empty if there was no managed exception. }
     property TypeName: WideString read FTypeName;
-    { Its message as UTF-16, whatever the code page. }
+    { The exception's message. UTF-16, whereas Message may lose characters outside the code page. }
     property Text: WideString read FText;
     property HResult: Integer read FHResult;
   end;
 
-  { What the login manager tells of a signed-in user. }
+  { The login manager's data about a signed-in user. }
   TLoginResponse = record
     StatusDescription: WideString; { outcome of the sign-in, as the manager phrased it }
     UserName: WideString;
@@ -44,22 +44,22 @@ type
     DomainName: WideString; { empty when the account has none }
   end;
 
-  { Called for each sign-in or sign-out, on whatever thread the manager reports it, with the context that was given with
-    it. It must not let an exception out. }
+  { Called for each sign-in or sign-out, on whatever thread the manager reports it, with the context that was passed to
+    Create. It must not let an exception escape. }
   TLoginEvent = procedure(Context: Pointer); stdcall;
 
-  { Signs a user in to the online account service. The two exceptions above are its failures; what each method does
-    offline and with a null of the manager's stands in orvelloginc.h, at the function of the same name.
+  { Signs a user in to the online account service. Failures are the two exceptions above. For what a method does while
+    offline, or with a null from the manager, see the function of the same name in orvelloginc.h.
 
-    Any thread may call, for one client one thread at a time. Freeing a client signs nobody out. }
+    A client may be used from any thread, but only from one at a time. Freeing it does not sign out. }
   TLoginManagerClient = class
   private
     FClient: Pointer;
     function GetOfflineMode: Boolean;
     procedure SetOfflineMode(Value: Boolean);
   public
-    { The callbacks of the client whose manager was created last serve all clients, also after that client is freed: give
-      them contexts that live as long as the program. Language: 0 to 13, as the manager numbers them. }
+    { The callbacks of the client whose manager was created last serve all clients, even after that client is freed, so
+      contexts must stay valid until the program ends. Language: 0 to 13, as the manager numbers them. }
     constructor Create(OnLogin, OnLogout: TLoginEvent; LoginContext: Pointer = nil; LogoutContext: Pointer = nil;
       Language: Integer = 0);
     destructor Destroy; override;
@@ -99,14 +99,14 @@ const
   NoMemory = 3;
 
 type
-  { The library writes its texts where the fields are, and the fields own them. }
+  { A WideString is a BSTR: the library stores its texts in the fields, which free them. }
   TFailure = record
     Size: Integer;
     Code: Integer;
     HResult: Integer;
     TypeName: WideString;
     Message: WideString;
-    { here ends what is asked for; the line of UTF-8 is not }
+    { without the last field of the C structure, the text in UTF-8, which Size tells the library }
   end;
 
   TRecord = record
@@ -164,7 +164,7 @@ function orvellogin_isDunmorePlatformTokenExpired(Client: Pointer; Token: PWideC
 procedure orvellogin_setOrvelOfflineMode(Client: Pointer; Offline: Integer); stdcall; external Dll;
 function orvellogin_isOrvelOfflineMode(Client: Pointer): Integer; stdcall; external Dll;
 
-{ Raises what a call ended in, unless it ended well. }
+{ Raises the exception for the result of a call, unless it is 0. }
 procedure Check(Ended: Integer; const Failure: TFailure);
 var
   Refused: ELoginManager;
@@ -191,7 +191,8 @@ begin
   end;
 end;
 
-{ The fields of a new record are nil, as the library wants to find them. }
+{ Only sets the size: the compiler initialises the strings of a new record to nil, so the library overwrites nothing that
+  would have to be freed. }
 procedure Prepare(var Failure: TFailure); overload;
 begin
   Failure.Size := SizeOf(Failure);

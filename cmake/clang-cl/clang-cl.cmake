@@ -1,5 +1,5 @@
-# Programs of Microsoft's binary interface without anything of Microsoft's: clang-cl and lld, libc++'s headers, Wine's C
-# library. -DHOSTS=... names the folder that script/hosts/build made.
+# Builds programs for Microsoft's ABI without Microsoft's tools: with clang-cl and lld, libc++'s headers and Wine's C library.
+# -DHOSTS=... names the folder that script/hosts/build made.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86)
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)

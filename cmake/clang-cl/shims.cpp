@@ -1,5 +1,5 @@
-// What a program of the MSVC ABI takes from its start-up code and from libc++'s own library, neither of which Debian
-// has. Wine's C library has the rest. Compiled without type information, whose class it defines.
+// The parts of the start-up code and of libc++'s library that a program for Microsoft's ABI needs, because Debian has
+// neither. Wine's C library provides the rest. Compiled without RTTI, because this file defines type_info.
 
 #include <stdlib.h>
 
@@ -12,7 +12,7 @@ public:
     virtual ~type_info();
 };
 type_info::~type_info() = default;
-// So that the class's table of functions is emitted, which each type's description names.
+// Makes the compiler emit the virtual table of type_info, to which the RTTI data of every type refers.
 type_info instance;
 
 void* operator new(std::size_t size) {
@@ -44,7 +44,7 @@ bad_array_new_length::~bad_array_new_length() noexcept = default;
 const char* bad_array_new_length::what() const noexcept {
     return "bad_array_new_length";
 }
-// Of literals only.
+// Only used with literals, so the text need not be copied.
 __libcpp_refstring::__libcpp_refstring(const char* text) : __imp_(text) {}
 __libcpp_refstring::__libcpp_refstring(const __libcpp_refstring&) noexcept = default;
 __libcpp_refstring::~__libcpp_refstring() = default;
@@ -58,7 +58,7 @@ length_error::~length_error() noexcept = default;
 
 }  // namespace std
 
-// Wine declares atexit as imported.
+// Wine's header declares atexit as imported.
 #pragma clang diagnostic ignored "-Winconsistent-dllimport"
 extern "C" {
 int _fltused = 1;

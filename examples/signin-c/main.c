@@ -1,4 +1,4 @@
-/* Signs a user in and out through the plain functions and shows what a host gets to see. C89. */
+/* Signs a user in and out through the plain functions, and prints all that they return. C89. */
 
 #include <stdio.h>
 #include <string.h>
@@ -26,12 +26,12 @@ static void showAndClear(orvellogin_response* user) {
     orvellogin_clearResponse(user);
 }
 
-/* A callback gets the context that was given with it, and may arrive on any thread: do little here. */
+/* A callback gets the context that was registered with it. It may be called on any thread, so do little in it. */
 static void ORVELLOGIN_CALL onEvent(void* context) {
     printf("  [%s callback, thread %lu]\n", (const char*)context, GetCurrentThreadId());
 }
 
-/* Says what failed, and whether anything did. */
+/* Prints a failure. Returns whether there was one. */
 static int failed(orvellogin_result result, orvellogin_failure* failure) {
     if (result == orvellogin_ok) {
         return 0;

@@ -3,7 +3,7 @@ using System.Text;
 using System.Threading;
 using Orvel.Login;
 
-/// Signs a user in and out through the library and shows what a host gets to see.
+/// Signs a user in and out through the library, and prints all that it returns.
 static class Program
 {
     static void Show(string name, string value)
@@ -22,7 +22,7 @@ static class Program
         Show("domainName", user.DomainName);
     }
 
-    // A callback may arrive on any thread: do little here and let nothing out.
+    // A callback may be called on any thread, so do little in it. It must not let an exception escape.
     static void SignedIn()
     {
         Console.WriteLine("  [sign-in callback, thread {0}]", Thread.CurrentThread.ManagedThreadId);

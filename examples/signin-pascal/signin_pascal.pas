@@ -1,4 +1,4 @@
-{ Signs a user in and out through the library and shows what a host gets to see. }
+{ Signs a user in and out through the library, and prints all that it returns. }
 program signin_pascal;
 
 {$IFDEF FPC}{$MODE DELPHI}{$ENDIF}
@@ -28,7 +28,8 @@ begin
   Show('domainName', User.DomainName);
 end;
 
-{ A callback gets the context that was given with it, and may arrive on any thread: do little here, let nothing out. }
+{ A callback gets the context that was registered with it. It may be called on any thread, so do little in it. It must
+  not let an exception escape. }
 procedure OnEvent(Context: Pointer); stdcall;
 begin
   WriteLn('  [', PAnsiChar(Context), ' callback, thread ', GetCurrentThreadId, ']');
@@ -36,7 +37,7 @@ end;
 
 procedure Run;
 const
-  { In Greek; by number, so that no compiler's code page matters. }
+  { Greek letters as numbers, so that the code page that the compiler assumes does not matter. }
   GreekPassword: WideString = #$03BA#$03C9#$03B4#$03B9#$03BA#$03CC#$03C2;
 var
   Client: TLoginManagerClient;

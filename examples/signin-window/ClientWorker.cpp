@@ -7,7 +7,8 @@
 
 namespace {
 
-// The library's callbacks carry no context, may arrive on any thread, and may outlive the client.
+// The window that gets the callbacks' messages. Global, because callbacks have no context; atomic, because they may be
+// called on any thread, even after the client is destroyed.
 std::atomic<HWND> listener;
 
 void tell(UINT message) {
@@ -36,8 +37,8 @@ const std::pair<const wchar_t*, Getter> getters[] = {
     {L"Space", &LoginManagerClient::getSpaceURL},
 };
 
-/// Adds to `answer` what is known of the user. A getter that fails leaves what was learnt before it. Offline the
-/// library answers the getters without asking anybody, so an empty text then means that the value is not known.
+/// Adds what is known about the user to `answer`. If a getter fails, the values before it remain. While offline the
+/// getters always return an empty text, so the values are shown as unknown.
 // cppcheck-suppress constParameter ; the getters, which are not const, are called through pointers
 void describe(LoginManagerClient& client, const LoginResponse& user, bool offline, Answer& answer) {
     answer.details = {
@@ -54,7 +55,7 @@ void carryOut(LoginManagerClient& client, const Request& request, Answer& answer
     client.setOrvelOfflineMode(request.offline);
     switch (request.action) {
         case Request::signIn:
-            // The client takes strings by value: the one made here is out of reach afterwards, and not wiped.
+            // login() takes strings by value and wipes its copy of the password.
             describe(client, client.login(request.account, request.password.c_str()), request.offline, answer);
             break;
         case Request::refresh:
@@ -98,26 +99,26 @@ Answer ClientWorker::takeAnswer() {
 }
 
 void ClientWorker::run() noexcept {
-    std::optional<LoginManagerClient> client;  // made and destroyed on this thread, like every call in between
+    std::optional<LoginManagerClient> client;  // created, used and destroyed on this thread only
     std::unique_lock<std::mutex> lock(mutex);
     for (;;) {
         changed.wait(lock, [this] { return stopping || request; });
         if (stopping) {
             return;
         }
-        const Request current = std::move(*request);  // wiped at the end of its turn
+        const Request current = std::move(*request);  // its password is wiped at the end of the iteration
         request.reset();
         lock.unlock();
         Answer result;
         try {
-            if (!client) {  // not sooner: a runtime that is missing is then reported like any other failure
+            if (!client) {  // created here, so that a missing runtime is reported like any other failure
                 client.emplace(signedIn, signedOut, uiLangFallback);
             }
             carryOut(*client, current, result);
-        } catch (loginManagerException* report) {  // the manager's own: thrown by pointer, ours to delete
+        } catch (loginManagerException* report) {  // the manager's own report: a pointer, which the catcher deletes
             result.status = sentence(report->code);
             delete report;
-        } catch (const std::exception& failure) {  // loginRuntimeException, and whatever else
+        } catch (const std::exception& failure) {  // loginRuntimeException and any other exception
             result.status = widened(failure.what());
         }
         lock.lock();

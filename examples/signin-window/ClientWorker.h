@@ -12,11 +12,11 @@
 
 #include "Secret.h"
 
-/// What the worker posts to the window. No message carries a pointer, so one that is never read leaks nothing.
+/// Messages that the worker posts to the window. None carries a pointer, so a message that is never read leaks nothing.
 enum : UINT {
-    WM_APP_ANSWERED = WM_APP,  ///< the request has been carried out: fetch the answer
-    WM_APP_SIGNED_IN,          ///< the manager reports a sign-in, during a request or not
-    WM_APP_SIGNED_OUT,         ///< the manager reports a sign-out, during a request or not
+    WM_APP_ANSWERED = WM_APP,  ///< the request was carried out: call takeAnswer()
+    WM_APP_SIGNED_IN,          ///< the manager reported a sign-in; may come at any time
+    WM_APP_SIGNED_OUT,         ///< the manager reported a sign-out; may come at any time
 };
 
 struct Request {
@@ -27,23 +27,23 @@ struct Request {
 };
 
 struct Answer {
-    std::wstring status;                                           ///< how it went, as a sentence
-    std::vector<std::pair<const wchar_t*, std::wstring>> details;  ///< name and value; what was learnt before a failure
+    std::wstring status;                                           ///< the outcome, as a sentence
+    std::vector<std::pair<const wchar_t*, std::wstring>> details;  ///< names and values; after a failure maybe not all
 };
 
-/// A thread that owns the login client and makes every call into it. One request at a time; the window hears of the
-/// answer, and of the manager's events, by posted messages. At most one worker at a time in a process.
+/// A thread that owns the login client and makes all calls into it. It carries out one request at a time, and posts the
+/// messages above to the window. At most one worker may exist in a process at a time.
 class ClientWorker {
 public:
     explicit ClientWorker(HWND windowIn);
-    /// Waits until the running request has been carried out and the client is destroyed, which lasts as long as the
-    /// manager wants: a call into it cannot be broken off.
+    /// Waits for the running request and the destruction of the client. There is no time limit, because a call into the
+    /// manager cannot be cancelled.
     ~ClientWorker();
 
-    /// Hands a request over. The one before must have been answered.
+    /// Starts a request. The previous one must have been answered.
     void ask(Request next);
 
-    /// The answer to the last request. To be called once for each WM_APP_ANSWERED.
+    /// The answer to the last request. Call it once for each WM_APP_ANSWERED.
     Answer takeAnswer();
 
 private:

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-/// A text that is wiped from memory when it is no longer needed. Moving hands the same memory on; copying is not
-/// possible, so that no copy is forgotten.
+/// A text that is wiped from memory by its destructor. It cannot be copied, so that no copy is forgotten; moving passes
+/// the same memory on.
 class Secret {
 public:
     Secret() = default;

@@ -12,7 +12,7 @@ namespace {
 
 constexpr wchar_t askingForDetails[] = L"Asking for the details…";
 
-/// How long the manager may keep the process alive after its window was closed, in milliseconds.
+/// How long the process waits for the manager after the window was closed, in milliseconds.
 constexpr DWORD patience = 2000;
 
 }  // namespace
@@ -26,7 +26,8 @@ int SigninDialog::run(HINSTANCE instance) {
     return result == -1 ? 1 : 0;
 }
 
-// No exception may pass through the system's frames: what reaches here (out of memory) ends the process.
+// noexcept, because no exception may pass through the system's stack frames: one that reaches this function (out of
+// memory) ends the process.
 INT_PTR CALLBACK SigninDialog::procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
     if (message == WM_INITDIALOG) {
         SetWindowLongPtrW(window, DWLP_USER, lParam);
@@ -73,7 +74,7 @@ bool SigninDialog::handle(UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_APP_ANSWERED:
             answered();
             return true;
-        // Whoever signed in or out: this window, another part of the host, or the manager itself.
+        // This window, another part of the host, or the manager itself may have caused these.
         case WM_APP_SIGNED_IN:
             signedIn = true;
             if (!busy) {
@@ -95,7 +96,7 @@ bool SigninDialog::handle(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 void SigninDialog::command(int id, int notification) {
-    if (id == IDCANCEL) {  // the Escape key, and the system's close button too
+    if (id == IDCANCEL) {  // the Escape key or the close button
         close();
     } else if ((id == IDC_ACCOUNT || id == IDC_PASSWORD) && notification == EN_CHANGE) {
         enableControls();
@@ -113,8 +114,8 @@ void SigninDialog::command(int id, int notification) {
 }
 
 void SigninDialog::close() {
-    // A manager that does not return, from a call or from its disposal, must not keep the process: nothing can break it
-    // off.
+    // If the manager does not return from a call or from its disposal, end the process anyway: such a call cannot be
+    // cancelled.
     std::thread([] {
         Sleep(patience);
         TerminateProcess(GetCurrentProcess(), 0);
@@ -126,7 +127,7 @@ void SigninDialog::ask(Request request, const wchar_t* progress) {
     busy = true;
     action = request.action;
     focus = GetFocus();
-    SetFocus(item(IDC_DETAILS));  // stays enabled: a control that is disabled while it has the focus takes it along
+    SetFocus(item(IDC_DETAILS));  // this control stays enabled; disabling the focused one would lose the keyboard focus
     enableControls();
     showStatus(progress);
     worker->ask(std::move(request));
@@ -137,7 +138,7 @@ void SigninDialog::answered() {
     const Answer answer = worker->takeAnswer();
     show(answer);
     enableControls();
-    // To the next step, unless the user has gone elsewhere meanwhile.
+    // Move the focus to the next step, unless the user has moved it meanwhile.
     if (GetFocus() == item(IDC_DETAILS)) {
         if (action == Request::signIn) {
             focusOn(answer.details.empty() ? IDC_PASSWORD : IDC_SIGN_OUT);
@@ -154,7 +155,7 @@ Secret SigninDialog::takePassword() {
     const int length = GetWindowTextLengthW(edit);
     Secret password(static_cast<std::size_t>(length));
     GetWindowTextW(edit, password.data(), password.capacity());
-    // The control keeps its memory when it is emptied, so that is overwritten first.
+    // Overwritten first, because the control keeps its old memory when it is emptied.
     SetWindowTextW(edit, std::wstring(static_cast<std::size_t>(length), L'*').c_str());
     SetWindowTextW(edit, L"");
     return password;
@@ -163,7 +164,7 @@ Secret SigninDialog::takePassword() {
 void SigninDialog::show(const Answer& answer) {
     showStatus(answer.status);
     if (answer.details.empty()) {
-        return;  // a refused sign-in leaves whoever is signed in
+        return;  // a refused sign-in does not sign out the current user, so keep the details
     }
     const HWND list = item(IDC_DETAILS);
     ListView_DeleteAllItems(list);
@@ -182,7 +183,7 @@ void SigninDialog::showStatus(const std::wstring& text) {
     SetDlgItemTextW(window, IDC_STATUS, withLineEnds(text).c_str());
 }
 
-// Signed in, an empty password is one that was not typed: Enter must not sign in again with it.
+// While somebody is signed in, the Enter key must not sign in again with the empty password field.
 bool SigninDialog::canSignIn() const {
     return !busy && GetWindowTextLengthW(item(IDC_ACCOUNT)) > 0 &&
            (!signedIn || GetWindowTextLengthW(item(IDC_PASSWORD)) > 0);

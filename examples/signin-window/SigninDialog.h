@@ -9,7 +9,7 @@
 #include "Secret.h"
 #include "resource.h"
 
-/// The window. It makes no call into the login client itself, so it answers at all times.
+/// The window. It never calls the login client itself, so it stays responsive.
 class SigninDialog {
 public:
     /// Shows the window until it is closed. Returns the program's exit code.
@@ -34,9 +34,9 @@ private:
     bool offline() const { return IsDlgButtonChecked(window, IDC_OFFLINE) == BST_CHECKED; }
 
     HWND window = nullptr;
-    HWND focus = nullptr;   // the control that had it before the running request
-    bool signedIn = false;  // as the manager's events tell
+    HWND focus = nullptr;   // the control that had the focus before the running request
+    bool signedIn = false;  // according to the manager's events
     bool busy = false;
-    Request::Action action = Request::refresh;  // the last request's
+    Request::Action action = Request::refresh;  // of the last request
     std::optional<ClientWorker> worker;
 };

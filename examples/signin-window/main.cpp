@@ -1,4 +1,4 @@
-// Signs a user in and out from a window: what a desktop host looks like.
+// A desktop host: signs a user in and out from a window.
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// Read by the resource compiler too, hence macros.
+// Macros, because the resource compiler reads this file too.
 #define IDD_SIGNIN 100
 #define IDC_ACCOUNT 101
 #define IDC_PASSWORD 102

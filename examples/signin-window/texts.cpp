@@ -5,7 +5,7 @@
 #include <cstring>
 
 std::wstring sentence(statusCode code) {
-    // The deployed login manager defines what a code means; these are the stand-ins' meanings.
+    // The meanings of the stand-in. The deployed login manager defines what its codes mean.
     static const wchar_t* const sentences[] = {
         L"The login manager reports a success as a failure",
         L"The password is wrong",

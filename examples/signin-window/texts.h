@@ -4,11 +4,11 @@
 
 #include "login/loginManagerException.h"
 
-/// The login manager's report as a sentence for the user, with its code for the support desk.
+/// The login manager's report as a sentence for the user, with its code for support.
 std::wstring sentence(statusCode code);
 
-/// The text of any other failure (`std::exception::what`, in UTF-8).
+/// Converts the text of any other failure (`std::exception::what`) from UTF-8.
 std::wstring widened(const char* utf8);
 
-/// The same text with the line ends that a Windows control wants, whichever it has.
+/// The text with CR LF line ends, which Windows controls need. Existing CR LF are kept.
 std::wstring withLineEnds(const std::wstring& text);

@@ -1,4 +1,4 @@
-// Signs a user in and out through the library and shows what a host gets to see.
+// Signs a user in and out through the library, and prints all that it returns.
 
 #include <windows.h>
 
@@ -31,7 +31,7 @@ void show(const LoginResponse& user) {
     show("domainName", user.domainName);
 }
 
-// A callback takes no arguments and may arrive on any thread: do little here and let nothing out.
+// A callback may be called on any thread, so do little in it. It must not let an exception escape.
 void signedIn() {
     std::printf("  [sign-in callback, thread %lu]\n", GetCurrentThreadId());
 }

@@ -25,9 +25,8 @@ namespace OrvelLoginClient
         public string domainName;
     }
 
-    /// A login manager with a small account store in memory and no server: enough to see the library work.
-    ///
-    /// Tests steer it through Steering.
+    /// A login manager with a small account store in memory and without a server, for trying the library out. Tests control
+    /// it through Steering.
     public class LoginManagerClient : IDisposable
     {
         class Account
@@ -35,14 +34,14 @@ namespace OrvelLoginClient
             public string Password, FirstName, LastName, RowId, Alias, Domain;
         }
 
-        // Nobody's secrets: these accounts exist in this file only.
+        // Not secrets: these accounts exist only in this file.
         static readonly Dictionary<string, Account> accounts = new Dictionary<string, Account>
         {
             { "ada@example.com", new Account { Password = "analytical engine", FirstName = "Ada", LastName = "Lovelace", RowId = "1815", Alias = "Countess", Domain = "example.com" } },
             { "zoe@example.com", new Account { Password = "κωδικός", FirstName = "Ζωή", LastName = "Παπαδοπούλου", RowId = "2042", Alias = "Zoë 🦉", Domain = null } },
         };
 
-        static string lastUser; // whom login() without credentials signs in
+        static string lastUser; // login() without credentials signs this user in
         static string dunmoreToken;
 
         readonly LoginHandlerDelegate loggedIn;
@@ -152,7 +151,7 @@ namespace OrvelLoginClient
             return Steering.Text("getDNMAccessToken", dunmoreToken);
         }
 
-        /// A token begins with the ticks at which it expires; one that does not has expired.
+        /// A token begins with the ticks at which it expires. Any other text counts as expired.
         public static bool isDunmorePlatformTokenExpired(string token)
         {
             Steering.Obey("isDunmorePlatformTokenExpired");

@@ -7,33 +7,33 @@ using loginManagerUtils;
 
 namespace OrvelLoginClient
 {
-    /// Lets a test decide what the stand-in does. The environment variable ORVEL_STANDIN, read whenever a manager is
-    /// created, holds `member=command` pairs separated by ";". A member is one of the manager's or the record's, or
+    /// Lets tests control the stand-in. The environment variable ORVEL_STANDIN, read whenever a manager is created, holds
+    /// `member=command` pairs separated by ";". A member is one of the manager's members or of the record's fields, or
     /// "events" for how events are raised.
     ///
-    ///     null          gives back null
-    ///     echo          gives back the argument (login: as userName and firstName)
+    ///     null          returns null
+    ///     echo          returns the argument (login: as userName and firstName)
     ///     status N      throws a LoginManagerException with that status
-    ///     throw TYPE    throws an exception of that type of mscorlib's, with what follows as its message, or "on request"
+    ///     throw TYPE    throws an exception of that type in mscorlib; the rest is its message, by default "on request"
     ///     wrapped       throws an exception that wraps two others, the first of which has a cause
-    ///     chain N L     throws N exceptions, one inside the other, with messages of L letters
+    ///     chain N L     throws N exceptions, each wrapping the next, with messages of L letters
     ///     abort         aborts the thread
-    ///     divide        divides by zero, which no floating-point control of the host's may make an error
-    ///     handlers      gives back which handlers the manager was created with: "none", "login", "logout" or "login logout"
-    ///     alive         gives back how many managers there are after a collection
-    ///     huge          gives back a text of 40 million letters
-    ///     load NAME     loads an assembly by that display name; gives back where from, or "not found"
+    ///     divide        divides by zero, to test that the host's floating-point control does not make it raise an error
+    ///     handlers      returns which handlers the manager was created with: "none", "login", "logout" or "login logout"
+    ///     alive         returns the number of managers after a garbage collection
+    ///     huge          returns a text of 40 million letters
+    ///     load NAME     loads an assembly by that display name; returns its location, or "not found"
     ///     collect       runs the garbage collector
     ///     wait NAME     waits until the event of that name is set
     ///     event         Dispose: raises the sign-out event
-    ///     thread        raises events on a thread of their own
+    ///     thread        raises events on a new thread
     ///     pool          raises events on a thread of the pool
     static class Steering
     {
         public static string Handlers; // of the manager created last
         public static int Alive;
         static string huge;
-        static Dictionary<string, string> commands; // null when nothing is steered, so that then nothing is slowed
+        static Dictionary<string, string> commands; // null if there are none, so that benchmarks pay for no look-up
 
         public static void Read()
         {
@@ -80,7 +80,7 @@ namespace OrvelLoginClient
             return command.StartsWith("load ", StringComparison.Ordinal) ? Load(command.Substring(5)) : otherwise;
         }
 
-        /// Throws, waits or collects if the member is to; returns its command, or null if it has none.
+        /// Carries out the member's command if it is to throw, wait or collect. Returns the command, or null if there is none.
         public static string Obey(string member)
         {
             string command;

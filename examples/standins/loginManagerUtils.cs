@@ -6,14 +6,14 @@ using System.Reflection;
 
 namespace loginManagerUtils
 {
-    /// Languages of this stand-in's user interface.
+    /// Languages of the user interface, as this stand-in numbers them.
     public enum langCode
     {
         English, ChineseSimplified, ChineseTraditional, Czech, French, German, Italian, Japanese, Korean, Polish,
         PortugueseBrazil, Russian, Spanish, Turkish
     }
 
-    /// Outcomes of this stand-in.
+    /// Status codes, as this stand-in numbers them.
     public enum loginManagerStatusCode
     {
         Success, WrongPassword, UnknownUser, SessionExpired, ServerUnreachable, AccountLocked, NoResponse, NotSignedIn, Other

@@ -1,8 +1,8 @@
-// Exceptions inside this DLL, which contains its own unwinder, in a process where the compiler's shared one is loaded.
+// Makes exceptions inside this DLL work in a process that has the compiler's shared unwinder loaded as well.
 //
-// The compiler's start-up code hands a module's unwind tables to libgcc_s_dw2-1.dll whenever that DLL is in the
-// process, also those of a module that was linked with -static. This module's own unwinder then knows no tables, and
-// the first exception ends the process. So it is handed them here too.
+// This DLL is linked with -static and contains its own unwinder. But if libgcc_s_dw2-1.dll is loaded in the process,
+// the compiler's start-up code registers the unwind tables there instead. This DLL's own unwinder then has no tables,
+// and the first exception ends the process. So the tables are registered with it here.
 
 #include <windows.h>
 
@@ -14,8 +14,8 @@ extern IMAGE_DOS_HEADER __ImageBase;
 extern const unsigned char insideUnwindTables[] __asm__("_orvellogin_inside_unwind_tables");
 }
 
-// A place in the tables, which tells their section from the others: debug information decides whether the image has its
-// whole name.
+// A label inside the tables, to find their section. Its name does not help: ".eh_frame" is too long for a section
+// header, and the full name is only there in an image with debug information.
 __asm__(
     ".section .eh_frame, \"dr\"\n"
     "_orvellogin_inside_unwind_tables:\n"
@@ -23,12 +23,12 @@ __asm__(
 
 namespace {
 
-// Before the constructors of static objects, which may throw.
+// Runs before the constructors of static objects, which may throw.
 __attribute__((constructor(101))) void registerOwnUnwindTables() {
     if (!GetModuleHandleW(L"libgcc_s_dw2-1.dll")) {
         return;
     }
-    // The unwinder's book-keeping for one module: six words as it stands, with room to spare.
+    // The unwinder's own data about one module: six words in GCC 12, with room to spare.
     static void* object[16];
     const auto base = reinterpret_cast<std::uintptr_t>(&__ImageBase);
     const auto place = reinterpret_cast<std::uintptr_t>(insideUnwindTables) - base;

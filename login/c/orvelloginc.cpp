@@ -23,7 +23,7 @@ using namespace OrvelLoginClientCLR;
 
 namespace {
 
-// A host's callbacks with their contexts.
+// One client's callbacks with their contexts.
 struct Callbacks {
     orvellogin_callback login;
     void* loginContext;
@@ -36,7 +36,7 @@ struct Callbacks {
     }
 };
 
-// The one object that stands for these callbacks. Never freed: an event on another thread may be reading it.
+// The one shared copy of these callbacks. Never freed, because an event on another thread may be reading it.
 const Callbacks* kept(const Callbacks& callbacks) {
     static std::mutex& guard = *new std::mutex;
     static std::set<Callbacks>& all = *new std::set<Callbacks>;
@@ -44,8 +44,8 @@ const Callbacks* kept(const Callbacks& callbacks) {
     return &*all.insert(callbacks).first;
 }
 
-// The callbacks of the client whose manager was created last. One pointer, so that no event meets one client's function
-// and another's context.
+// The callbacks of the client whose manager was created last. One pointer, so that an event never calls the function of
+// one client with the context of another.
 std::atomic<const Callbacks*> current{nullptr};
 
 void onLogin() {
@@ -69,7 +69,7 @@ struct orvellogin_client {
         : callbacks(kept(given)),
           client(given.login ? &onLogin : nullptr, given.logout ? &onLogout : nullptr, static_cast<uiLang>(language)) {}
 
-    // Whoever makes the bridge makes its callbacks those that count.
+    // The client's bridge. Creating it makes this client's callbacks the current ones.
     LoginManagerClientCLR& bridge() {
         if (!client.bridge) {
             current = callbacks;
@@ -81,7 +81,7 @@ struct orvellogin_client {
         return *made;
     }
 
-    // Stores an answer of the manager's, in which a null is an empty text.
+    // Stores a text from the manager; a null is stored as an empty text.
     void put(wchar_t** place, ManagedString& text) const {
         if (receiver) {
             if (!(text.isNull() ? receiver(place, L"", 0) : receiver(place, text.chars(), text.units()))) {
@@ -104,15 +104,15 @@ namespace {
 
 using Member = ManagedMember ManagerMembers::*;
 
-// Whether an exception of the manager's own kind is its report or one like any other.
+// Whether the manager's own exception becomes orvellogin_reported, or orvellogin_failed like any other exception.
 enum class Report { translated, untranslated };
 
-// What a null of the manager's becomes.
+// What a null from the manager becomes.
 enum class Null { empty, failure };
 
+// Whether a function returns an empty text while offline, or ignores the flag.
 enum class Offline { empty, ignored };
 
-// The fields of a record.
 struct Field {
     wchar_t* orvellogin_response::*given;
     ManagedString ManagedRecord::*managers;
@@ -128,7 +128,7 @@ constexpr Field fields[] = {
     {&orvellogin_response::domainName, &ManagedRecord::domainName, Null::empty},
 };
 
-// The text of a failure is the one field that a caller may leave out.
+// The smallest size of a failure: only its last field, the text, is optional.
 constexpr int withoutText = offsetof(orvellogin_failure, text);
 
 void reset(orvellogin_failure& failure) {
@@ -141,7 +141,7 @@ void reset(orvellogin_failure& failure) {
     }
 }
 
-// As far as memory reaches: a text that cannot be had is null.
+// Fills in a failure. Never fails itself: a text for which there is no memory is null.
 void describe(orvellogin_failure* failure, int code, HRESULT hresult, const std::wstring& typeName,
               const std::wstring& message, const char* text) {
     if (!failure) {
@@ -156,6 +156,7 @@ void describe(orvellogin_failure* failure, int code, HRESULT hresult, const std:
     }
 }
 
+// For ASCII texts, whose bytes are also UTF-16 units.
 void describe(orvellogin_failure* failure, int code, HRESULT hresult, const std::string& text) {
     describe(failure, code, hresult, std::wstring(), std::wstring(text.begin(), text.end()), text.c_str());
 }
@@ -170,7 +171,7 @@ orvellogin_result failed(orvellogin_failure* failure, const loginRuntimeExceptio
     return orvellogin_failed;
 }
 
-// What a call with impossible arguments ends in.
+// Thrown for invalid arguments.
 struct BadCall {
     const char* what;
 };
@@ -181,8 +182,8 @@ void require(bool condition, const char* what) {
     }
 }
 
-// The only way into the library: what is thrown is described, and nothing leaves. What the manager does is no exception
-// here, but data; throwing costs as much as a call.
+// Every function that can fail runs in here. Exceptions become a result and a description; none leaves. The manager's
+// failures are data and not thrown, because throwing costs as much as a call.
 orvellogin_result run(orvellogin_failure* failure, orvellogin_result (*call)(void*), void* body) noexcept {
     if (failure) {
         if (failure->size < withoutText) {
@@ -217,7 +218,7 @@ TextArgument argument(const wchar_t* text, int length) {
     return {text, length == -1 ? static_cast<std::int32_t>(std::wcslen(text)) : length};
 }
 
-// Calls a member of the manager's, which is created if need be.
+// Calls a member of the manager, which is created if necessary.
 orvellogin_result call(orvellogin_client& client, Member member, Report report, orvellogin_failure* failure,
                        void* result, const TextArgument* first = nullptr, const TextArgument* second = nullptr) {
     const ManagerHandle manager = client.bridge().manager();
@@ -232,7 +233,7 @@ orvellogin_result call(orvellogin_client& client, Member member, Report report, 
                   managedFailure(ended.typeName.toNativeOrEmpty(), ended.message.toNativeOrEmpty(), ended.hresult));
 }
 
-// A function whose result is a text, and which may take one.
+// The body of a function that returns a text, and may take one (`of`).
 orvellogin_result text(orvellogin_client* client, Member member, Report report, Null null, Offline offline,
                        wchar_t** result, orvellogin_failure* failure, const TextArgument* of = nullptr) {
     require(client && result, "the client or the place for the result is null");
@@ -250,7 +251,8 @@ orvellogin_result text(orvellogin_client* client, Member member, Report report, 
     return orvellogin_ok;
 }
 
-// A result is null until it is there; but with a receiver its place is the caller's.
+// Sets a result to null, so that it is null after a failure. With a receiver the place belongs to the caller and is not
+// touched.
 void reset(const orvellogin_client* client, wchar_t** result) {
     if (result && !(client && client->receiver)) {
         *result = nullptr;
@@ -285,7 +287,7 @@ orvellogin_result plainGetter(orvellogin_client* client, Member member, wchar_t*
     return textFunction(client, member, Report::untranslated, Null::empty, Offline::empty, result, failure);
 }
 
-// A function without a result.
+// A function that returns nothing.
 orvellogin_result plain(orvellogin_client* client, Member member, Report report, orvellogin_failure* failure) {
     return guarded(failure, [&] {
         require(client, "the client is null");
@@ -305,6 +307,7 @@ orvellogin_result handOver(const orvellogin_client& client, ManagedRecord& from,
     if (!from.present) {
         return reported(failure, statusCodeNoResponse);
     }
+    // Checked before anything is stored, so that a failure leaves every field null.
     for (const Field& field : fields) {
         if ((from.*field.managers).isNull() && field.null == Null::failure) {
             return failed(failure, nullStringFailure());
@@ -323,7 +326,7 @@ orvellogin_result handOver(const orvellogin_client& client, ManagedRecord& from,
     return orvellogin_ok;
 }
 
-// A function whose result is a record.
+// The body of a function that returns a record.
 orvellogin_result record(orvellogin_client* client, Member member, orvellogin_response* response,
                          orvellogin_failure* failure, const TextArgument* first = nullptr,
                          const TextArgument* second = nullptr) {
@@ -341,7 +344,7 @@ int ORVELLOGIN_CALL orvellogin_version() {
 }
 
 void ORVELLOGIN_CALL orvellogin_free(wchar_t* text) {
-    if (text) {  // it may be a token, a cookie or a ticket
+    if (text) {  // wiped, because it may be a token, a cookie or a ticket
         wipe(text, SysStringLen(text));
         SysFreeString(text);
     }

@@ -16,19 +16,20 @@ namespace OrvelLoginClientCLR
         }
     }
 
-    /// The one shape of every call from the native side: `ManagedCall` in login/ManagedPart.h.
+    /// The signature of every call from the native side: `ManagedCall` in login/ManagedPart.h.
     [UnmanagedFunctionPointer(CallingConvention.Cdecl)]
     unsafe delegate int NativeCall(IntPtr manager, Text* first, Text* second, void* result, Failure* failure);
 
-    /// What a call does. It may throw.
+    /// The implementation of a call. It may throw.
     unsafe delegate void Body(IntPtr manager, Text* first, Text* second, void* result);
 
     static unsafe class Boundary
     {
-        /// `body` as native code can call it. An exception that got out into native code would end the process.
+        /// Wraps `body` for native code: catches everything, because an exception that escapes into native code ends the
+        /// process.
         ///
-        /// Whatever names an outside type or member must stand in a body: if the type or member is missing, the runtime
-        /// throws when it compiles the body, which is inside the try.
+        /// Refer to outside types and members only inside a body. If one is missing, the runtime throws when it compiles
+        /// the body, which happens inside the try.
         public static NativeCall Guarded(Body body)
         {
             return (manager, first, second, result, failure) =>

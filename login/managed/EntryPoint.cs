@@ -5,7 +5,7 @@ using System.Runtime.InteropServices;
 
 namespace OrvelLoginClientCLR
 {
-    /// What the native side says of itself, and what it gets. Layout: `Handshake` in login/ManagedPart.cpp.
+    /// The sizes that the native side uses, and the calls that it gets. Layout: `Handshake` in login/Handshake.h.
     [StructLayout(LayoutKind.Sequential)]
     unsafe struct Handshake
     {
@@ -25,21 +25,20 @@ namespace OrvelLoginClientCLR
         }
     }
 
-    /// Where the native side enters. Nothing in this class may name a type of the outside assemblies: it runs before they
-    /// can be found. And it is sparing with the class library, because each part of it that is used for the first time takes
+    /// The entry point for the native side. This class must not refer to types of the outside assemblies, because it runs
+    /// before they can be found. It also avoids the class library, because the first use of each of its classes costs
     /// milliseconds of the host's first call.
     public static unsafe class EntryPoint
     {
-        /// Number of the agreement with the native side: `agreementVersion` in login/ManagedPart.h.
+        /// Version of the interface with the native side: `agreementVersion` in login/ManagedPart.h.
         const int AgreementVersion = 2;
 
-        // Native code holds their addresses, so they must live as long as the process.
+        // Native code holds pointers to these delegates, so they must live as long as the process.
         static readonly NativeCall registerResolveHandler = Boundary.Guarded((m, a, b, r) => RegisterResolveHandler());
         static readonly NativeCall bindManagerMembers = Boundary.Guarded((count, a, b, table) => BindManagerMembers(table, (int)count));
 
-        /// The handshake. `argument` holds the native side's agreement version and the address of its `Handshake`, both
-        /// decimal. Returns this side's version; unless the two are one, nothing is written. The signature is the one that
-        /// the hosting interface asks for.
+        /// The handshake. `argument` holds the native side's version and the address of its `Handshake`, both decimal.
+        /// Returns this side's version; if the two differ, writes nothing. The hosting interface requires this signature.
         public static int Enter(string argument)
         {
             int space = argument.IndexOf(' ');
@@ -68,34 +67,34 @@ namespace OrvelLoginClientCLR
 
         static void BindManagerMembers(void* table, int count)
         {
-            // Before any type of theirs is touched: a reference that could not be bound stays broken, and says less about
-            // why, but a load by name can be tried again.
+            // Loaded by name before any of their types is used: a load by name can be tried again, whereas a reference that
+            // could not be bound once stays broken, with a less helpful message.
             Assembly.Load("OrvelLoginClient, Version=34.0.0.5070, Culture=neutral, PublicKeyToken=null");
             Assembly.Load("loginManagerUtils, Version=34.0.0.5070, Culture=neutral, PublicKeyToken=null");
             Bind(table, count);
         }
 
-        // A method of its own, compiled when it is called: compiling it makes the runtime look at the outside types.
+        // A separate method, because compiling it makes the runtime load the outside types.
         [MethodImpl(MethodImplOptions.NoInlining)]
         static void Bind(void* table, int count)
         {
             ManagerMembers.Bind((BoundMember*)table, count);
         }
 
-        /// Finds any assembly that the runtime cannot find in the folder `OrvelLoginManagerClient` next to the library,
-        /// by its simple name alone, and nowhere else.
+        /// The resolve handler: looks for an assembly that the runtime cannot find, by its simple name, in the folder
+        /// `OrvelLoginManagerClient` next to the library, and nowhere else. Returns null if it is not there.
         internal static Assembly LoadLoginClientManaged(object sender, ResolveEventArgs args)
         {
             string own = Assembly.GetExecutingAssembly().Location;
             string file = SimpleName(args.Name) + ".dll";
-            // A name that is no file name would lead elsewhere, or make the path functions throw into the caller's load.
+            // Other characters could lead out of the folder, or make the path functions throw into the caller's load.
             if (!IsFileName(file))
                 return null;
             string path = own.Substring(0, own.LastIndexOf('\\')) + "\\OrvelLoginManagerClient\\" + file;
             return IsFile(path) ? Assembly.LoadFrom(path) : null;
         }
 
-        // The part before the first comma, unless the name is quoted or escaped; that is for the class library.
+        // The part before the first comma. Only quoted or escaped names are left to the class library, which is slow to load.
         static string SimpleName(string displayName)
         {
             int end = displayName.Length;
@@ -128,7 +127,7 @@ namespace OrvelLoginClientCLR
             return attributes != InvalidFileAttributes && (attributes & Directory) == 0;
         }
 
-        // File.Exists asks the same, by way of much more of the class library.
+        // Not File.Exists, which loads much more of the class library.
         [DllImport("kernel32", EntryPoint = "GetFileAttributesW", ExactSpelling = true, CharSet = CharSet.Unicode)]
         static extern uint GetFileAttributes(string path);
     }

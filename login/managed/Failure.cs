@@ -8,7 +8,7 @@ using loginManagerUtils;
 
 namespace OrvelLoginClientCLR
 {
-    /// How a member ended when it did not return. Layout: `ManagedFailure` in login/ManagedPart.h.
+    /// The exception with which a member ended. Layout: `ManagedFailure` in login/ManagedPart.h.
     [StructLayout(LayoutKind.Sequential)]
     struct Failure
     {
@@ -18,13 +18,13 @@ namespace OrvelLoginClientCLR
         public NativeString typeName;
         public NativeString message;
 
-        /// Takes down `e`; called in the handler that caught it. Lets nothing out, and takes down as much as can be had: an
-        /// exception may throw when it is asked for its message, and memory may be exhausted.
+        /// Fills this from `e`; called in the handler that caught it. Never throws: an exception's own properties may throw,
+        /// and memory may be exhausted, so each part is filled in if possible.
         public int Report(Exception e)
         {
             try
             {
-                // Otherwise the runtime raises it again at the end of each handler, for ever.
+                // Otherwise the runtime rethrows the abort at the end of every handler.
                 if ((Thread.CurrentThread.ThreadState & ThreadState.AbortRequested) != 0)
                     Thread.ResetAbort();
             }
@@ -47,12 +47,12 @@ namespace OrvelLoginClientCLR
             }
             catch (Exception)
             {
-                // The manager's types are of another make: without that class, or without that field.
+                // A different build of the manager's assemblies, which lacks the class or the field.
             }
             return 1;
         }
 
-        // By name, because a failed load of the outside assemblies is reported here too: naming the type itself would make
+        // Compares names, because this also reports failed loads of the outside assemblies: a reference to the type would make
         // the runtime bind to an assembly that it cannot find, and remember the failure.
         static bool IsManagers(Type type)
         {
@@ -64,7 +64,7 @@ namespace OrvelLoginClientCLR
             return false;
         }
 
-        // A method of its own: where it names a type or a field that is missing, the runtime throws when it compiles it.
+        // A separate method, because the runtime throws when it compiles it if the type or the field is missing.
         [MethodImpl(MethodImplOptions.NoInlining)]
         void TakeStatus(Exception e)
         {
@@ -77,8 +77,8 @@ namespace OrvelLoginClientCLR
         }
     }
 
-    /// An exception's HRESULT. Not by Marshal.GetHRForException, which leaves an error object of COM's with the thread; and
-    /// not by the property itself, which the first .NET Framework 4 has for derived classes only.
+    /// Reads an exception's HRESULT by reflection: Marshal.GetHRForException would leave a COM error object with the thread,
+    /// and the property itself is protected in .NET Framework 4.0.
     static class HResult
     {
         static readonly Func<Exception, int> getter = (Func<Exception, int>)Delegate.CreateDelegate(
@@ -92,12 +92,12 @@ namespace OrvelLoginClientCLR
         }
     }
 
-    /// The message of an exception with those that it wraps, each as " ---> Type: message". Managers built on tasks,
-    /// reflection or static state wrap every failure, and the outermost exception then says nothing of the cause.
+    /// Appends to an exception's message those of the exceptions that it wraps, each as " ---> Type: message". Managers that
+    /// use tasks, reflection or static constructors wrap every failure in an exception that does not name the cause.
     static class Causes
     {
         const int MostCauses = 16;
-        const int MostUnits = 4096; // of all causes together
+        const int MostUnits = 4096; // for all causes together
 
         public static string MessageOf(Exception e)
         {

@@ -6,14 +6,14 @@ using System.Runtime.InteropServices;
 
 namespace OrvelLoginClientCLR
 {
-    /// Tells the diagnostics tool what the outside assemblies are, without running anything of theirs. Names their types as
-    /// texts only: nothing else says what is missing when one of them is.
+    /// Describes the outside assemblies for the diagnostics tool, without running any of their code. Refers to their types by
+    /// name only, so that it can report which ones are missing.
     public static class Inspection
     {
         const string Client = "OrvelLoginClient";
         const string Utils = "loginManagerUtils";
 
-        /// What the library calls: assembly, type, member. As Signature() writes members.
+        /// Everything that the library calls: assembly, type, and member in the format of Signature().
         static readonly string[,] called =
         {
             { Client, "LoginManagerClient", "Void .ctor(LoginHandlerDelegate, LogoutHandlerDelegate, langCode)" },
@@ -48,10 +48,10 @@ namespace OrvelLoginClientCLR
             { Utils, "LoginManagerException", "loginManagerStatusCode status" },
         };
 
-        /// Writes what there is to tell into a buffer: lines of assembly, word and value, with tabs between them. The words
-        /// are "name", "version" and "file" of an assembly that was opened; "members", how many the manager has of those
-        /// that are called; "lacks" for each that is missing; "failure", an exception, for an assembly that cannot be
-        /// opened or read. The argument is the buffer's address and its number of UTF-16 units, with a comma between them.
+        /// Writes the result into a buffer, as lines of assembly, keyword and value, separated by tabs. The keywords are
+        /// "name", "version" and "file" of an assembly that could be opened; "members", the number of the manager's members
+        /// found; "lacks", a member that is missing; "failure", the exception for an assembly that cannot be opened or read.
+        /// The argument holds the buffer's address and its size in UTF-16 units, separated by a comma.
         public static int Inspect(string buffer)
         {
             string[] parts = buffer.Split(',');
@@ -77,7 +77,7 @@ namespace OrvelLoginClientCLR
         static void Inspect(string wanted, List<string> lines)
         {
             Assembly assembly = null;
-            // By the very name that the library is bound to.
+            // By the full name in this assembly's references, as the runtime would load it.
             foreach (AssemblyName reference in Assembly.GetExecutingAssembly().GetReferencedAssemblies())
                 if (reference.Name == wanted)
                     assembly = Assembly.Load(reference);

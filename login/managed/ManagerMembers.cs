@@ -33,7 +33,7 @@ namespace OrvelLoginClientCLR
         }
     }
 
-    /// What a manager is created from, and the manager. Layout: `ManagedCreation` in login/ManagedPart.h.
+    /// The arguments for creating a manager, and the result. Layout: `ManagedCreation` in login/ManagedPart.h.
     [StructLayout(LayoutKind.Sequential)]
     struct Creation
     {
@@ -51,8 +51,8 @@ namespace OrvelLoginClientCLR
         public IntPtr call;
     }
 
-    /// The members of the outside login manager. Each calls one member and hands over what it returned; what a null or an
-    /// exception means is decided on the native side.
+    /// The members of the outside login manager. Each wrapper calls one member and passes its result on; the native side
+    /// decides what a null or an exception means.
     static unsafe class ManagerMembers
     {
         [UnmanagedFunctionPointer(CallingConvention.Cdecl)]
@@ -70,8 +70,8 @@ namespace OrvelLoginClientCLR
             }
         }
 
-        // Made once and never dropped: native code holds their addresses, and a second copy of the native library in the
-        // process gets the same ones.
+        // Static, so never collected: native code holds pointers to these delegates. A second copy of the native library in
+        // the process gets the same pointers.
         static readonly Member[] members =
         {
             new Member("create", (m, a, b, r) => Create((Creation*)r)),
@@ -99,7 +99,7 @@ namespace OrvelLoginClientCLR
             new Member("isDunmorePlatformTokenExpired", (m, a, b, r) => *(int*)r = LoginManagerClient.isDunmorePlatformTokenExpired(a->ToString()) ? 1 : 0),
         };
 
-        /// Fills in the addresses of the members that `table` names.
+        /// Fills in the function pointers of the members that `table` names.
         public static void Bind(BoundMember* table, int count)
         {
             for (int i = 0; i < count; i++)
@@ -138,7 +138,7 @@ namespace OrvelLoginClientCLR
 
         static void Dispose(IntPtr manager)
         {
-            // An object, so that the runtime looks what it implements: not every manager has what the one compiled against has.
+            // As an object, so that the interface is looked up at run time: not every build of the manager implements it.
             object released = Managers.Release(manager);
             var disposable = released as IDisposable;
             if (disposable != null)

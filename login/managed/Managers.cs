@@ -4,9 +4,9 @@ using OrvelLoginClient;
 
 namespace OrvelLoginClientCLR
 {
-    /// The managers that native code holds. A handle is an index; 0 is no manager.
+    /// The managers that native code holds. A handle is an index into an array; 0 means no manager.
     ///
-    /// A plain array, because looking an object up by GCHandle takes as long as half a call.
+    /// Not GCHandle, because resolving one takes half as long as a whole call.
     static class Managers
     {
         static readonly object changing = new object();

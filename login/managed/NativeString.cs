@@ -3,7 +3,7 @@ using System.Runtime.InteropServices;
 
 namespace OrvelLoginClientCLR
 {
-    /// A string for the native side, which frees what is in it. Layout: `ManagedString` in login/ManagedString.h.
+    /// A string for the native side, which frees it. Layout: `ManagedString` in login/ManagedString.h.
     [StructLayout(LayoutKind.Sequential)]
     unsafe struct NativeString
     {
@@ -13,8 +13,8 @@ namespace OrvelLoginClientCLR
         int length;
         fixed char buffer[Capacity];
 
-        /// Hands over `text`; a null leaves the string as the native side made it, which is null. Throws when there is no
-        /// memory for a long one.
+        /// Stores `text`. For a null it does nothing, because the native side initialises the string as null. Throws if there
+        /// is no memory for a long text.
         public void Set(string text)
         {
             if (text == null)
@@ -22,7 +22,7 @@ namespace OrvelLoginClientCLR
             if (text.Length <= Capacity)
             {
                 fixed (char* from = text, to = buffer)
-                    Copy((int*)from, (int*)to, (text.Length + 1) / 2);  // an odd one with the terminator that follows it
+                    Copy((int*)from, (int*)to, (text.Length + 1) / 2);  // two units at a time; the last may be the terminator
             }
             else
             {

@@ -9,7 +9,7 @@ namespace orvsecutils {
 
 std::string textfileform(std::string_view text) {
     std::string form;
-    form.reserve(text.size() + 1);  // most texts are one line
+    form.reserve(text.size() + 1);  // one allocation: most texts have one line feed
     for (const char character : text) {
         if (character == '\n') {
             form += '\r';
@@ -20,7 +20,8 @@ std::string textfileform(std::string_view text) {
 }
 
 bool appendtofile(const std::string& path, std::string_view text) {
-    // FILE_APPEND_DATA without FILE_WRITE_DATA: the system finds the end of the file as part of the write.
+    // FILE_APPEND_DATA without FILE_WRITE_DATA makes the system find the end of the file as part of the write, so lines
+    // of several writers never mix.
     const filehandle file(CreateFileW(toutf16(path).c_str(), FILE_APPEND_DATA,
                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
                                       FILE_ATTRIBUTE_NORMAL, nullptr));

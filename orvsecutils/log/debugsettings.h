@@ -4,17 +4,17 @@
 
 namespace orvsecutils {
 
-/// The settings group with the log's switch. Read once in the life of a process: a change in the registry takes effect
-/// in processes that start afterwards.
+/// The settings group with the log's switch. A process reads it once, so a change in the registry takes effect in
+/// processes that start afterwards.
 class debugsettings : public settings {
 public:
     static constexpr char groupname[] = "Debug";      ///< the group
-    static constexpr char loggingname[] = "Logging";  ///< the switch: an integer, not 0 for on
+    static constexpr char loggingname[] = "Logging";  ///< the switch: an integer; any value but 0 is on
 
     /// Reads the group. Throws as `settings` does.
     debugsettings();
 
-    /// The object of the process. It is created by the first call, on any thread, and destroyed when the process ends
+    /// The process's only instance. It is created by the first call, on any thread, and destroyed when the process ends
     /// or the library is unloaded. Throws as the constructor does; the next call then tries again.
     static const debugsettings& instance();
 

@@ -17,11 +17,11 @@ namespace orvsecutils {
 
 namespace {
 
-// Whether the process has begun to destroy what records need. A destructor of one of the host's static objects may make
-// a record after that; it is lost. The flag itself has no destructor, so it can always be asked.
+// Whether the objects that records need have begun to be destroyed. A record that a static object of the host makes
+// later, in its destructor, is lost. The flag has no destructor, so reading it is always safe.
 std::atomic<bool> ended{false};
 
-// Made after the object that records need, and so destroyed before it.
+// A static object that is created after one that records need, and therefore destroyed before it.
 struct endmark {
     endmark() = default;
     ~endmark() { ended = true; }
@@ -29,8 +29,8 @@ struct endmark {
     endmark& operator=(const endmark&) = delete;
 };
 
-// The answer of `ask`, or `otherwise` if the system's texts are malformed. Exhausted memory is no answer: it is thrown,
-// as std::bad_alloc whatever the platform calls it.
+// The result of `ask`, or `otherwise` if the system's texts are malformed. Exhausted memory is always thrown as
+// std::bad_alloc, also where the platform throws platformerror for it.
 template <class Answer, class Call>
 Answer answer(Call ask, Answer otherwise) {
     try {
@@ -44,21 +44,21 @@ Answer answer(Call ask, Answer otherwise) {
     }
 }
 
-// What the process's first record finds out for all of them. A failure to read the switch counts as off, also when the
-// store is mended later: all records of a process share one answer.
+// What the first record of the process finds out for all later ones. If the switch cannot be read, logging stays off
+// for the life of the process, even if the registry is repaired meanwhile.
 struct sharedfacts {
     const bool enabled = answer([] { return debugsettings::instance().logging(); }, false);
     const std::string executable = answer([] { return currentplatform().executablename(); }, std::string());
 };
 
 const sharedfacts& facts() {
-    static const sharedfacts found;  // not kept when the constructor throws: the next record tries again
+    static const sharedfacts found;  // if the constructor throws, the next record tries again
     static const endmark mark;
     return found;
 }
 
 void deliver(const std::string& line) {
-    // Not by std::cout: the host may have made it throw, or left it in a state of failure.
+    // Not std::cout: the host may have enabled its exceptions, or left it in a failed state.
     std::fwrite(line.data(), 1, line.size(), stdout);
     static const std::string& path = logfile::instance().path;
     static const endmark mark;
@@ -72,13 +72,13 @@ void deliver(const std::string& line) {
 
 log::log(int levelIn) : enabled(!ended && facts().enabled), level(levelIn) {
     if (ended) {
-        return;  // without a header: the executable's name is gone, too
+        return;  // without a header, because the executable's name has been destroyed
     }
     if (enabled) {
         buffer.imbue(std::locale::classic());
     }
-    // Built when logging is off as well, so that switching it on changes nothing but the delivery: what building a
-    // record needs is exercised in every process, not only in those that support looks at.
+    // Built even if logging is off, so that switching it on changes only the delivery: a fault in building a record
+    // shows in every process, not only in those that support looks at.
     putheader(*buffer.rdbuf(), currentwalltime(), level, facts().executable);
 }
 
@@ -89,10 +89,10 @@ log::~log() {
         return;
     }
     try {
-        buffer.rdbuf()->sputc('\n');  // not by insertion, which does nothing once another one has failed
+        buffer.rdbuf()->sputc('\n');  // not by <<, which does nothing after a failed insertion
         deliver(buffer.str());
     } catch (...) {
-        // Lost: a destructor cannot report it, and the caller must not be disturbed.
+        // The record is lost: a destructor must not throw, and logging must not disturb the caller.
     }
 }
 

@@ -10,35 +10,35 @@
 /// The diagnostics log.
 namespace orvsecutils {
 
-/// One line of the diagnostics log. Create it in a statement and insert the message; the destructor delivers the line:
+/// One line of the diagnostics log. Create a temporary and insert the message; its destructor delivers the line:
 ///
 ///     loginfo() << "wmi::query(" << text << ")";
 ///
-/// A line is time, level word, executable's name and message, separated by commas. While logging is on (see
-/// `debugsettings`), it goes to standard output and to the end of the log file (see `logfile`); while it is off,
-/// nowhere. The level labels the line and filters nothing. All records of a process share one answer to whether logging
-/// is on, which the first one gets.
+/// A line consists of time, level, name of the executable and message, separated by commas. If logging is on (see
+/// `debugsettings`), the line goes to standard output and to the end of the log file (see `logfile`); otherwise it is
+/// dropped. The level is only a label and filters nothing. The first record of a process reads the switch for all later
+/// ones.
 ///
 /// To trace a call, write the record `class::method(arguments)`, then another one with its result,
 /// `class::method(arguments)=result`; an absent result is `null`. Texts are UTF-8. Never log secrets.
 ///
 /// Delivery failures are swallowed; a log file that cannot be opened is reported on standard error. The only exception
-/// is `std::bad_alloc`, and only from the constructor: the record is then lost, and never written with half a header.
-/// An insertion for which memory runs out leaves the rest of the message out; what a value's own `operator<<` throws
-/// passes through.
+/// of the log itself is `std::bad_alloc` from the constructor. The record is then lost, and never written with half a
+/// header. If memory runs out during an insertion, the rest of the message is missing; exceptions of a value's own
+/// `operator<<` pass through.
 ///
-/// A record belongs to the thread that made it; several threads may have records at the same time. Lines appear in
-/// order of destruction. A record made by the destructor of a static object may come after the log's own end; it is
-/// then lost.
+/// A record belongs to the thread that created it; several threads may have records at the same time. Lines appear in
+/// order of destruction. A record that the destructor of a static object makes may be lost, because the log may already
+/// be destroyed.
 class log {
 public:
-    /// Makes a record of level 0 ("info"), 1 ("warn"), 2 ("error") or any other number ("unknown").
+    /// Creates a record of level 0 ("info"), 1 ("warn"), 2 ("error") or any other number ("unknown").
     explicit log(int level);
 
-    /// Makes a record that is "info" for a call that succeeded and "error" for one that failed.
+    /// Creates a record for the outcome of a call: "info" for success, "error" for failure.
     explicit log(bool ok);
 
-    log(const void*) = delete;  ///< a text passed as the level would count as true
+    log(const void*) = delete;  ///< a text passed by mistake would convert to true
 
     /// Delivers the line.
     virtual ~log();
@@ -46,8 +46,8 @@ public:
     log(const log&) = delete;
     log& operator=(const log&) = delete;
 
-    /// Inserts whatever a standard stream takes. Values are not formatted while logging is off. Numbers look the same
-    /// in every locale. A null pointer to text is written as "null".
+    /// Inserts anything that a standard stream accepts. Values are not formatted if logging is off. Numbers are
+    /// formatted alike in every locale. A null pointer to text is written as "null".
     template <class Value>
     log& operator<<(const Value& value) {
         using character = std::remove_cv_t<std::remove_pointer_t<std::decay_t<Value>>>;
@@ -65,7 +65,7 @@ public:
         return *this;
     }
 
-    /// Inserts a text, and "null" for a null pointer.
+    /// Inserts a text, or "null" for a null pointer.
     log& operator<<(const char* text);
 
     /// Applies a manipulator of a standard stream, such as `std::endl`.

@@ -16,7 +16,7 @@ std::string preparedpath(const platform& system) {
 std::string logfilepath(const platform& system) {
     std::string path = system.profilefolder();
     for (const char* part : {companyname, groupkey, "orvsec.log"}) {
-        // Appending to an empty path would give a path in the current folder.
+        // An empty path stays empty: appending to it would give a path relative to the current folder.
         path = path.empty() ? path : system.appendpath(path, part);
     }
     return path;

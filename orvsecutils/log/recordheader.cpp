@@ -6,7 +6,7 @@ namespace orvsecutils {
 
 namespace {
 
-// Writes `number` with that many digits and moves `out` past them.
+// Writes `number` with exactly `digits` digits and moves `out` past them.
 void putnumber(char*& out, int number, int digits) {
     for (int i = digits; i-- > 0; number /= 10) {
         out[i] = static_cast<char>('0' + number % 10);
@@ -25,7 +25,8 @@ const char* levelword(int level) {
 
 }  // namespace
 
-// Not by strftime, whose %z is the zone's name in this C library; and a stream takes a hundred times as long.
+// Not strftime, whose %z is the name of the time zone in this C library, and not a stream, which is a hundred times
+// slower.
 std::array<char, 24> timetext(const walltime& time) {
     std::array<char, 24> text;
     char* out = text.data();
@@ -45,7 +46,8 @@ std::array<char, 24> timetext(const walltime& time) {
     return text;
 }
 
-// Straight into the buffer: a string in between costs two allocations per record, also when logging is off.
+// Writes directly into the stream buffer: a string in between would cost two allocations per record, even with logging
+// off.
 void putheader(std::streambuf& out, const walltime& time, int level, std::string_view executable) {
     const std::array<char, 24> timefield = timetext(time);
     for (const std::string_view field :

@@ -18,10 +18,11 @@ FILETIME tofiletime(std::int64_t ticks) {
     return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
 }
 
-// The system's offset in that minute of file time. Asking costs microseconds and the answer changes only on a full
-// minute, so it is asked once a minute. Minute and offset share one word, so that no thread sees one without the other.
+// The system's offset from UTC in that minute, counted since 1601. It can only change on a full minute, and the system
+// call takes microseconds, so each minute's offset is cached. Minute and offset share one atomic value, so that no
+// thread combines those of two writers.
 int cachedutcoffset(std::int32_t minute) {
-    constexpr std::int64_t span = 1 << 12;  // offsets lie within a day either way
+    constexpr std::int64_t span = 1 << 12;  // offsets are less than a day (1440 minutes) in either direction
     static std::atomic<std::int64_t> cached{-1};
     const std::int64_t known = cached.load(std::memory_order_relaxed);
     if (known >= 0 && known / span == minute) {
@@ -32,18 +33,20 @@ int cachedutcoffset(std::int32_t minute) {
     return offset;
 }
 
-// A moment by the minute of file time and the ticks in it. Most of the cost of a dropped record would be the system's
-// calendar, which works with 64 bits; minutes since 1601 fit 32.
+// The calendar fields of a moment, given as minutes since 1601 and the ticks in that minute. Computed here, because the
+// system's calendar functions would be most of the cost of a record that is dropped: they use 64-bit divisions, but
+// minutes since 1601 fit into 32 bits.
 walltime atoffset(std::int32_t minute, std::int32_t ticks, int offset) {
     const int local = minute + offset;
-    // Years are counted from March, so that a leap day is the last of its year; 1600-03-01 begins a cycle of 400 years.
+    // Years are counted from March, so that a leap day is the last day of its year. 1600-03-01 starts a cycle of 400
+    // years.
     constexpr int daysfrommarch1600 = 306;
     const int days = local / (24 * 60) + daysfrommarch1600;
     const int cycle = days / 146097;
     const int day = days % 146097;
     const int year = (day - day / 1460 + day / 36524 - day / 146096) / 365;
     const int dayofyear = day - (365 * year + year / 4 - year / 100);
-    const int month = (5 * dayofyear + 2) / 153;  // 0 for March; from there, five months have 153 days again and again
+    const int month = (5 * dayofyear + 2) / 153;  // 0 for March; from there every five months have 153 days
     return {1600 + 400 * cycle + year + (month < 10 ? 0 : 1),
             month < 10 ? month + 3 : month - 9,
             dayofyear - (153 * month + 2) / 5 + 1,
@@ -61,7 +64,7 @@ int utcoffset(std::int64_t ticks, const TIME_ZONE_INFORMATION* zone) {
     SYSTEMTIME utc = {};
     SYSTEMTIME local = {};
     FILETIME moved = {};
-    // By way of calendar fields: FileTimeToLocalFileTime applies today's offset to every date.
+    // Via calendar fields, because FileTimeToLocalFileTime applies today's offset to every date.
     if (!FileTimeToSystemTime(&time, &utc) || !SystemTimeToTzSpecificLocalTime(zone, &utc, &local) ||
         !SystemTimeToFileTime(&local, &moved)) {
         return 0;

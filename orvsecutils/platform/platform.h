@@ -10,7 +10,7 @@
 /// The interface to the operating system.
 namespace orvsecutils {
 
-// Only named here: definitions ask the platform, so this header cannot build on theirs.
+// Only declared: settingsdef itself calls the platform, so including its header would be a cycle.
 class settingsdef;
 enum class settingsscope : std::int32_t;
 
@@ -27,50 +27,49 @@ struct serviceconfiguration {
     std::uint32_t errorcontrol;  ///< SERVICE_ERROR_NORMAL and the like
     std::string binarypathname;  ///< command line of the service
     std::string loadordergroup;  ///< empty for none
-    std::uint32_t tagid;         ///< place in the load order group; 0 for none
+    std::uint32_t tagid;         ///< position in the load order group; 0 for none
     std::string dependencies;    ///< names of services, and of groups with a "+" in front, separated by zero characters
     std::string servicestartname;  ///< account that the service runs under
-    std::string displayname;       ///< name for people
+    std::string displayname;       ///< name that user interfaces show
 };
 
-/// The library's questions and requests to the operating system. They concern the calling process, its user and its
-/// machine.
+/// The library's interface to the operating system: the calling process, its user and its machine.
 ///
-/// Texts are UTF-8 in both directions. An argument that is not valid UTF-8, and a text of the system's that is not
-/// valid UTF-16, throws `std::range_error` ("bad conversion"). An argument ends at its first zero character; only a
-/// text that writesettings() writes is stored whole.
+/// Texts are UTF-8 in both directions. If an argument is not valid UTF-8, or a text from the system is not valid
+/// UTF-16, the operation throws `std::range_error` ("bad conversion"). An argument ends at its first zero character;
+/// only texts that writesettings() writes are stored completely.
 ///
-/// No operation says why it failed: a text is then empty, a boolean false, and outputs are untouched unless the
-/// operation says otherwise. The only other exceptions are `std::bad_alloc`, `std::length_error`, and `platformerror`
-/// when there is no buffer for a system call.
+/// Operations do not say why they failed: a returned text is empty, a boolean false, and outputs are untouched unless
+/// the operation says otherwise. The only other exceptions are `std::bad_alloc`, `std::length_error`, and
+/// `platformerror` if there is no memory for the buffer of a system call.
 ///
 /// Any thread may call; nothing is kept between calls.
 ///
-/// Paths of files may have either separator; the operations on the text of a path (9, 11, 12) need backslashes. The
-/// system finds no file whose path exceeds 259 UTF-16 units (247 for a folder to be made), unless the path starts with
-/// `\\?\`, or the machine allows long paths (Windows 10 1607 and later) and the host's manifest declares
-/// `longPathAware`. The operations that say 259 units themselves (9, 10, 16) keep to that everywhere.
+/// Paths of files may use either separator, but the operations on the text of a path (9, 11, 12) need backslashes. The
+/// system finds no file whose path exceeds 259 UTF-16 units (247 for a folder to be created), unless the path starts
+/// with `\\?\`, or the machine allows long paths (Windows 10 1607 and later) and the host's manifest declares
+/// `longPathAware`. Operations 9, 10 and 16 are limited to 259 units in any case.
 ///
-/// The number in front is the operation's slot in the virtual table; slot 0 is the destructor. The library exports none
-/// of this, but the order of the slots is part of the interface's definition, for implementations that are built apart
-/// from their callers: new operations go to the end, and what is there keeps its place. platformwindows.cpp has the
-/// operations in the same order.
+/// The number at the beginning is the operation's slot in the virtual table; slot 0 is the destructor. The library does
+/// not export this class, but the order of the slots is part of its definition, so that an implementation can be built
+/// separately from its callers: new operations are added at the end, and existing ones keep their slots.
+/// platformwindows.cpp has the same order.
 class platform {
 public:
     virtual ~platform() = default;
 
-    /// 1. Language of the user's regional format, as numbered by languagecode(). The language in which Windows shows
-    /// its own texts may be another.
+    /// 1. Language of the user's regional format, as numbered by languagecode(). Windows may show its own texts in a
+    /// different language.
     virtual int uilanguage() const = 0;
 
     /// 2. DNS host name of the machine, without its domain.
     virtual std::string computername() const = 0;
 
-    /// 3. Name of the user, without a domain; empty when it has more than 255 UTF-16 units.
+    /// 3. Name of the user, without a domain; empty if it has more than 255 UTF-16 units.
     virtual std::string username() const = 0;
 
-    /// 4. "major,minor,build,service pack major,service pack minor", in decimal. From Windows 8.1 on the system gives
-    /// 6.2 to a program whose manifest does not declare it compatible.
+    /// 4. "major,minor,build,service pack major,service pack minor", in decimal. From Windows 8.1 on, a program whose
+    /// manifest does not declare compatibility gets 6.2.
     virtual std::string osversion() const = 0;
 
     /// 5. "user,system": the default language identifiers of both, in decimal.
@@ -82,55 +81,54 @@ public:
     /// 7. The user's profile folder.
     virtual std::string profilefolder() const = 0;
 
-    /// 8. Makes a folder, with every parent that is missing. True when it was made, by this call or by another process
-    /// at the same moment, or is there already; false when a file has that name. Parents made before a failure stay.
+    /// 8. Creates a folder and its missing parents. True if the folder exists afterwards, whether this call, another
+    /// process or nobody had to create it; false if a file has that name. Parents created before a failure remain.
     virtual bool createdirectory(const std::string& path) const = 0;
 
-    /// 9. `path` and `more` with one separator between them and "." and ".." resolved. `more` replaces `path` when it
-    /// names a drive or a UNC share. Empty when one of the three exceeds 259 UTF-16 units.
+    /// 9. `path` and `more` joined by one separator, with "." and ".." resolved. If `more` names a drive or a UNC
+    /// share, it replaces `path`. Empty if `path`, `more` or the result exceeds 259 UTF-16 units.
     virtual std::string appendpath(const std::string& path, const std::string& more) const = 0;
 
-    /// 10. File name of the process's executable, without its folder; empty when its full path exceeds 259 UTF-16
-    /// units.
+    /// 10. File name of the process's executable, without its folder; empty if its full path exceeds 259 UTF-16 units.
     virtual std::string executablename() const = 0;
 
-    /// 11. `path` without its last component and the separator in front of it. A drive's root stays as it is; a path of
-    /// one component becomes empty. After a trailing separator the last component is empty: only the separator goes.
+    /// 11. `path` without its last component and the separator before it. The root of a drive is returned unchanged; a
+    /// path of one component becomes empty. With a trailing separator, only that separator is removed.
     virtual std::string parentfolder(const std::string& path) const = 0;
 
-    /// 12. The last component of `path`, a trailing separator included; of a drive's root, all of it.
+    /// 12. The last component of `path`, including a trailing separator; for the root of a drive, the whole path.
     virtual std::string filename(const std::string& path) const = 0;
 
-    /// 13. The values of a group in one scope. Empty when the group does not exist; malformed values and values of
+    /// 13. The values of a group in one scope. Empty if the group does not exist; malformed values and values of
     /// unknown types are left out. Reads the 64-bit view of the registry.
     virtual settingsmap readsettings(settingsscope scope, const settingsdef& definition) const = 0;
 
-    /// 14. Writes `values` into a group, creating it if it does not exist; values that the group has besides stay.
-    /// Names and texts are converted first: when one is not valid UTF-8, nothing is written. False when the group
-    /// cannot be opened or a value cannot be written, as lists never can; the others are written all the same. A text
-    /// is written with the zero characters in it, but reading ends at the first. Writes the view of the registry that
-    /// is a 32-bit process's own: a group written for the machine is not the one that readsettings() reads.
+    /// 14. Writes `values` into a group, creating it if it does not exist; other values of the group are kept. Names
+    /// and texts are converted first: if one is not valid UTF-8, nothing is written. False if the group cannot be
+    /// opened or a value cannot be written, such as any list; the other values are still written. Texts are written
+    /// with embedded zero characters, but reading stops at the first one. Writes the 32-bit process's own view of the
+    /// registry, so readsettings() does not see a group that was written to the machine scope.
     virtual bool writesettings(settingsscope scope, const settingsdef& definition, const settingsmap& values) const = 0;
 
-    /// 15. Where settings start unless a definition says otherwise: "software".
+    /// 15. The root key of settings whose definition does not name another: "software".
     virtual std::string defaultsettingsroot() const = 0;
 
-    /// 16. Folder of the process's executable; empty when its full path exceeds 259 UTF-16 units.
+    /// 16. Folder of the process's executable; empty if the executable's path exceeds 259 UTF-16 units.
     virtual std::string executablefolder() const = 0;
 
-    /// 17. Starts `file` (a program, or a document with the program that opens it), waits for its end without a time
-    /// limit and returns the 32 bits of its exit code; -1 when no process was started, which the shell may report to
-    /// the user in a message box. The arguments are joined by joinarguments(): one that contains a space must bring its
-    /// own quotes. A program named without a folder is searched for as the shell does.
+    /// 17. Starts `file` (a program, or a document with its associated program), waits without a time limit for it to
+    /// end, and returns its 32-bit exit code; -1 if no process was started, which the shell may report to the user in a
+    /// message box. joinarguments() joins the arguments, so quote those that contain spaces. A program without a folder
+    /// is searched for as the shell does.
     ///
-    /// The shell may use COM for documents: initialise it on the calling thread first, single-threaded. The wait
-    /// dispatches no messages, so a user interface thread does not respond until the program ends.
+    /// The shell may use COM for documents: initialise it on the calling thread first, as a single-threaded apartment.
+    /// The wait dispatches no messages, so a user interface thread does not respond until the program ends.
     virtual int runprocess(const std::string& file, const std::vector<std::string>& arguments) const = 0;
 
     /// 18. Whether a file or folder has that path.
     virtual bool pathexists(const std::string& path) const = 0;
 
-    /// 19. Deletes a file, if that can be done.
+    /// 19. Deletes a file. Failures are ignored.
     virtual void deletefile(const std::string& path) const = 0;
 
     /// 20. The user's folder for application data that stays on this machine.
@@ -139,45 +137,45 @@ public:
     /// 21. The user's folder for roaming application data.
     virtual std::string roamingappdatafolder() const = 0;
 
-    /// 22. The folder for programs of the process's own bitness: on a 64-bit system the one for 32-bit programs.
+    /// 22. The program files folder for the process's own bitness: on a 64-bit system the one for 32-bit programs.
     virtual std::string programfilesfolder() const = 0;
 
-    /// 23. The folder for 32-bit programs.
+    /// 23. The program files folder for 32-bit programs.
     virtual std::string programfilesx86folder() const = 0;
 
-    /// 24. MAC address of an IP-enabled network adapter, as six two-digit hexadecimal groups separated by colons; of
-    /// several adapters, the one that WMI lists last. Empty when there is none, and on a thread in COM's multithreaded
-    /// apartment. Any other thread is in a single-threaded apartment afterwards (see `wmi`). Takes milliseconds: keep
-    /// the result.
+    /// 24. MAC address of an IP-enabled network adapter, as six two-digit hexadecimal groups separated by colons. If
+    /// there are several adapters, the one that WMI lists last. Empty if there is none, or on a thread in COM's
+    /// multithreaded apartment. Any other thread is in a single-threaded apartment afterwards (see `wmi`). Takes
+    /// milliseconds, so cache the result.
     virtual std::string macaddress() const = 0;
 
     /// 25. The times of creation, last access and last write of a file or folder, in seconds since 1970-01-01 00:00 UTC
     /// without the fraction; -1 for a time before that or after the year 3000.
     ///
-    /// Converted by way of local time: to local time with the offset from UTC of today, and back with that of the time
-    /// itself. So a time in the other half of the daylight-saving year is off by the difference of the two. Where the
-    /// environment variable TZ is set, the way back takes the time zone from there.
+    /// The conversion goes through local time: to local time with today's offset from UTC, and back with the offset at
+    /// the time itself. A time in the other half of the daylight-saving year is therefore off by the difference. If the
+    /// environment variable TZ is set, the conversion back uses that time zone.
     virtual bool filetimes(const std::string& path, std::int64_t& creation, std::int64_t& lastaccess,
                            std::int64_t& lastwrite) const = 0;
 
-    /// 26. The same as slot 25, for objects that are not const: the interface has the operation in both forms, and a
-    /// table without this slot would move all that follow.
+    /// 26. The same as slot 25, for objects that are not const. It exists only because the interface defines both
+    /// forms: without this slot all that follow would move.
     virtual bool filetimes(const std::string& path, std::int64_t& creation, std::int64_t& lastaccess,
                            std::int64_t& lastwrite) = 0;
 
     /// 27. The files and folders whose path matches `pattern` (`*` and `?` in the last component), without "." and
-    /// "..", in the file system's order. `entries` is emptied first. False when the search does not start, as when
-    /// nothing matches.
+    /// "..", in the file system's order. `entries` is emptied first. False if the search cannot start, for example
+    /// because nothing matches.
     virtual bool findfiles(const std::string& pattern, std::vector<fileentry>& entries) const = 0;
 
-    /// 28. The value of `key` in `section` of an INI file. `value` is emptied first; true when it is not empty
-    /// afterwards. Cut to 259 UTF-16 units, and not in the middle of a surrogate pair. A `file` without a folder is
-    /// looked for in the Windows folder. A file that does not start with a UTF-16 mark is read in the system's code
+    /// 28. The value of `key` in `section` of an INI file. `value` is emptied first; true if it is not empty
+    /// afterwards. Longer values are cut to 259 UTF-16 units, without splitting a surrogate pair. A `file` without a
+    /// folder is looked for in the Windows folder. A file without a UTF-16 byte order mark is read in the system's code
     /// page.
     virtual bool readinivalue(const std::string& file, const std::string& section, const std::string& key,
                               std::string& value) const = 0;
 
-    /// 29. The configuration of a service, which is named by its short name.
+    /// 29. The configuration of a service. `service` is its short name, not its display name.
     virtual bool serviceconfig(const std::string& service, serviceconfiguration& configuration) const = 0;
 
     /// 30. Whether the group exists in that scope and may be read, in the view that readsettings() reads.
@@ -190,7 +188,7 @@ public:
     virtual bool directoryexists(const std::string& path) const = 0;
 };
 
-/// The platform object of the process. It is created by the first call, on any thread, and destroyed when the process
+/// The process's only platform object. It is created by the first call, on any thread, and destroyed when the process
 /// ends or the library is unloaded.
 platform& currentplatform();
 

@@ -5,8 +5,8 @@
 
 namespace orvsecutils {
 
-/// There is no buffer or string for a system call. Derives from `std::exception` directly: the standard's classes with
-/// a text allocate it, and this one reports, most of the time, that nothing can be allocated.
+/// Thrown if no buffer or string for a system call can be allocated. Derives from `std::exception` directly, because
+/// the standard's classes with a message allocate memory for it, and here there usually is none.
 class platformerror : public std::exception {
 public:
     static constexpr std::uint32_t generalfailure = 0x80004005;   ///< no memory for a buffer
@@ -16,7 +16,7 @@ public:
     /// `result` is one of the three.
     explicit platformerror(std::uint32_t result) noexcept : code(result) {}
 
-    /// The code in words.
+    /// The meaning of the code.
     const char* what() const noexcept override {
         return code == invalidargument ? "invalid argument" : code == outofmemory ? "out of memory" : "general failure";
     }

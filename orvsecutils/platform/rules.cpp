@@ -80,7 +80,7 @@ std::string adapteraddress(const wmi* connection) {
     for (const wmirow& row : rows) {
         const auto found = row.find("MACAddress");
         if (found != row.end()) {
-            address = found->second;  // the last adapter wins, so that the answer is the same from version to version
+            address = found->second;  // the last adapter wins, as in every version, so that the result does not change
         }
     }
     return address;

@@ -23,7 +23,8 @@ bool islowsurrogate(char32_t unit) {
     return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
-// Lead bytes by the length of their sequence, with the least value that needs that length: a smaller one is overlong.
+// The lead bytes of multi-byte sequences. `least` is the smallest value that needs this length; below it the sequence
+// is overlong.
 struct leadbyte {
     unsigned char mask;
     unsigned char pattern;
@@ -36,7 +37,7 @@ constexpr leadbyte leadbytes[] = {
     {0xF8, 0xF0, 3, 0x10000},
 };
 
-// Reads one sequence of several bytes and moves `in` past it.
+// Reads one multi-byte sequence and moves `in` past it.
 char32_t readsequence(const char*& in, const char* end) {
     const auto lead = static_cast<unsigned char>(*in++);
     for (const leadbyte& row : leadbytes) {
@@ -89,7 +90,7 @@ std::wstring utf16buffer(std::int64_t units) {
 }
 
 std::wstring toutf16(std::string_view text) {
-    // Enough: no sequence has more units than bytes.
+    // Always large enough, because no sequence has more UTF-16 units than UTF-8 bytes.
     std::wstring result = utf16buffer(static_cast<std::int64_t>(text.size()));
     wchar_t* out = result.data();
     const char* const end = text.data() + text.size();
@@ -111,7 +112,7 @@ std::wstring toutf16(std::string_view text) {
 }
 
 std::string toutf8(std::wstring_view text) {
-    // By way of a block on the stack: a short text, as most are, is then allocated once and at its exact size.
+    // Converted in blocks on the stack, so that a short text (most are) is allocated only once, with its exact size.
     char block[512];
     constexpr std::size_t longestsequence = 4;
     std::string result;

@@ -8,16 +8,16 @@
 /// Conversion between the library's UTF-8 and the system's UTF-16, and buffers for the latter.
 namespace orvsecutils {
 
-/// A buffer of `units` UTF-16 units, all zero, for a system call to fill. Throws `platformerror`: `invalidargument` for
-/// a length that is negative or more than a string can have, `generalfailure` when there is no memory for it.
+/// A zero-filled buffer of `units` UTF-16 units for a system call. Throws `platformerror`: `invalidargument` if the
+/// length is negative or exceeds the maximum of a string, `generalfailure` if there is no memory.
 std::wstring utf16buffer(std::int64_t units);
 
 /// `text` in UTF-16. Throws `std::range_error` ("bad conversion") unless it is well-formed UTF-8: truncated and
-/// overlong sequences, encoded surrogates and values above U+10FFFF are refused. Throws as utf16buffer() when there is
+/// overlong sequences, encoded surrogates and values above U+10FFFF are rejected. Throws as utf16buffer() if there is
 /// no memory.
 std::wstring toutf16(std::string_view text);
 
-/// `text` in UTF-8. Throws `std::range_error` ("bad conversion") for a surrogate without its other half.
+/// `text` in UTF-8. Throws `std::range_error` ("bad conversion") for an unpaired surrogate.
 std::string toutf8(std::wstring_view text);
 
 }  // namespace orvsecutils

@@ -1,11 +1,11 @@
 #pragma once
 
 /// @file
-/// Names under which this library keeps its own data, in the settings store and in the user's profile folder alike.
+/// Names under which this library keeps its own data, both in the registry and in the user's profile folder.
 namespace orvsecutils {
 
-inline constexpr char companyname[] = "Orvel";                     ///< the maker's key or folder
-inline constexpr char applicationid[] = "com.orvel.loginmanager";  ///< for stores that are keyed by such identifiers
-inline constexpr char groupkey[] = "LoginManager";                 ///< the key or folder below the maker's
+inline constexpr char companyname[] = "Orvel";                     ///< the company's key or folder
+inline constexpr char applicationid[] = "com.orvel.loginmanager";  ///< for stores keyed by reverse-domain identifiers
+inline constexpr char groupkey[] = "LoginManager";                 ///< the key or folder below the company's
 
 }  // namespace orvsecutils

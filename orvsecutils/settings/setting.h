@@ -21,8 +21,8 @@ enum class settingtype : std::uint32_t {
 /// One value of a settings group, exactly as the registry holds it. `type` says which derived class this is; check it
 /// before casting.
 ///
-/// A tagged hierarchy and not a `std::variant`: the kinds, their numbers and the deletion through the base are the
-/// library's interface, and values are shared by pointer, so that a group can be copied without copying texts.
+/// A class hierarchy and not a `std::variant`, because the kinds, their numbers and deletion through the base class are
+/// part of the library's interface. Values are shared by pointer, so that copying a group does not copy texts.
 class setting {
 public:
     virtual ~setting() = default;
@@ -38,29 +38,29 @@ protected:
 /// A 32-bit integer; as a boolean, any value but 0 is true.
 class settingint : public setting {
 public:
-    explicit settingint(std::uint32_t number);  ///< keeps `number`
+    explicit settingint(std::uint32_t number);  ///< stores `number`
 
     std::uint32_t value;  ///< the 32 bits; a caller may read them as signed
 };
 
-/// A text. May be empty, which is not the same as absent.
+/// A text. An empty text is not the same as an absent value.
 class settingstring : public setting {
 public:
-    explicit settingstring(std::string text);  ///< keeps `text`
+    explicit settingstring(std::string text);  ///< stores `text`
 
     std::string value;  ///< UTF-8
 };
 
-/// A list of texts, in the registry's order. May have no elements.
+/// A list of texts, in the registry's order. May be empty.
 class settingmultistring : public setting {
 public:
-    explicit settingmultistring(std::vector<std::string> texts);  ///< keeps `texts`
+    explicit settingmultistring(std::vector<std::string> texts);  ///< stores `texts`
 
     std::vector<std::string> value;  ///< UTF-8
 };
 
 /// @name New values
-/// A new value of the kind that fits the payload.
+/// Creates a value of the kind that matches the argument's type.
 /// @{
 std::unique_ptr<setting> makesetting(std::uint32_t number);            ///< a `settingint`
 std::unique_ptr<setting> makesetting(std::string text);                ///< a `settingstring`

@@ -7,7 +7,7 @@ namespace orvsecutils {
 
 namespace {
 
-// The payload of a value of the wanted class, or null for another kind and for no value.
+// The payload of `found`; null if there is no value or it is not of the wanted kind.
 template <class Kind>
 const decltype(Kind::value)* payload(const setting* found, settingtype wanted) {
     return found && found->type == wanted ? &static_cast<const Kind*>(found)->value : nullptr;
@@ -38,6 +38,7 @@ void settings::load() {
 }
 
 const setting* settings::find(std::string_view name) const {
+    // Stops at the user's value even if the caller cannot use its kind: the user's values hide the machine's.
     for (const settingsmap* scope : {&user, &machine}) {
         const auto entry = scope->find(name);
         if (entry != scope->end()) {
@@ -68,7 +69,7 @@ bool settings::getmultistring(std::string_view name, std::vector<std::string>& v
 }
 
 void settings::setint(const std::string& name, std::uint32_t value) {
-    // The value is complete before the map changes: there is never an entry without a value.
+    // The value is created before the map changes, so a failed allocation never leaves an entry without a value.
     user.insert_or_assign(name, makesetting(value));
 }
 

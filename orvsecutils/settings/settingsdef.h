@@ -25,8 +25,8 @@ public:
     /// `root`, or platform::defaultsettingsroot() when `root` is empty.
     std::string getroot() const;
 
-    std::string company;  ///< the maker's key, directly under the root
-    std::string appid;    ///< the application in reverse-domain form, for stores keyed by that; not used on Windows
+    std::string company;  ///< the company's key, directly under the root
+    std::string appid;    ///< reverse-domain identifier, for stores that are keyed by such; not used on Windows
     std::string group;    ///< key under `company`; empty for none
     std::string name;     ///< name of the group, a key under `group`; empty for none
     std::string root;     ///< key to start from instead of the platform's default root; empty for the default

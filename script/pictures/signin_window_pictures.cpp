@@ -1,4 +1,4 @@
-// signin_window_pictures FOLDER: the pictures of the example with a window that the documents show, as PNG files.
+// signin_window_pictures FOLDER: takes the documents' pictures of the windowed example and writes them as PNG files.
 
 #include <windows.h>
 
@@ -14,9 +14,9 @@
 namespace {
 
 void savepicture(const signin_program& program, const std::wstring& file) {
-    // No window manager gives a window the focus here, so the frame is told that it is the active one.
+    // There is no window manager to activate the window, so tell its frame to draw itself as active.
     SendMessageW(program.window, WM_NCACTIVATE, TRUE, 0);
-    Sleep(500);  // for the drawing
+    Sleep(500);  // until it is drawn
     RECT area;
     GetWindowRect(program.window, &area);
     const int width = area.right - area.left, height = area.bottom - area.top;

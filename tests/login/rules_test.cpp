@@ -133,8 +133,8 @@ TEST(Failures, ExplainWhyTheRuntimeRefusesAFile) {
         {0x80131515, "the file is marked as coming from the internet; unblock the ZIP in its properties"},
         {0x80131513, "the file is of another version"},
         {0x80131522, "the file is of another version"},
-        {0x80131018, "the file is damaged, is no assembly, or is for 64-bit processes"},
-        {0x8007000B, "the file is damaged, is no assembly, or is for 64-bit processes"},
+        {0x80131018, "the file is damaged, is not an assembly, or is for 64-bit processes"},
+        {0x8007000B, "the file is damaged, is not an assembly, or is for 64-bit processes"},
         {0x80004005, "the runtime gives no other reason than its code"},
     };
     for (const auto& row : rows) {

@@ -27,7 +27,7 @@ const fs::path built = program::ownfolder();
 TEST(CommandLine, RunsShowsOrComplains) {
     // How what is shown starts, and a complaint behind a stroke.
     const std::pair<const char*, const char*> rows[] = {
-        {"", "orvdiag looks at"},
+        {"", "Shows what the Orvel"},
         {"help settings", "a settings group"},
         {"log /?", "where the log file is"},
         {"--version", "orvdiag " ORVDIAG_VERSION "\n"},
@@ -173,7 +173,7 @@ TEST_F(Orvdiag, TellsWhyLoggingIsOffAndWhetherItIsOnAfterwards) {
         {store::user, L"Logging", REG_SZ, "1\0\0\0"s, text, "of the kind text: it counts as off.", 0},
         {store::user, L"Logging", REG_QWORD, zero + one, nothing, "64-bit number: the library ignores it.", 0},
         {store::user, L"Logging", REG_DWORD, "12", nothing, "The user's setting \"Logging\" is malformed: ", 0},
-        {store::user, L"LOGGING", REG_DWORD, one, nothing, "\"LOGGING\" is spelled in another way: ", 1},
+        {store::user, L"LOGGING", REG_DWORD, one, nothing, "\"LOGGING\" is spelled differently: ", 1},
         {store::machine32, L"Logging", REG_DWORD, one, nothing, "machine's setting \"Logging\" lies in the 32-bit", 0},
         {store::machine, L"Text", REG_SZ, broken, group, "The machine's setting \"Text\" is malformed (not valid", 1},
     };
@@ -351,14 +351,15 @@ TEST_F(Login, NamesWhatIsWrongInAFolder) {
         {other, native, 1, "it is not the login library: it does not export orvellogin_version"},
         {libgcc, "", 1, "FAIL libgcc_s_dw2-1.dll is missing\r\n"},
         {libgcc, "", 1, "cannot be loaded: Module not found. (code 126); it needs libgcc_s_dw2-1.dll: Module"},
-        {libgcc, othergcc, 0, "warn libgcc_s_dw2-1.dll of another GCC (99-posix) than the library (12-posix)"},
+        {libgcc, othergcc, 0,
+         "warn libgcc_s_dw2-1.dll built by a different GCC (99-posix) than the library (12-posix)"},
         {libcpp, contentof(built / libcpp) + "x", 0, "warn libstdc++-6.dll not the file that ships with the library"},
         {library, native.substr(0, 1024), 1, "FAIL orvellogin.dll is cut short: 1024 of at least "},
         {library, contentof(built / "orvdiag.exe"), 1, "FAIL orvellogin.dll is damaged or not a DLL\r\n"},
         {library, contentof("C:\\windows\\sysnative\\version.dll"), 1, "FAIL orvellogin.dll is for 64-bit programs"},
         {library, assembly, 1, "FAIL orvellogin.dll is a managed assembly, not this library\r\n"},
         {library, "MZ" + std::string(58, '\0') + "\xFF\xFF\xFF\x7F", 1, "FAIL orvellogin.dll is damaged or not"},
-        {part, assembly, 1, "warn OrvelLoginClientCLR.dll file version 34.0.0.5070; not of the same version as the "},
+        {part, assembly, 1, "warn OrvelLoginClientCLR.dll file version 34.0.0.5070; not the same version as the "},
         {part, assembly, 1, "FAIL .NET Framework runtime v4.0.30319 these two files do not belong together: "},
         {part, "", 1, "FAIL .NET Framework runtime v4.0.30319 not tried: the managed part is missing\r\n"},
         {part, "", 1, "\\OrvelLoginClient.dll file version 34.0.0.5070; not opened, as the managed part does not run"},

@@ -3,17 +3,17 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-/// The tool for the engineer on a customer's machine. All texts are UTF-8.
+/// The diagnostics tool for support engineers. All texts are UTF-8.
 namespace orvdiag {
 
 /// Keeps the order in which members are added.
 using json = nlohmann::ordered_json;
 
-/// What a command found, in both forms in which it can be shown.
+/// The result of a command, as text and as JSON.
 struct answer {
-    int status;        ///< of the process: 0, or 1 when something is missing or wrong
-    std::string text;  ///< lines for people, each ending in a line feed
-    json data;         ///< the same for programs
+    int status;        ///< the process's exit status: 0, or 1 if something is missing or wrong
+    std::string text;  ///< lines, each ending in a line feed
+    json data;         ///< the same as JSON
 };
 
 }  // namespace orvdiag

@@ -17,7 +17,7 @@ namespace orvdiag {
 
 namespace {
 
-// What the command line is read into. It outlives the parser, as the command uses it.
+// The values on the command line. Outlives the parser, because the command uses it later.
 struct given {
     bool json = false;
     std::string group;
@@ -34,22 +34,21 @@ int show(const answer& found, bool asjson) {
 
 const CLI::Validator notempty([](const std::string& text) { return text.empty() ? "it is empty" : ""; }, "");
 
-// The command line's own description.
 class parser {
 public:
-    parser() : app("orvdiag looks at what the Orvel login library finds on this machine.", "orvdiag") {
+    parser() : app("Shows what the Orvel login library finds on this machine, and whether it works.", "orvdiag") {
         app.allow_windows_style_options(false);  // a path may begin with a slash
         app.require_subcommand(0, 1);
-        app.set_help_flag("-h,--help", "show this help, or that of a command");
+        app.set_help_flag("-h,--help", "show this help, or the help of a command");
         app.set_version_flag("--version", "orvdiag " ORVDIAG_VERSION);
         app.footer(
-            "orvdiag COMMAND --help says more about a command; so does orvdiag help COMMAND.\n"
-            "Exit status: 0 when all is well, 1 when something is missing or wrong, 2 for an invalid command line.");
+            "orvdiag COMMAND --help or orvdiag help COMMAND explains a command.\n"
+            "Exit status: 0 on success, 1 if something is missing or wrong, 2 for an invalid command line.");
         addcommands();
     }
 
     request read(std::vector<std::string> words) {
-        std::reverse(words.begin(), words.end());  // as CLI11 takes them
+        std::reverse(words.begin(), words.end());  // CLI11 expects them in reverse order
         try {
             app.parse(words);
         } catch (const CLI::CallForVersion& version) {
@@ -102,24 +101,26 @@ private:
 void parser::addcommands() {
     addjson(
         add("facts", "machine, system, user and folders, as the library sees them",
-            "Prints every fact that the library's platform service knows, one a line: name, value, and in parentheses\n"
-            "what numbers mean. A fact that the system does not tell is empty.",
+            "Prints every fact that the library can find out, one per line: name, value, and in parentheses what its\n"
+            "numbers mean. A fact that the system cannot provide is empty.",
             [](const given& values) { return show(facts(), values.json); }));
 
     CLI::App* added = add(
         "settings", "a settings group: names, kinds, values and scopes",
-        "Prints the values of one of the library's groups in the registry: the user's and the machine's, those in the\n"
-        "32-bit view, which the library does not read, and those that it ignores or cannot read. The user's values\n"
-        "win; a value of the machine's that is hidden by one is marked.",
+        "Prints the values of one of the library's groups in the registry: the user's and the machine's, including\n"
+        "those in the 32-bit view, which the library does not read, and those that it ignores or cannot read. A "
+        "user's\n"
+        "value hides the machine's value of the same name, which is then marked.",
         [](const given& values) { return show(settingsof(values.group), values.json); });
-    added->add_option("GROUP", values->group, "for instance Debug")->required()->check(notempty);
+    added->add_option("GROUP", values->group, "name of the group, for example Debug")->required()->check(notempty);
     addjson(added);
 
-    added = add(
-        "logging", "shows or sets whether this user's programs log",
-        "Without an argument tells whether the log is on for this user, why, and whether its file can be written.\n"
-        "With one sets it for this user. Programs that are running keep their setting until they are started again.",
-        [](const given& values) { return show(logging(values.state), values.json); });
+    added =
+        add("logging", "shows or sets whether this user's programs log",
+            "Without an argument, shows whether the log is on for this user, why, and whether its file can be written. "
+            "With\n"
+            "one, sets it for this user. Programs that are running keep their setting until they are started again.",
+            [](const given& values) { return show(logging(values.state), values.json); });
     added->add_option("STATE", values->state, "on or off")->check(CLI::IsMember({"on", "off"}));
     addjson(added);
 
@@ -127,37 +128,39 @@ void parser::addcommands() {
         add("log", "where the log file is, and its last lines",
             "Prints the log file's path and its last lines. --level and --program keep the lines of a record together.",
             [](const given& values) { return showlog(values.log); });
-    CLI::Option* const lines = added->add_option("-n", values->log.lines, "how many lines (20)");
+    CLI::Option* const lines = added->add_option("-n", values->log.lines, "number of lines (default: 20)");
     added
         ->add_flag_callback(
             "--all", [given = values] { given->log.lines.reset(); }, "all lines")
         ->excludes(lines);
     added->add_option("--level", values->log.filter.levels, "records of this level only: info, warn, error or unknown")
         ->check(CLI::IsMember({"info", "warn", "error", "unknown"}))
-        ->expected(1)
+        ->expected(1)  // per --level, so that the option does not take the arguments after it too
         ->take_all();
-    added->add_option("--program", values->log.filter.program, "records of this program only, as in host.exe")
+    added->add_option("--program", values->log.filter.program, "records of this program only, for example host.exe")
         ->check(notempty);
-    added->add_flag("--follow", values->log.follow, "go on with each new line, until interrupted (Ctrl+C)");
+    added->add_flag("--follow", values->log.follow, "print new lines until interrupted (Ctrl+C)");
 
     added = add(
-        "login", "is the login library in a folder complete, does it load and run",
-        "Looks for orvellogin.dll or orvelloginc.dll with what it needs beside it, and for the assemblies of the\n"
-        "login manager in the folder OrvelLoginManagerClient below. Loads the library and starts the .NET Framework\n"
-        "4 runtime in a process of their own, and has the assemblies opened as the library would. Signs nobody in\n"
-        "and connects to nothing.",
+        "login", "whether the login library in a folder is complete, loads and runs",
+        "Looks for orvellogin.dll or orvelloginc.dll and the files that it needs beside it, and for the assemblies of\n"
+        "the login manager in the sub-folder OrvelLoginManagerClient. Then loads the library, starts the .NET "
+        "Framework\n"
+        "4 runtime and opens the assemblies, in a separate process. Does not sign in or connect to anything.",
         [](const given& values) { return show(checklogin(values.folder), values.json); });
-    added->add_option("DIR", values->folder, "the library's folder, usually the program's; the tool's own unless told")
+    added->add_option("DIR", values->folder, "the library's folder, usually the program's (default: the tool's own)")
         ->check(notempty);
     addjson(added);
 
     added = add(
-        "report", "all of this in one file, for whoever is to find the fault",
-        "Writes one file in UTF-8: versions, login, facts, settings, logging, the log's last 200 lines. Replaces a\n"
-        "file of that name. The exit status says whether it was written. It holds personal data, but no values of\n"
-        "settings whose names look like passwords, tokens or keys.",
+        "report", "all of this in one file, for the people who investigate the fault",
+        "Writes one file in UTF-8: login, versions, facts, settings, logging, the last 200 lines of the log. Replaces "
+        "an\n"
+        "existing file of that name. The exit status says whether it was written. It contains personal data, but no\n"
+        "values of settings whose names look like passwords, tokens or keys.",
         [](const given& values) { return show(writereport(values.file, values.folder, values.json), false); });
-    added->add_option("FILE", values->file, "where to (orvdiag-report.txt in the current folder)")->check(notempty);
+    added->add_option("FILE", values->file, "file to write (default: orvdiag-report.txt in the current folder)")
+        ->check(notempty);
     added->add_option("DIR", values->folder, "the library's folder, as for login")->check(notempty);
     added->add_flag("--json", values->json, "write JSON");
 }
@@ -165,7 +168,7 @@ void parser::addcommands() {
 }  // namespace
 
 request parse(std::vector<std::string> words) {
-    if (!words.empty() && words.front() == "help") {
+    if (!words.empty() && words.front() == "help") {  // help COMMAND becomes COMMAND --help
         words.erase(words.begin());
         words.push_back("--help");
     }

@@ -6,14 +6,14 @@
 
 namespace orvdiag {
 
-/// What a command line asks for. Exactly one of the three is set.
+/// A parsed command line. Exactly one of the three is set.
 struct request {
-    std::function<int()> command;  ///< does it, prints what it finds, and returns the process's status
+    std::function<int()> command;  ///< runs the command, prints its result, and returns the exit status
     std::string text;              ///< help or version, to be printed
     std::string complaint;         ///< one line that says why the command line is invalid
 };
 
-/// Reads a command line, without the program's name.
+/// Parses the arguments of a command line, without the program's name.
 request parse(std::vector<std::string> words);
 
 }  // namespace orvdiag

@@ -23,7 +23,7 @@ namespace {
 
 using orvsecutils::platform;
 
-// The numbers of a text such as "10,0,19045,0,0"; -1 for those that it lacks.
+// The numbers in a text such as "10,0,19045,0,0"; -1 for missing ones.
 template <std::size_t Count>
 std::array<int, Count> numbersof(const std::string& text) {
     std::array<int, Count> numbers;
@@ -59,10 +59,10 @@ std::string ask(const platform& system) {
 struct fact {
     const char* name;
     std::string (*ask)(const platform&);
-    std::string (*words)(const std::string& value);  // null when the value needs none
+    std::string (*words)(const std::string& value);  // explains the value; null if it needs no explanation
 };
 
-// The operations without arguments, in the platform's order.
+// The platform's operations without arguments, in its order.
 constexpr fact knownfacts[] = {
     {"uilanguage", ask<&platform::uilanguage>, languagewords},
     {"computername", ask<&platform::computername>, nullptr},
@@ -82,7 +82,7 @@ constexpr fact knownfacts[] = {
     {"publicfolder", ask<&platform::publicfolder>, nullptr},
 };
 
-// One fact that is not valid text must not take the others with it.
+// If the text of one fact is malformed, the others are still shown.
 std::string valueof(const fact& row) {
     try {
         return row.ask(orvsecutils::currentplatform());
@@ -91,13 +91,13 @@ std::string valueof(const fact& row) {
     }
 }
 
-// A text or number below HKEY_LOCAL_MACHINE, in the 64-bit view; empty when it is not there.
+// A text or number below HKEY_LOCAL_MACHINE, in the 64-bit view; empty if it does not exist.
 std::string registered(const wchar_t* path, const wchar_t* name) {
     HKEY opened = nullptr;
     RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, KEY_READ | KEY_WOW64_64KEY, &opened);
     const orvsecutils::registrykey key(opened);
     wchar_t data[256] = {};
-    DWORD bytes = sizeof data - sizeof *data;
+    DWORD bytes = sizeof data - sizeof *data;  // the last unit stays zero, because the text may lack a terminator
     DWORD type = REG_NONE;
     if (!key || RegQueryValueExW(key.get(), name, nullptr, &type, reinterpret_cast<BYTE*>(data), &bytes) != 0) {
         return std::string();
@@ -130,7 +130,7 @@ std::string languagewords(const std::string& code) {
 }
 
 std::string versionwords(const std::string& numbers) {
-    // Workstations and servers share their numbers.
+    // Workstation and server releases share version numbers.
     struct release {
         int major, minor, build;
         const char* name;
@@ -225,6 +225,7 @@ answer systemversions() {
                                      {"update revision ", L"UBR"}})},
         {".NET Framework 4", joined(framework, {{"", L"Version"}, {"release ", L"Release"}})},
         {"its clr.dll", version(L"\\Microsoft.NET\\Framework\\v4.0.30319\\clr.dll")},
+        // The 32-bit file: on 64-bit Windows the system redirects this 32-bit process to SysWOW64.
         {"mscoree.dll", version(L"\\System32\\mscoree.dll")},
     };
     answer result = {0, table(rows), json::object()};

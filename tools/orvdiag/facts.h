@@ -4,13 +4,13 @@
 
 namespace orvdiag {
 
-/// Every fact that the platform service knows, with what its numbers mean.
+/// Every fact that `platform` can provide, with the meaning of its numbers.
 answer facts();
 
-/// What identifies the Windows and the .NET Framework that are installed, as they are registered.
+/// The versions of Windows and the .NET Framework, from the registry and from the files of the runtime.
 answer systemversions();
 
-/// The words for the numbers in a fact; empty for a fact without such numbers.
+/// The meaning of the numbers in a fact; empty if they are missing.
 /// @{
 std::string languagewords(const std::string& code);
 std::string versionwords(const std::string& numbers);

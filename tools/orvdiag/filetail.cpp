@@ -22,7 +22,7 @@ filehandle open(const std::wstring& path) {
                                   nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
-// At most one block.
+// Reads from `from` up to `to`, but at most one block.
 std::string block(const filehandle& file, std::int64_t from, std::int64_t to) {
     LARGE_INTEGER start = {};
     start.QuadPart = from;
@@ -46,7 +46,7 @@ std::uint64_t wide(DWORD high, DWORD low) {
     return static_cast<std::uint64_t>(high) << 32 | low;
 }
 
-// Where the last lines begin. A line feed at the very end ends the last of them.
+// The position of the first of the last `lines` lines. A line feed at the end of the file belongs to the last line.
 std::int64_t startoflast(const filehandle& file, std::int64_t size, std::size_t lines) {
     std::size_t ends = 0;
     for (std::int64_t to = size; to > 0;) {
@@ -69,7 +69,7 @@ filetail::filetail(const std::string& pathIn, bool followingIn)
     : path(orvsecutils::toutf16(pathIn)), following(followingIn) {
     if (following) {
         linkname = path + linksuffix + std::to_wstring(GetCurrentProcessId());
-        // A second name that was left behind would keep a log's content after its deletion.
+        // Remove links that killed processes left behind: they would keep the content of a log after its deletion.
         const std::wstring folder = path.substr(0, path.find_last_of(L'\\') + 1);
         WIN32_FIND_DATAW entry;
         const orvsecutils::findhandle search(FindFirstFileW((path + linksuffix + L"*").c_str(), &entry));
@@ -87,7 +87,8 @@ filetail::~filetail() {
     unlink();
 }
 
-// The system's code if there is nothing to link to.
+// Creates the second name. Returns the system's code if the file does not exist. Any other failure, for example on a
+// file system without hard links, is no obstacle: the file is then read under its own name.
 unsigned long filetail::link() {
     if (!following) {
         return 0;
@@ -129,7 +130,7 @@ std::string filetail::lines(std::string text) {
     return text;
 }
 
-// What was unfinished stays so: whatever comes next is not its end.
+// Ends the last, incomplete line of a file that is gone, because what is read next is not its continuation.
 std::string filetail::finished() {
     const std::string last = rest();
     return last.empty() ? last : last + "\n";
@@ -155,7 +156,7 @@ std::string filetail::next() {
             for (std::string text; !(text = block(file, position, size)).empty();) {
                 position += static_cast<std::int64_t>(text.size());
                 text = lines(std::move(text));
-                if (!text.empty()) {  // as when a line is longer than a block
+                if (!text.empty()) {  // empty if a line is longer than a block
                     return text;
                 }
             }
@@ -166,7 +167,7 @@ std::string filetail::next() {
         leaving = false;
         return std::string();
     }
-    // A program may have opened the file before it went away, and write to it only now: look once more.
+    // Read the old file once more before leaving it: a program that opened it earlier may write to it only now.
     if (linked && !std::exchange(leaving, true)) {
         return std::string();
     }

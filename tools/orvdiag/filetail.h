@@ -7,27 +7,27 @@
 
 namespace orvdiag {
 
-/// Reads a text file that others write to, rename, delete and replace meanwhile. Keeps nobody from that: it holds the
-/// file open only while it reads a block.
+/// Reads a text file that other programs write, rename, delete and replace at the same time. Does not get in their way:
+/// it keeps the file open only while it reads a block.
 class filetail {
 public:
-    /// For the file at the UTF-8 path `path`, which need not be there yet. `following` keeps the file's content at hand
-    /// beyond its deletion or replacement, by a second name (a hard link) beside it; where the file system has no such
-    /// links, lines that were not yet read are lost with the file.
+    /// `path`: UTF-8; the file need not exist yet. `following` keeps the file's content readable after its deletion or
+    /// replacement, by a second name (a hard link) beside it. On a file system without hard links, lines that were not
+    /// read before are then lost.
     filetail(const std::string& path, bool following);
     ~filetail();
     filetail(const filetail&) = delete;
     filetail& operator=(const filetail&) = delete;
 
-    /// Goes to the file's start, or to where its last lines begin. Returns the system's code for why the file cannot be
-    /// read, or 0.
+    /// Goes to the start of the file, or to the start of its last lines. Returns 0, or the system's error code if the
+    /// file cannot be read.
     unsigned long begin(std::optional<std::size_t> lastlines);
 
-    /// The next complete lines, at most about a megabyte; empty when there are none now. After the lines of a file that
-    /// is gone come those of the one in its place, from its start.
+    /// The next complete lines, at most about a megabyte; empty if there are none at present. When the file was
+    /// replaced, continues with the new file from its start.
     std::string next();
 
-    /// What stands behind the last complete line.
+    /// The text after the last complete line.
     std::string rest();
 
 private:
@@ -45,7 +45,7 @@ private:
     const bool following;
     std::wstring linkname;
     bool linked = false;
-    bool leaving = false;  // the file was found gone at the last call
+    bool leaving = false;  // the last call found that the file is gone
     std::optional<identity> current;
     std::int64_t position = 0;
     std::string unfinished;

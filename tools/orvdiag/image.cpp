@@ -13,7 +13,7 @@ namespace orvdiag {
 
 namespace {
 
-// Copies what lies at an offset; false beyond the end.
+// Copies a structure from an offset; false if it extends beyond the end of the file.
 template <class Part>
 bool take(std::string_view file, std::size_t offset, Part& part) {
     if (offset > file.size() || file.size() - offset < sizeof part) {
@@ -33,7 +33,8 @@ std::optional<image> readimage(std::string_view file) {
         (headers.FileHeader.Characteristics & IMAGE_FILE_DLL) == 0) {
         return std::nullopt;
     }
-    // The headers of a 64-bit file differ from the directories on; nothing more is asked of such a file.
+    // In a 64-bit file the headers differ from the data directories on, so the rest of the result is meaningless.
+    // Callers reject such a file by `for32bit`.
     image result = {headers.OptionalHeader.Magic == IMAGE_NT_OPTIONAL_HDR32_MAGIC &&
                         headers.FileHeader.Machine == IMAGE_FILE_MACHINE_I386,
                     headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_COM_DESCRIPTOR].VirtualAddress != 0, 0};
@@ -49,8 +50,8 @@ std::optional<image> readimage(std::string_view file) {
 }
 
 std::string gccversion(std::string_view file) {
-    // Each object that went into the file left the name of its compiler. Those of the C runtime's start-up code tell
-    // the release only, as in "12 20220819"; the greatest text is one that tells the thread model too.
+    // Each object file leaves its compiler's name in the DLL. Those of the C runtime's start-up code only name the
+    // release, as in "12 20220819". The greatest text is one that also names the thread model, as in "12-posix".
     constexpr std::string_view mark = "GCC: (";
     std::string version;
     for (std::size_t at = file.find(mark); at != std::string_view::npos; at = file.find(mark, at + 1)) {

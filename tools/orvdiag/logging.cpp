@@ -31,12 +31,12 @@ bool aboutlogging(const storedvalue& row) {
     return samebutcase(row.name, wanted);
 }
 
-// Whether the library takes the value for the switch, right or wrong.
+// Whether this is the value that the library reads as the switch, even if its kind is wrong.
 bool counts(const storedvalue& row) {
     return row.name == wanted && row.place != store::machine32 && !row.ignored;
 }
 
-// One sentence for each value that does not do what whoever set it may have thought.
+// One sentence for each value that does not have the effect that its author probably expected.
 std::vector<std::string> surprises(const std::vector<storedvalue>& rows) {
     std::vector<std::string> sentences;
     for (const storedvalue& row : rows) {
@@ -51,7 +51,7 @@ std::vector<std::string> surprises(const std::vector<storedvalue>& rows) {
         if (row.place == store::machine32) {
             sentences.push_back(start + " lies in the 32-bit view of the registry: the library reads the 64-bit view.");
         } else if (row.name != wanted) {
-            sentences.push_back(start + " is spelled in another way: the library reads " + quoted(wanted) +
+            sentences.push_back(start + " is spelled differently: the library reads " + quoted(wanted) +
                                 " only, so delete it.");
         } else if (row.kind != "number") {
             sentences.push_back(start + " is not a number (REG_DWORD) but of the kind " + row.kind +
@@ -68,7 +68,7 @@ std::string reason(const std::vector<storedvalue>& rows, bool groupread) {
         return std::string("because the group ") + debugsettings::groupname + " cannot be read";
     }
     bool any = false;
-    for (const storedvalue& row : rows) {  // the user's comes first
+    for (const storedvalue& row : rows) {  // sorted: the user's value comes before the machine's
         if (counts(row)) {
             return row.kind == "number" ? "by the " + whose(row.place) + " setting"
                                         : "because " + named(row) + " is not a number";
@@ -82,7 +82,7 @@ std::string reason(const std::vector<storedvalue>& rows, bool groupread) {
 
 std::string logobstacle(const std::string& path) {
     if (path.empty()) {
-        return "Windows names no profile folder for this user";
+        return "Windows reports no profile folder for this user";
     }
     const std::filesystem::path file = toutf16(path);
     const auto open = [](const std::filesystem::path& name, DWORD access, DWORD disposition, DWORD flags) {
@@ -95,8 +95,8 @@ std::string logobstacle(const std::string& path) {
     if (const DWORD failure = GetLastError(); failure != ERROR_FILE_NOT_FOUND && failure != ERROR_PATH_NOT_FOUND) {
         return systemwords(failure);
     }
-    // It is not there yet, so try what the library would do: make the folders, then a file in them. A file of another
-    // name, so that the trial's end does not take a program's first lines with it.
+    // The file does not exist yet, so try what the library would do: create the folders, then a file in them. The file
+    // has a different name, because deleting the log itself could delete the first lines of a program.
     std::vector<std::filesystem::path> missing;
     for (std::filesystem::path folder = file.parent_path(); !exists(folder); folder = folder.parent_path()) {
         missing.insert(missing.begin(), folder);
@@ -113,7 +113,7 @@ std::string logobstacle(const std::string& path) {
             "a file in " + readable(file.parent_path().native()) + " cannot be made: " + systemwords(GetLastError());
     }
     for (; !missing.empty(); missing.pop_back()) {
-        RemoveDirectoryW(missing.back().c_str());  // stays if a program has begun to write there
+        RemoveDirectoryW(missing.back().c_str());  // fails, as it should, if a program has created a file there
     }
     return obstacle;
 }
@@ -121,18 +121,20 @@ std::string logobstacle(const std::string& path) {
 answer logging(const std::string& word) {
     const std::string call = "orvdiag::logging(" + word + ")";
     if (word == "off") {
-        loginfo() << call;  // a process asks for the switch once, so that the lines about switching it off are written
+        // Before the switch changes: a process reads it once, so the lines about switching the log off are still
+        // written.
+        loginfo() << call;
     }
     bool written = true;
     if (!word.empty()) {
-        // This one value, and not the group as a whole: saving would write back what else the user has there.
+        // Writes only this value. settings::save() would write back the user's other values too.
         const settingsmap change = {{wanted, makesetting(word == "on" ? 1u : 0u)}};
         written = currentplatform().writesettings(settingsscope::user, librarygroup(debugsettings::groupname), change);
     }
     bool on = false;
     bool groupread = true;
     try {
-        on = debugsettings().logging();  // read anew
+        on = debugsettings().logging();  // reads the registry again, unlike instance()
     } catch (const std::range_error&) {
         groupread = false;
     }

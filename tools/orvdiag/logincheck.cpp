@@ -25,7 +25,7 @@ constexpr char managerversion[] = "34.0.0.5070";
 constexpr char managedpart[] = "OrvelLoginClientCLR.dll";
 constexpr const char* assemblies[] = {"OrvelLoginClient", "loginManagerUtils"};
 
-// The library's two forms, each by a function that only it exports.
+// The library's two DLLs. `exported` is a function that only this DLL exports, to identify it.
 struct form {
     const char* file;
     const char* exported;
@@ -41,7 +41,7 @@ struct finding {
     grade result;
     std::string text;
 
-    // The worst grade counts, and all texts are shown.
+    // Keeps the worst grade and all texts.
     void add(grade worse, const std::string& more) {
         result = std::max(result, worse);
         text += (text.empty() || more.empty() ? "" : "; ") + more;
@@ -50,7 +50,7 @@ struct finding {
 
 struct file {
     finding found;
-    std::string version;  // of its resource
+    std::string version;  // from its version resource
     std::string gcc;
     std::size_t bytes;
 
@@ -62,6 +62,7 @@ public:
     explicit check(std::filesystem::path folderIn) : folder(std::move(folderIn)) {}
 
     std::vector<finding> run() {
+        // A folder may contain either DLL or both. If it contains neither, orvellogin.dll is reported as missing.
         const bool withfunctions = exists(folder / functions.file);
         const bool withclasses = !withfunctions || exists(folder / classes.file);
         const form& library = withclasses ? classes : functions;
@@ -71,7 +72,7 @@ public:
         const std::string version = checklibrary(library);
         file part = look(managedpart, true);
         if (part.good() && !version.empty() && part.version != version) {
-            part.found.add(grade::warn, "not of the same version as the library, " + version);
+            part.found.add(grade::warn, "not the same version as the library, " + version);
         }
         findings.push_back(part.found);
         checkassemblies(part, library.file);
@@ -89,10 +90,11 @@ private:
         std::ifstream stream(path, std::ios::binary);
         if (!stream) {
             const DWORD reason = GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES ? GetLastError() : 0;
-            return bad(reason == ERROR_FILE_NOT_FOUND || reason == ERROR_PATH_NOT_FOUND
-                           ? "is missing"
-                           : "is there but cannot be read");
+            return bad(reason == ERROR_FILE_NOT_FOUND || reason == ERROR_PATH_NOT_FOUND ? "is missing"
+                                                                                        : "exists but cannot be read");
         }
+        // The whole file, because the compiler's name may be anywhere in it, and its size tells whether it is
+        // truncated.
         const std::string bytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
         const std::optional<image> headers = readimage(bytes);
         if (!headers) {
@@ -115,7 +117,7 @@ private:
         return result;
     }
 
-    // The library in one of its forms with what that needs. Returns its version.
+    // Checks one of the library's DLLs and the runtime DLLs that it needs. Returns its version.
     std::string checklibrary(const form& which) {
         file library = look(which.file, false);
         if (library.good()) {
@@ -128,13 +130,13 @@ private:
             if (which.needsruntimedlls) {
                 file runtime = look(shipped.name, false);
                 if (!library.gcc.empty() && !runtime.gcc.empty() && !samegcc(library.gcc, runtime.gcc)) {
-                    runtime.found.add(grade::warn,
-                                      "of another GCC (" + runtime.gcc + ") than the library (" + library.gcc + ")");
+                    runtime.found.add(grade::warn, "built by a different GCC (" + runtime.gcc + ") than the library (" +
+                                                       library.gcc + ")");
                 } else if (runtime.good() && runtime.bytes != shipped.bytes) {
-                    // Not every file tells its compiler.
-                    runtime.found.add(grade::warn, "not the file that ships with the library but one of another GCC: " +
-                                                       std::to_string(runtime.bytes) + " bytes instead of " +
-                                                       std::to_string(shipped.bytes));
+                    // The size is compared because not every DLL names its compiler.
+                    runtime.found.add(grade::warn,
+                                      "not the file that ships with the library: " + std::to_string(runtime.bytes) +
+                                          " bytes instead of " + std::to_string(shipped.bytes));
                 }
                 findings.push_back(runtime.found);
             }
@@ -168,7 +170,7 @@ private:
         }
     }
 
-    // What the managed part says of one assembly.
+    // Adds what the managed part reports about one assembly. For the format of `lines` see login/managed/Inspection.cs.
     static void interpret(const std::string& name, const std::string& lines, const std::filesystem::path& expected,
                           finding& found) {
         std::string lacking;
@@ -188,7 +190,7 @@ private:
                           "assembly version " + text +
                               (text == managerversion ? "" : std::string(" instead of ") + managerversion));
             } else if (kind == "file" && !samebutcase(text, readable(expected.native()))) {
-                found.add(grade::warn, "the runtime takes another file, " + text);
+                found.add(grade::warn, "the runtime uses a different file, " + text);
             } else if (kind == "lacks") {
                 lacking += (lacking.empty() ? "lacks " : ", ") + text;
             } else if (kind == "members" && lacking.empty() && name == assemblies[0]) {

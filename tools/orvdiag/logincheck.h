@@ -6,8 +6,8 @@
 
 namespace orvdiag {
 
-/// Looks whether the login library in a folder is complete, loads, and gets on with the login manager that lies there.
-/// An empty `folder` is the tool's own.
+/// Checks whether the login library in `folder` is complete, loads, and can use the login manager there. An empty
+/// `folder` means the tool's own.
 answer checklogin(const std::string& folder);
 
 }  // namespace orvdiag

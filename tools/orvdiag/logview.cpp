@@ -22,13 +22,13 @@ std::atomic<bool> interrupted = false;
 BOOL WINAPI interrupt(DWORD event) {
     interrupted = true;
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
-        Sleep(2000);  // the process ends when this returns
+        Sleep(2000);  // the system ends the process when this returns, so leave the main thread time to clean up
     }
     return TRUE;
 }
 
-// Where a record's level begins in its first line, as in "11/21/2026 09:14:03+0100,info,host.exe,message"; npos in a
-// line that does not begin a record.
+// The position of the level in the first line of a record, as in "11/21/2026 09:14:03+0100,info,host.exe,message"; npos
+// if the line does not begin a record.
 std::size_t levelat(std::string_view line) {
     constexpr std::string_view form = "00/00/0000 00:00:00+0000,";
     if (line.size() < form.size()) {
@@ -45,7 +45,7 @@ std::size_t levelat(std::string_view line) {
     return form.size();
 }
 
-// Calls `take` with each line that passes, its line feed included.
+// Calls `take` with each line that passes the filter, including its line feed.
 template <class Take>
 void eachline(std::string_view text, recordfilter& filter, Take take) {
     while (!text.empty()) {
@@ -64,11 +64,11 @@ std::string filtered(std::string_view text, recordfilter& filter) {
 }
 
 std::string whynot(const std::string& path, unsigned long failure) {
-    return path.empty() ? "there is no log file: Windows names no profile folder for this user"
+    return path.empty() ? "there is no log file: Windows reports no profile folder for this user"
                         : "the log file cannot be read: " + systemwords(failure);
 }
 
-// The lines that are there, up to the last `count` that pass.
+// The last `count` lines at present that pass the filter.
 std::deque<std::string> present(filetail& tail, std::size_t count, recordfilter& filter, bool unfinished) {
     std::deque<std::string> kept;
     const auto keep = [&](std::string_view line) {
@@ -117,7 +117,7 @@ int showlog(logrequest request) {
     print("Log file: " + path + "\n");
     recordfilter& filter = request.filter;
     filetail tail(path, request.follow);
-    // Without a filter, what lies in front of the last lines need not be read.
+    // Without a filter, only the last lines need to be read.
     const bool all = filter.levels.empty() && filter.program.empty();
     const unsigned long failure = tail.begin(all ? request.lines : std::nullopt);
     if (failure != 0) {
@@ -137,7 +137,7 @@ int showlog(logrequest request) {
     while (!interrupted) {
         const std::string text = tail.next();
         if (!print(filtered(text, filter))) {
-            break;  // nobody reads on, which shows at the first line after that
+            break;  // the reader of the pipe has closed it, which shows at the first write after that
         }
         if (text.empty()) {
             Sleep(pausemilliseconds);

@@ -10,30 +10,31 @@
 
 namespace orvdiag {
 
-/// Which records of the log are wanted.
+/// Selects records of the log.
 struct recordfilter {
     std::vector<std::string> levels;  ///< empty for all
     std::string program;              ///< file name, in any case; empty for all
 
-    /// Whether a line belongs to such a record. Lines are given in their order: one without a record's beginning
-    /// belongs to the record before it.
+    /// Whether a line belongs to a selected record. Must be called with all lines in order, because a line that does
+    /// not begin a record belongs to the record before it.
     bool passes(std::string_view line);
 
 private:
     bool passing = false;
 };
 
-/// What `log` was asked for.
+/// The arguments of the command `log`.
 struct logrequest {
-    std::optional<std::size_t> lines = 20;  ///< none for all
+    std::optional<std::size_t> lines = 20;  ///< number of lines; none for all
     bool follow = false;
     recordfilter filter;
 };
 
-/// Prints the log file's path and last lines; following, goes on with new ones until interrupted. The process's status.
+/// Prints the path and the last lines of the log file; with `follow`, also new lines until interrupted. Returns the
+/// exit status.
 int showlog(logrequest request);
 
-/// The log's last lines, at most `count`, or why there are none.
+/// The last lines of the log, at most `count`, or why there are none.
 answer lastlines(std::size_t count);
 
 }  // namespace orvdiag

@@ -1,4 +1,4 @@
-// Looks at what the login library finds on a machine, for those who have to find out why somebody cannot sign in.
+// orvdiag: shows what the login library finds on a machine, for support engineers who investigate a failed sign-in.
 
 #include <exception>
 #include <stdexcept>

@@ -22,7 +22,7 @@ bool write(HANDLE handle, std::string_view text) {
         std::wstring wide(text.size(), L'\0');
         const int units = MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), wide.data(),
                                               static_cast<int>(wide.size()));
-        // A console takes some 30,000 units at a time.
+        // Older consoles accept only about 30,000 units per call.
         for (DWORD done = 0; done < static_cast<DWORD>(units); done += written) {
             const DWORD part = std::min<DWORD>(static_cast<DWORD>(units) - done, 8192);
             if (!WriteConsoleW(handle, wide.data() + done, part, &written, nullptr) || written == 0) {
@@ -44,7 +44,7 @@ bool write(HANDLE handle, std::string_view text) {
 }  // namespace
 
 void claimstandardoutput() {
-    // A duplicate, because redirecting the C library's descriptor closes the handle behind it.
+    // A duplicate, because redirecting the C library's descriptor below closes the original handle.
     const HANDLE process = GetCurrentProcess();
     if (!DuplicateHandle(process, GetStdHandle(STD_OUTPUT_HANDLE), process, &standardoutput, 0, FALSE,
                          DUPLICATE_SAME_ACCESS)) {

@@ -24,9 +24,9 @@ namespace {
 constexpr std::size_t reportedlines = 200;
 
 constexpr char personaldata[] =
-    "This report holds personal data: the names of the user and the computer, folders, the address of a network\n"
+    "This report contains personal data: the names of the user and the computer, folders, the address of a network\n"
     "adapter, settings, and what programs wrote to the log. Settings whose names look like passwords, tokens or keys\n"
-    "are shown as \"(hidden)\". Give it only to those who are to find the fault.\n";
+    "are shown as \"(hidden)\". Give it only to the people who investigate the fault.\n";
 
 struct section {
     const char* title;
@@ -43,16 +43,16 @@ constexpr section sections[] = {
     {"The log's last lines, at most 200", "log", [](const std::string&) { return lastlines(reportedlines); }},
 };
 
-// What goes wrong in one section must not take the others with it.
+// If one section fails, the others are still written.
 answer ask(const section& row, const std::string& folder) {
     try {
         return row.ask(folder);
     } catch (const std::exception& failed) {
-        return {1, std::string("This cannot be told: ") + failed.what() + "\n", failed.what()};
+        return {1, std::string("This part failed: ") + failed.what() + "\n", failed.what()};
     }
 }
 
-// The system's words for why it cannot be done; empty when it was.
+// Returns the system's message if the file cannot be written, else an empty text.
 std::string writefile(const std::wstring& path, const std::string& bytes) {
     const orvsecutils::filehandle file(
         CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));

@@ -6,8 +6,8 @@
 
 namespace orvdiag {
 
-/// Writes all that an engineer asks for into one file at the path `file`, in UTF-8, with the login library looked for
-/// in `folder` (empty for the tool's own), as text or as JSON. What comes back says where it is, or why it is not.
+/// Writes the results of all checks to the file at the path `file`, in UTF-8, as text or as JSON. `folder` is the login
+/// library's; empty means the tool's own. The result says where the file is, or why it could not be written.
 answer writereport(const std::string& file, const std::string& folder, bool asjson);
 
 }  // namespace orvdiag

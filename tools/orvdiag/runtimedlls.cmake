@@ -1,4 +1,4 @@
-# cmake -DOUTPUT=header -DFILES=file;... -P: writes down which runtime DLLs the library ships.
+# cmake -DOUTPUT=header -DFILES=file;... -P: writes a header with the names and sizes of the runtime DLLs that ship.
 set(rows)
 foreach(file IN LISTS FILES)
   file(SIZE ${file} size)
@@ -6,7 +6,7 @@ foreach(file IN LISTS FILES)
   string(APPEND rows "    {\"${name}\", ${size}},\n")
 endforeach()
 file(WRITE ${OUTPUT} "#pragma once\n
-/// A file of the compiler's that lies beside orvellogin.dll.
+/// A runtime DLL of the compiler, which ships beside orvellogin.dll.
 struct runtimedll {
     const char* name;
     unsigned bytes;

@@ -22,7 +22,7 @@ std::string valuetext(const json& value) {
     return "[" + list + "]";
 }
 
-// What an engineer has to know of a value besides; empty when the library takes it as it is.
+// Why the library does not use a value; empty if it does.
 std::string remark(const storedvalue& row, const std::vector<storedvalue>& rows) {
     if (row.place == store::machine32) {
         return "not read: the library reads the 64-bit view";

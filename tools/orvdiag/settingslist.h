@@ -8,10 +8,10 @@
 
 namespace orvdiag {
 
-/// Whether a value of that name may be a secret: a password, a token, a key and the like.
+/// Whether a setting of this name is probably a secret, such as a password, a token or a key.
 bool namesasecret(const std::string& name);
 
-/// The values as lines and as data; with their groups, and without secrets, for a report.
+/// The values as text and as JSON. For a report, names include the group and secrets are hidden.
 answer listing(const std::vector<storedvalue>& rows, bool forreport);
 
 /// The values of one group.

@@ -20,10 +20,10 @@ using orvsecutils::registrykey;
 
 namespace {
 
-// The registry allows names of 16383 units.
+// The registry allows names of 16383 units; one more for the terminator.
 constexpr DWORD namebufferunits = 16384;
 
-// On a 32-bit system both views are one.
+// A 32-bit system has only one view.
 bool hastwoviews() {
     BOOL wow64 = FALSE;
     return IsWow64Process(GetCurrentProcess(), &wow64) && wow64;
@@ -34,6 +34,7 @@ std::vector<store> stores() {
                          : std::vector{store::user, store::machine};
 }
 
+// The user's hive has only one view, so there the view's flag has no effect.
 registrykey open(store place, const std::string& group) {
     HKEY key = nullptr;
     RegOpenKeyExW(place == store::user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE,
@@ -42,7 +43,7 @@ registrykey open(store place, const std::string& group) {
     return registrykey(key);
 }
 
-// Takes the text of a name or a value, and notes whether the library's strict converter would.
+// Converts the text of a name or a value, and records in `row` if the library's strict conversion would reject it.
 std::string taketext(std::wstring_view text, storedvalue& row) {
     try {
         return orvsecutils::toutf8(text);
@@ -107,7 +108,7 @@ void addvalues(const std::string& group, store place, std::vector<storedvalue>& 
         return;
     }
     std::vector<wchar_t> name(namebufferunits);
-    std::vector<wchar_t> data(longest / sizeof(wchar_t) + 1);
+    std::vector<wchar_t> data(longest / sizeof(wchar_t) + 1);  // one more unit, because sizes may be odd
     for (DWORD index = 0;; ++index) {
         DWORD units = namebufferunits;
         DWORD type = REG_NONE;
@@ -117,7 +118,7 @@ void addvalues(const std::string& group, store place, std::vector<storedvalue>& 
         if (result == ERROR_NO_MORE_ITEMS) {
             return;
         }
-        if (result == ERROR_SUCCESS) {  // other values are still worth having
+        if (result == ERROR_SUCCESS) {  // a value that cannot be read is skipped, the others are shown
             storedvalue row;
             row.group = group;
             row.place = place;
@@ -128,7 +129,7 @@ void addvalues(const std::string& group, store place, std::vector<storedvalue>& 
     }
 }
 
-// The group and those below it, by their paths.
+// Adds the paths of a group and of all groups below it.
 void addgroups(const std::string& group, store place, std::set<std::string>& groups) {
     groups.insert(group);
     const registrykey key = open(place, group);

@@ -8,33 +8,33 @@
 
 namespace orvdiag {
 
-/// Where values of the library's can lie. The library reads the first two.
+/// Where a value can be stored; `machine32` is the 32-bit view, which the library does not read.
 enum class store { user, machine, machine32 };
 
-/// A value as it lies in the registry, whether or not the library can read it.
+/// A value in the registry, whether or not the library can read it.
 struct storedvalue {
     std::string group;
     std::string name;
     store place;
-    std::string kind;      ///< "number", "text", "list", or the registry's type where the library reads none of these
-    json value;            ///< a number, a text, or a list of texts; null when the kind has no such form
-    bool ignored = false;  ///< the library passes over it: of another kind, or not in the form of its kind
-    bool badtext = false;  ///< name or text is not valid UTF-16, so that the library cannot read any of the group
+    std::string kind;      ///< "number", "text", "list", or the registry type if the library does not read it
+    json value;            ///< a number, a text, or a list of texts; null for other kinds and malformed data
+    bool ignored = false;  ///< the library ignores it: of another kind, or malformed
+    bool badtext = false;  ///< name or text is not valid UTF-16, so the library cannot read the whole group
 };
 
 /// "user's" or "machine's", the latter for both views.
 std::string whose(store place);
 
-/// Where the library's group of that name lies.
+/// The definition of the library's group of that name.
 orvsecutils::settingsdef librarygroup(const std::string& name);
 
-/// Whether the group's key is there in any of the stores.
+/// Whether the group's key exists in any of the stores.
 bool groupexists(const std::string& group);
 
-/// The values of a group in all stores, by name, then store.
+/// The values of a group in all stores, sorted by name, then store.
 std::vector<storedvalue> storedvalues(const std::string& group);
 
-/// The values of all groups of the library's, by group, name and store.
+/// The values of all of the library's groups, sorted by group, name and store.
 std::vector<storedvalue> allstoredvalues();
 
 }  // namespace orvdiag

@@ -10,7 +10,7 @@ namespace orvdiag {
 
 namespace {
 
-// Characters, not bytes: those of UTF-8 that do not continue another.
+// The number of characters, not bytes: counts the UTF-8 bytes that do not continue a character.
 std::size_t width(const std::string& text) {
     return static_cast<std::size_t>(
         std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));

@@ -27,7 +27,7 @@ constexpr DWORD patiencemilliseconds = 60000;
 constexpr wchar_t loadword[] = L"load";
 constexpr wchar_t assembliesword[] = L"assemblies";
 
-// Exit statuses of a trial; any other means that it did not get to its end.
+// Exit statuses of the trial process; any other means that it crashed.
 constexpr UINT succeeded = 0;
 constexpr UINT failed = 1;
 
@@ -49,10 +49,11 @@ std::wstring systemfolder() {
     return folder;
 }
 
-// The words reach the other process as one command line, so none may hold a quote; paths and names do not.
+// The words are passed in one command line without escaping, so none may contain a quote; paths and names never do.
 trial inanotherprocess(const std::vector<std::wstring>& words) {
     SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
-    // What the other process has to say comes through memory: a pipe could fill up, and runtimes write to the others.
+    // The other process returns its text in shared memory: a pipe could fill up, and the runtime may write to standard
+    // output and error.
     const kernelhandle memory(
         CreateFileMappingW(INVALID_HANDLE_VALUE, &inherit, PAGE_READWRITE, 0, sharedunits * sizeof(wchar_t), nullptr));
     const view text = map(memory.get());
@@ -72,16 +73,16 @@ trial inanotherprocess(const std::vector<std::wstring>& words) {
     start.dwFlags = STARTF_USESTDHANDLES;
     start.hStdInput = start.hStdOutput = start.hStdError = nowhere.get();
     PROCESS_INFORMATION info = {};
-    // In the system's folder, because a library's own are looked for in the current one too.
+    // In the system's folder, because Windows also searches the current folder for DLLs.
     if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr,
                         systemfolder().c_str(), &start, &info)) {
-        return {false, "a process to try it in cannot be started: " + systemwords(GetLastError())};
+        return {false, "the process to try it in cannot be started: " + systemwords(GetLastError())};
     }
     const kernelhandle process(info.hProcess);
     const kernelhandle thread(info.hThread);
     if (WaitForSingleObject(process.get(), patiencemilliseconds) != WAIT_OBJECT_0) {
         TerminateProcess(process.get(), failed);
-        return {false, "does not come to an end within a minute"};
+        return {false, "does not finish within a minute"};
     }
     DWORD status = 0;
     GetExitCodeProcess(process.get(), &status);
@@ -93,7 +94,7 @@ trial inanotherprocess(const std::vector<std::wstring>& words) {
     return {status == succeeded, readable(std::wstring_view(text.get()))};
 }
 
-// The DLLs that the one at `path` imports and that cannot be loaded, with the reasons.
+// The imports of the DLL at `path` that cannot be loaded, with the reasons.
 std::wstring missingimports(const std::wstring& path) {
     const auto base = reinterpret_cast<const BYTE*>(LoadLibraryExW(path.c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES));
     if (!base) {
@@ -107,7 +108,7 @@ std::wstring missingimports(const std::wstring& path) {
     for (auto row = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + imports); imports && row->Name; ++row) {
         const std::string_view name = reinterpret_cast<const char*>(base + row->Name);
         const std::wstring file(name.begin(), name.end());
-        // Not as LoadLibrary looks for it, which begins in this program's folder.
+        // Searches as for a program in the library's folder; a plain LoadLibrary would start in this program's folder.
         if (!GetModuleHandleW(file.c_str()) &&
             !LoadLibraryExW((folder + file).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH) &&
             !LoadLibraryExW(file.c_str(), nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32)) {
@@ -117,7 +118,7 @@ std::wstring missingimports(const std::wstring& path) {
     return text;
 }
 
-// No exception here: see the top of trial.h.
+// Does not throw: see the top of trial.h.
 bool load(const std::wstring& path, const std::wstring& exported, std::wstring& text) {
     const HMODULE library = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     if (!library) {
@@ -169,7 +170,7 @@ int runtrial(int count, wchar_t** words) {
     if (!text.empty()) {
         text.copy(shared.get(), sharedunits - 1);
     }
-    // Without the library's own end, which is not on trial and might hang.
+    // Ends the process without unloading the library, which could hang.
     TerminateProcess(GetCurrentProcess(), good ? succeeded : failed);
     return 0;
 }

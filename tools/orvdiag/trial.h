@@ -2,28 +2,28 @@
 
 #include <string>
 
-/// What may go wrong badly is done in another process of this program: loading a library runs its code and brings its
-/// compiler's runtime in, and no exception of this statically linked program's could be relied on beside that.
+/// Checks that could crash or hang, run in a second process of this program. Loading a library runs its code. It also
+/// loads the compiler's shared runtime, beside which exceptions in this statically linked program are not reliable.
 namespace orvdiag {
 
-/// How a trial ended.
+/// The result of a trial.
 struct trial {
     bool succeeded;
-    std::string text;  ///< what was found out; after a failure its reason
+    std::string text;  ///< what was found out; after a failure, the reason
 };
 
-/// Loads the DLL at `path` as a program does that lies beside it, and looks for the function `exported` in it.
+/// Loads the DLL at `path` as a program in the same folder would, and looks for the function `exported` in it.
 trial tryloading(const std::wstring& path, const char* exported);
 
-/// Starts the runtime and enters the library's managed part at `path` as the DLL at `library` does, then has it open
-/// the login manager's assemblies and look for the members that the library calls. Succeeding, the text is what
-/// `Inspection` in login/managed/ says.
+/// Starts the runtime and calls the library's managed part at `path` as the DLL at `library` does. Then lets it open
+/// the login manager's assemblies and look for the members that the library calls. After success the text is the output
+/// of `Inspection` in login/managed/.
 trial tryassemblies(const std::wstring& path, const std::wstring& library);
 
-/// The first word of the command line of such a process.
+/// The first argument of such a process.
 inline constexpr wchar_t trialword[] = L"--trial";
 
-/// The main program of such a process.
+/// The main function of such a process.
 int runtrial(int count, wchar_t** words);
 
 }  // namespace orvdiag

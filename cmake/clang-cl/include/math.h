@@ -1,4 +1,5 @@
-/* In front of Wine's: what libc++ names of the C library and Wine's headers lack. Declared only; no host calls it. */
+/* Found before Wine's header: adds the C library functions that libc++ refers to and that Wine's header lacks. They are
+   only declared; no host calls them. */
 #pragma once
 #include_next <math.h>
 #ifdef __cplusplus

@@ -1,4 +1,4 @@
-/* In front of Wine's. */
+/* Found before Wine's header: adds timespec, which libc++ needs. */
 #pragma once
 #include_next <time.h>
 struct timespec {

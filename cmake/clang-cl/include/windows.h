@@ -1,4 +1,4 @@
-/* In place of Wine's, which clang's own intrinsics contradict: what the examples call. */
+/* Replaces Wine's header, which conflicts with clang's intrinsics. Declares only what the examples call. */
 #pragma once
 #ifdef __cplusplus
 extern "C" {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "LoginExport.h"  // this folder's, whatever other folders are searched
+#include "LoginExport.h"  // without a folder, so that the one beside this file is found, whatever the include folders
 
 #include <cstdint>
 #include <exception>
@@ -13,16 +13,16 @@
 #include "login/uiLang.h"
 #include "orvelloginc.h"
 
-/// Signs a user in to the online account service: the class of the same name that orvellogin.dll exports, compiled into
-/// the host over the plain functions of orvelloginc.dll. So any C++17 compiler for 32-bit Windows can use it, whatever
-/// its runtime; strings, records and exceptions are the host's own.
+/// Signs a user in to the online account service. The header-only counterpart of the class that orvellogin.dll exports:
+/// it is compiled into the host and calls the plain functions of orvelloginc.dll. Any C++17 compiler for 32-bit Windows
+/// can use it, with any runtime, because strings, records and exceptions never leave the host.
 ///
-/// The members, their failures and the rules for callbacks and threads are those of the exported class: see
-/// `login/LoginManagerClient.h` beside orvelloginc.h, which a host must not include together with this one.
+/// For the contract of the members and the rules for callbacks and threads see the exported class, in
+/// `login/LoginManagerClient.h` beside orvelloginc.h. A host must not include both headers.
 class LoginManagerClient {
 public:
     LoginManagerClient(void (*loginCallBack)(), void (*logoutCallBack)(), uiLang langIn) {
-        // The host's function is the context: what is called must outlive this object.
+        // The host's function is passed as the context, because callbacks are called even after this object is gone.
         call(orvellogin_create, loginCallBack ? &relay : nullptr, reinterpret_cast<void*>(loginCallBack),
              logoutCallBack ? &relay : nullptr, reinterpret_cast<void*>(logoutCallBack), static_cast<int>(langIn),
              &client);
@@ -92,8 +92,8 @@ public:
     bool isOrvelOfflineMode() const { return orvellogin_isOrvelOfflineMode(client) != 0; }
 
 private:
-    // Overwrites a secret that was passed by value, however the member is left. Volatile, because a compiler may drop
-    // stores to memory that is freed next.
+    // Overwrites a secret that was passed by value, also when an exception leaves the member. Volatile, because a
+    // compiler may drop stores to memory that is freed next.
     struct WipedAtEnd {
         std::wstring& secret;
         ~WipedAtEnd() {
@@ -103,7 +103,8 @@ private:
         }
     };
 
-    // Units of a BSTR: their bytes are counted in the four bytes before the first.
+    // Copies a BSTR, whose length in bytes is in the four bytes before its first unit. SysStringLen would make every
+    // host link oleaut32.
     static std::wstring units(const wchar_t* text) {
         return text ? std::wstring(text, reinterpret_cast<const std::uint32_t*>(text)[-1] / sizeof(wchar_t))
                     : std::wstring();
@@ -111,10 +112,10 @@ private:
 
     static int length(const std::wstring& text) { return static_cast<int>(text.size()); }
 
-    // Nothing must get out of a callback into the library.
+    // noexcept, because no exception may cross from a callback into the library.
     static void ORVELLOGIN_CALL relay(void* hosts) noexcept { reinterpret_cast<void (*)()>(hosts)(); }
 
-    // Where a BSTR would be stored there is the address of a string.
+    // `*place` holds the address of the string to fill, where the library would otherwise store a BSTR.
     static int ORVELLOGIN_CALL receive(wchar_t** place, const wchar_t* units, int length) noexcept {
         try {
             reinterpret_cast<std::wstring*>(*place)->assign(units, static_cast<std::size_t>(length));

@@ -7,9 +7,9 @@
 
 #include "login/LoginExport.h"
 
-/// What the login manager says about a signed-in user. All strings are UTF-16; a default-constructed record is empty.
+/// The login manager's data about a signed-in user. All strings are UTF-16; a default-constructed record is empty.
 ///
-/// There is no status here: a sign-in that did not throw succeeded.
+/// There is no status field: a sign-in that did not throw succeeded.
 struct ORVELLOGIN_API LoginResponse {
     LoginResponse();                                           ///< every field empty
     LoginResponse(const LoginResponse& other);                 ///< field by field

@@ -1,11 +1,11 @@
 #pragma once
 
 /// @file
-/// A failure that the login manager reports, and its codes.
+/// Failures that the login manager reports, and their codes.
 
 #include <exception>
 
-/// Outcome that the login manager reports with a failure: the number of its `loginManagerStatusCode`, 0 to 8.
+/// The code of a failure that the login manager reports: the number of its `loginManagerStatusCode`, 0 to 8.
 ///
 /// The deployed login manager defines what each number means. This library itself uses only two of them, 6 and 8.
 enum statusCode : int {
@@ -18,8 +18,8 @@ enum statusCode : int {
     statusCode6 = 6,
     statusCode7 = 7,
     statusCode8 = 8,
-    statusCodeNoResponse = statusCode6,  ///< also: the manager gave back no response record at all
-    statusCodeOther = statusCode8,       ///< also: any number of the manager's outside 0 to 8
+    statusCodeNoResponse = statusCode6,  ///< also: the manager returned no record at all
+    statusCodeOther = statusCode8,       ///< also: the manager reported a number outside 0 to 8
 };
 
 /// A failure that the login manager itself reported (a refused password, a server that does not answer, ...).
@@ -32,7 +32,7 @@ enum statusCode : int {
 /// library's default text and says nothing: read `code`.
 class loginManagerException : public std::exception {
 public:
-    /// Made by the library.
+    /// Used by the library only.
     explicit loginManagerException(statusCode codeIn) : code(codeIn) {}
 
     statusCode code;  ///< what the manager reported

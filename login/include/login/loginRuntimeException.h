@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// Any other failure.
+/// Failures that the login manager does not report itself.
 
 #include <cstdint>
 #include <exception>
@@ -14,18 +14,18 @@
 /// Thrown by value; catch it as `const loginRuntimeException&` or as `const std::exception&`.
 class loginRuntimeException : public std::exception {
 public:
-    /// Made by the library. `textIn` is what `what()` gives, in UTF-8.
+    /// Used by the library only. `textIn` is what `what()` returns, in UTF-8.
     loginRuntimeException(std::wstring typeNameIn, std::wstring messageIn, std::int32_t hresultIn, std::string textIn)
         : typeName(std::move(typeNameIn)), message(std::move(messageIn)), hresult(hresultIn), text(std::move(textIn)) {}
 
     /// Type and message in UTF-8: "System.IO.FileNotFoundException: Could not load ...", followed by the causes that
-    /// the exception wraps, each as " ---> Type: message". The message alone, with the HRESULT in it, when the runtime
-    /// could not be started.
+    /// the exception wraps, each as " ---> Type: message". If there is no managed exception, for example because the
+    /// runtime could not be started, the message alone, with the HRESULT in it.
     const char* what() const noexcept override { return text.c_str(); }
 
-    std::wstring typeName;  ///< full name of the managed type; empty when the failure is no managed exception
-    std::wstring message;   ///< the managed exception's message and causes, in the language the runtime chose
-    std::int32_t hresult;   ///< the exception's HRESULT, or the one that starting the runtime ended with
+    std::wstring typeName;  ///< full name of the managed type; empty if the failure is not a managed exception
+    std::wstring message;   ///< the managed exception's message and causes, in the runtime's language
+    std::int32_t hresult;   ///< the exception's HRESULT, or the one with which starting the runtime failed
 
 private:
     std::string text;

@@ -22,5 +22,5 @@ enum uiLang : int {
     uiLang11 = 11,
     uiLang12 = 12,
     uiLang13 = 13,
-    uiLangFallback = uiLang0,  ///< what every value out of range becomes
+    uiLangFallback = uiLang0,  ///< replaces every value out of range
 };

@@ -11,13 +11,13 @@
 #include "orvsecutils/platform/windows/handles.h"
 
 /// @file
-/// Owning types for the texts and values of automation. Interfaces are held by `Microsoft::WRL::ComPtr`.
+/// Owning types for BSTR and VARIANT. Use `Microsoft::WRL::ComPtr` for interfaces.
 namespace orvsecutils {
 
 /// A BSTR.
 using bstr = std::unique_ptr<OLECHAR, releasing<SysFreeString>>;
 
-/// A copy of `text` as a BSTR. Throws `platformerror` (`outofmemory`) when there is no memory for it.
+/// A copy of `text` as a BSTR. Throws `platformerror` (`outofmemory`) if there is no memory.
 inline bstr makebstr(std::wstring_view text) {
     bstr copy(SysAllocStringLen(text.data(), static_cast<UINT>(text.size())));
     if (!copy) {
@@ -26,7 +26,7 @@ inline bstr makebstr(std::wstring_view text) {
     return copy;
 }
 
-/// A VARIANT that starts empty and clears what it holds at its end.
+/// A VARIANT that starts empty; the destructor clears it.
 class variant {
 public:
     variant() { VariantInit(&value); }

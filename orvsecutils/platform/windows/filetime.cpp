@@ -6,7 +6,7 @@ namespace orvsecutils {
 
 namespace {
 
-// Whether daylight saving holds is left to the C library. Milliseconds are dropped.
+// The C library decides whether daylight saving time applies. Milliseconds are dropped.
 std::tm brokendowntime(const SYSTEMTIME& local) {
     std::tm fields = {};
     fields.tm_year = local.wYear - 1900;
@@ -21,6 +21,8 @@ std::tm brokendowntime(const SYSTEMTIME& local) {
 
 }  // namespace
 
+// Not a plain subtraction of the two epochs: the contract of platform::filetimes() includes the error that the detour
+// through local time makes in the other half of the daylight-saving year.
 std::int64_t calendartime(const FILETIME& time) {
     FILETIME local = {};
     SYSTEMTIME fields = {};

@@ -6,8 +6,8 @@
 
 namespace orvsecutils {
 
-/// Seconds since 1970-01-01 00:00 UTC, converted by way of local time as platform::filetimes() says; -1 for a time that
-/// the C library's calendar does not cover.
+/// Seconds since 1970-01-01 00:00 UTC, converted through local time as platform::filetimes() describes; -1 for a time
+/// that the C library cannot represent.
 std::int64_t calendartime(const FILETIME& time);
 
 }  // namespace orvsecutils

@@ -8,7 +8,7 @@
 #include <type_traits>
 
 /// @file
-/// Owning types for what Windows hands out. Each one calls the release function named in its declaration.
+/// Owning types for Windows handles and memory. Each one calls the release function named in its declaration.
 namespace orvsecutils {
 
 /// A deleter that calls `Release`.
@@ -25,21 +25,21 @@ struct releasing {
 using registrykey = std::unique_ptr<std::remove_pointer_t<HKEY>, releasing<RegCloseKey>>;
 /// A service, or the service control manager.
 using servicehandle = std::unique_ptr<std::remove_pointer_t<SC_HANDLE>, releasing<CloseServiceHandle>>;
-/// A process, thread, event or mutex: a kernel object whose "none" is null.
+/// A process, thread, event or mutex: kernel handles for which null means none.
 using kernelhandle = std::unique_ptr<void, releasing<CloseHandle>>;
 /// A text that the shell or COM allocated.
 using comallocatedtext = std::unique_ptr<wchar_t, releasing<CoTaskMemFree>>;
-/// A record in memory from LocalAlloc.
+/// A structure in memory from LocalAlloc.
 template <class Record>
 using localmemory = std::unique_ptr<Record, releasing<LocalFree>>;
 
-/// Owns a handle whose "none" is INVALID_HANDLE_VALUE, as the functions that open files and searches return it.
+/// Owns a handle for which INVALID_HANDLE_VALUE means none, as with CreateFile and FindFirstFile.
 template <auto Release>
 class filesystemhandle {
 public:
     filesystemhandle() = default;
 
-    /// Takes `handle` over.
+    /// Takes ownership of `handle`.
     explicit filesystemhandle(HANDLE handle) : owner(handle == INVALID_HANDLE_VALUE ? nullptr : handle) {}
 
     /// Whether there is a handle.

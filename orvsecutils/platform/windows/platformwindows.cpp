@@ -24,7 +24,7 @@ namespace {
 std::string commaseparated(std::initializer_list<DWORD> numbers) {
     std::string text;
     for (const DWORD number : numbers) {
-        // Not by a stream: the host's global locale may group digits.
+        // Not a stream, because the host's global locale may group digits.
         text += (text.empty() ? "" : ",") + std::to_string(number);
     }
     return text;
@@ -33,22 +33,22 @@ std::string commaseparated(std::initializer_list<DWORD> numbers) {
 std::string knownfolder(const KNOWNFOLDERID& id) {
     wchar_t* path = nullptr;
     const HRESULT result = SHGetKnownFolderPath(id, 0, nullptr, &path);
-    const comallocatedtext owner(path);
+    const comallocatedtext owner(path);  // to be freed even after a failure
     return SUCCEEDED(result) ? toutf8(path) : std::string();
 }
 
-// The path in a buffer for the shell's path functions, which work in place and expect at least MAX_PATH units.
+// A copy of the path for the shell's path functions, which work in place and require at least MAX_PATH units.
 std::wstring pathbuffer(std::wstring_view path) {
     std::wstring buffer = utf16buffer(std::max<std::int64_t>(static_cast<std::int64_t>(path.size()) + 1, MAX_PATH));
     path.copy(buffer.data(), path.size());
     return buffer;
 }
 
-// The path of the process's executable; empty when it does not fit.
+// The path of the process's executable; empty if it is too long.
 std::wstring modulepath() {
     std::wstring path = utf16buffer(MAX_PATH);
     const DWORD units = GetModuleFileNameW(nullptr, path.data(), MAX_PATH);
-    path.resize(units < MAX_PATH ? units : 0);  // MAX_PATH: it was cut
+    path.resize(units < MAX_PATH ? units : 0);  // MAX_PATH means truncated
     return path;
 }
 
@@ -73,7 +73,7 @@ bool ensuredirectory(const wchar_t* path) {
             return true;
         }
     }
-    // Another process, which has made it since its attributes were asked for, is no failure.
+    // Not a failure if another process has created the folder since the first check.
     return GetLastError() == ERROR_ALREADY_EXISTS && isdirectory(GetFileAttributesW(path));
 }
 
@@ -103,7 +103,7 @@ std::string platformwindows::computername() const {
 }
 
 std::string platformwindows::username() const {
-    wchar_t name[256];
+    wchar_t name[256];  // with the terminator; longer names are returned as empty
     DWORD units = 256;
     return GetUserNameW(name, &units) ? toutf8(name) : std::string();
 }
@@ -134,7 +134,7 @@ std::string platformwindows::profilefolder() const {
 
 bool platformwindows::createdirectory(const std::string& path) const {
     std::wstring buffer = toutf16(path);
-    // The shell finds a parent by backslashes only. Behind the prefix \\?\ a slash is a character like any other.
+    // PathRemoveFileSpec only recognises backslashes. After the prefix \\?\ a slash is an ordinary character.
     if (buffer.compare(0, 4, L"\\\\?\\") != 0) {
         std::replace(buffer.begin(), buffer.end(), L'/', L'\\');
     }
@@ -144,7 +144,7 @@ bool platformwindows::createdirectory(const std::string& path) const {
 std::string platformwindows::appendpath(const std::string& path, const std::string& more) const {
     const std::wstring appended = toutf16(more);
     std::wstring buffer = pathbuffer(toutf16(path));
-    // Checked here because the shell cuts some paths that are too long and refuses others.
+    // Checked here, because the shell truncates some paths that are too long and rejects others.
     if (buffer.size() > MAX_PATH || appended.size() >= MAX_PATH || !PathAppendW(buffer.data(), appended.c_str())) {
         return std::string();
     }
@@ -198,9 +198,9 @@ int platformwindows::runprocess(const std::string& file, const std::vector<std::
     ShellExecuteExW(&launch);
 
     DWORD exitcode = static_cast<DWORD>(-1);
-    // Deliberately never closed: the launched process's identifier is not reused while this process lives.
+    // Deliberately never closed, so that the launched process's identifier is not reused while this process lives.
     const HANDLE processleftopen = launch.hProcess;
-    if (processleftopen) {
+    if (processleftopen) {  // null also if a program that was already running opens the document
         WaitForSingleObject(processleftopen, INFINITE);
         GetExitCodeProcess(processleftopen, &exitcode);
     }
@@ -275,7 +275,7 @@ bool platformwindows::readinivalue(const std::string& file, const std::string& s
     DWORD units = GetPrivateProfileStringW(toutf16(section).c_str(), toutf16(key).c_str(), L"", text, MAX_PATH,
                                            toutf16(file).c_str());
     if (units == MAX_PATH - 1 && IS_HIGH_SURROGATE(text[units - 1])) {
-        --units;  // the cut went through a pair
+        --units;  // the system cut a surrogate pair
     }
     value = toutf8({text, units});
     return !value.empty();
@@ -292,6 +292,7 @@ bool platformwindows::serviceconfig(const std::string& service, serviceconfigura
         GetLastError() != ERROR_INSUFFICIENT_BUFFER) {
         return false;
     }
+    // One block of more than the structure's size: its texts follow it.
     const localmemory<QUERY_SERVICE_CONFIGW> record(static_cast<QUERY_SERVICE_CONFIGW*>(LocalAlloc(LMEM_FIXED, bytes)));
     if (!record || !QueryServiceConfigW(handle.get(), record.get(), bytes, &bytes)) {
         return false;

@@ -4,7 +4,7 @@
 
 namespace orvsecutils {
 
-/// `platform` on Win32. For the contract of each operation see there.
+/// Implements `platform` with Win32. The contract of each operation is in platform.h.
 class platformwindows : public platform {
 public:
     int uilanguage() const override;

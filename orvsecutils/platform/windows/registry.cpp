@@ -17,23 +17,23 @@ namespace orvsecutils {
 
 namespace {
 
-// The most units that the name of a registry value has. The buffer includes the terminator, so a name of exactly that
-// length does not fit and its value is skipped.
+// The maximum length of a value's name. The buffer includes the terminator, so a name of exactly this length does not
+// fit and its value is skipped.
 constexpr DWORD namebufferunits = 16383;
 
 HKEY hive(settingsscope scope) {
     return scope == settingsscope::machine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
 }
 
-// The 64-bit view: administrators set values there without thinking of which programs are 32-bit ones.
+// Reads the 64-bit view, because administrators set values there without knowing which programs are 32-bit.
 registrykey openforreading(settingsscope scope, const settingsdef& definition) {
     HKEY key = nullptr;
     RegOpenKeyExW(hive(scope), toutf16(grouppath(definition)).c_str(), 0, KEY_READ | KEY_WOW64_64KEY, &key);
     return registrykey(key);
 }
 
-// Deliberately without KEY_WOW64_64KEY: a 32-bit process writes its own view. In the user's hive, the only one that
-// settings::save() writes, both views are one.
+// Deliberately without KEY_WOW64_64KEY: a 32-bit process writes its own view. settings::save() only writes to the
+// user's hive, where both views are the same.
 registrykey openforwriting(settingsscope scope, const settingsdef& definition) {
     HKEY key = nullptr;
     RegCreateKeyExW(hive(scope), toutf16(grouppath(definition)).c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
@@ -41,7 +41,7 @@ registrykey openforwriting(settingsscope scope, const settingsdef& definition) {
     return registrykey(key);
 }
 
-// The text with its environment variables expanded, in UTF-8.
+// The text with its environment variables expanded, in UTF-8; none if that fails.
 std::optional<std::string> expand(const wchar_t* text) {
     const DWORD size = ExpandEnvironmentStringsW(text, nullptr, 0);
     if (size == 0) {
@@ -49,18 +49,19 @@ std::optional<std::string> expand(const wchar_t* text) {
     }
     std::wstring buffer = utf16buffer(size);
     const DWORD needed = ExpandEnvironmentStringsW(text, buffer.data(), size);
-    if (needed == 0 || needed > size) {  // a variable grew between the two calls
+    if (needed == 0 || needed > size) {  // larger if a variable grew between the two calls
         return std::nullopt;
     }
     return toutf8(buffer.c_str());
 }
 
-// Reads the values of one key, all into one buffer.
+// Reads the values of one key. The buffer is reused for all of them, to save allocations.
 class valuereader {
 public:
     explicit valuereader(HKEY keyIn) : key(keyIn) {}
 
-    // Null for a value of another type, or whose data does not have the form of its type.
+    // Null if the type is not supported or the data is malformed. The value may have changed since it was enumerated,
+    // so each reader checks the type again.
     std::unique_ptr<setting> read(const wchar_t* name, DWORD type) {
         switch (type) {
             case REG_DWORD:
@@ -126,7 +127,7 @@ private:
         return makesetting(std::move(texts));
     }
 
-    // Reads a value's data into the buffer; REG_NONE when that fails.
+    // Reads a value's data into the buffer; the type is REG_NONE if that fails.
     fetched fetch(const wchar_t* name) {
         DWORD type = REG_NONE;
         DWORD bytes = 0;
@@ -188,7 +189,7 @@ settingsmap readgroup(settingsscope scope, const settingsdef& definition, std::v
         return values;
     }
     valuereader reader(key.get());
-    // Not by utf16buffer(): clearing so large a buffer would cost as much as opening the key.
+    // Not utf16buffer(), because clearing such a large buffer would cost as much as opening the key.
     const std::unique_ptr<wchar_t[]> name(new (std::nothrow) wchar_t[namebufferunits]);
     if (!name) {
         throw platformerror(platformerror::generalfailure);
@@ -201,7 +202,7 @@ settingsmap readgroup(settingsscope scope, const settingsdef& definition, std::v
         }
         try {
             if (std::unique_ptr<setting> value = reader.read(name.get(), type)) {
-                // With a hint, since the registry tends to deliver names in order.
+                // With the end as a hint, because the registry usually enumerates names in order.
                 values.insert_or_assign(values.end(), toutf8({name.get(), units}), std::move(value));
             }
         } catch (const std::range_error&) {
@@ -215,8 +216,8 @@ settingsmap readgroup(settingsscope scope, const settingsdef& definition, std::v
 }
 
 bool writegroup(settingsscope scope, const settingsdef& definition, const settingsmap& values) {
-    // All is converted before anything is written: what cannot be converted throws, and half a group is not left
-    // behind.
+    // Everything is converted before anything is written, so that a text that cannot be converted does not leave half a
+    // group behind.
     std::vector<writtenvalue> converted;
     converted.reserve(values.size());
     for (const auto& [name, value] : values) {

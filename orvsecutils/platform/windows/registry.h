@@ -7,11 +7,11 @@
 #include "orvsecutils/settings/settingsdef.h"
 
 /// @file
-/// Settings groups in the registry. Each function implements an operation of `platform`; the contract stands there.
+/// Settings groups in the registry. Each function implements an operation of `platform`; the contract is in platform.h.
 namespace orvsecutils {
 
-/// platform::readsettings(). With `malformed`, a value whose name or text is not valid UTF-16 does not throw: its name
-/// is added there, and the other values are read all the same. For a tool that tells which value is malformed.
+/// platform::readsettings(). If `malformed` is given, a value whose name or text is not valid UTF-16 does not throw:
+/// its name is added to `malformed`, and the other values are still read.
 settingsmap readgroup(settingsscope scope, const settingsdef& definition,
                       std::vector<std::wstring>* malformed = nullptr);
 

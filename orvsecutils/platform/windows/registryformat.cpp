@@ -6,7 +6,7 @@ namespace orvsecutils {
 
 namespace {
 
-// Whether the data is whole units, the last `zeros` of them zero.
+// Whether the data consists of whole UTF-16 units, the last `zeros` of which are zero.
 bool endsin(std::size_t zeros, const wchar_t* data, std::size_t bytes) {
     const std::size_t units = bytes / sizeof(wchar_t);
     if (bytes % sizeof(wchar_t) != 0 || units < zeros) {
@@ -45,7 +45,7 @@ std::optional<std::wstring_view> decodetext(const wchar_t* data, std::size_t byt
     if (!endsin(1, data, bytes)) {
         return std::nullopt;
     }
-    return std::wstring_view(data);
+    return std::wstring_view(data);  // up to the first zero, which exists
 }
 
 std::optional<std::vector<std::wstring_view>> decodelist(const wchar_t* data, std::size_t bytes) {
@@ -53,6 +53,7 @@ std::optional<std::vector<std::wstring_view>> decodelist(const wchar_t* data, st
         return std::nullopt;
     }
     std::vector<std::wstring_view> texts;
+    // Stays within the data, because two zeros at the end are an empty text at the latest there.
     for (std::wstring_view text(data); !text.empty(); text = std::wstring_view(text.data() + text.size() + 1)) {
         texts.push_back(text);
     }

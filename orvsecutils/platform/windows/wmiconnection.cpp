@@ -9,7 +9,7 @@ namespace orvsecutils {
 
 namespace {
 
-// The units of a BSTR, zero units included. Null counts as empty.
+// The text of a BSTR, including embedded zero units. Null counts as empty.
 std::wstring_view view(BSTR text) {
     return {text, SysStringLen(text)};
 }
@@ -27,7 +27,7 @@ public:
     propertyenumeration(const propertyenumeration&) = delete;
     propertyenumeration& operator=(const propertyenumeration&) = delete;
 
-    // False at the end, and at an error: after one the enumeration might never reach its end.
+    // False at the end and after an error, because the enumeration might never reach its end after an error.
     bool next(bstr& name, variant& value) {
         BSTR text = nullptr;
         const HRESULT result =
@@ -54,7 +54,7 @@ wmirow textproperties(IWbemClassObject& object) {
     }
 }
 
-// Null at the end, which is another code of success, and at an error.
+// Null at the end, for which WMI returns a different success code, and after an error.
 ComPtr<IWbemClassObject> nextobject(IEnumWbemClassObject& objects) {
     ComPtr<IWbemClassObject> object;
     ULONG count = 0;
@@ -83,11 +83,12 @@ std::shared_ptr<wmi> wmiconnection::connect(const locatorsource& source) {
 }
 
 bool wmiconnection::open(const locatorsource& source) {
-    // Never undone: by the end of the connection, other code on this thread may rely on COM.
+    // Never uninitialised, because other code on this thread may rely on COM by the time the connection ends.
     if (FAILED(CoInitialize(nullptr))) {
         return false;
     }
-    // Fails when the host has set security before; its settings then hold, and the proxy blanket below does the rest.
+    // Fails if the host has set security before; then the host's settings apply, and the proxy blanket below sets what
+    // this connection needs.
     CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_DEFAULT, RPC_C_IMP_LEVEL_IMPERSONATE, nullptr,
                          EOAC_NONE, nullptr);
     if (FAILED(source(&locator))) {
