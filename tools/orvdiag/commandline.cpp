@@ -108,19 +108,17 @@ void parser::addcommands() {
     CLI::App* added = add(
         "settings", "a settings group: names, kinds, values and scopes",
         "Prints the values of one of the library's groups in the registry: the user's and the machine's, including\n"
-        "those in the 32-bit view, which the library does not read, and those that it ignores or cannot read. A "
-        "user's\n"
-        "value hides the machine's value of the same name, which is then marked.",
+        "those in the 32-bit view, which the library does not read, and those that it ignores or cannot read. A\n"
+        "user's value hides the machine's value of the same name, which is then marked.",
         [](const given& values) { return show(settingsof(values.group), values.json); });
     added->add_option("GROUP", values->group, "name of the group, for example Debug")->required()->check(notempty);
     addjson(added);
 
-    added =
-        add("logging", "shows or sets whether this user's programs log",
-            "Without an argument, shows whether the log is on for this user, why, and whether its file can be written. "
-            "With\n"
-            "one, sets it for this user. Programs that are running keep their setting until they are started again.",
-            [](const given& values) { return show(logging(values.state), values.json); });
+    added = add(
+        "logging", "shows or sets whether this user's programs log",
+        "Without an argument, shows whether the log is on for this user, why, and whether its file can be written.\n"
+        "With one, sets it for this user. Programs that are running keep their setting until they are started again.",
+        [](const given& values) { return show(logging(values.state), values.json); });
     added->add_option("STATE", values->state, "on or off")->check(CLI::IsMember({"on", "off"}));
     addjson(added);
 
@@ -144,9 +142,8 @@ void parser::addcommands() {
     added = add(
         "login", "whether the login library in a folder is complete, loads and runs",
         "Looks for orvellogin.dll or orvelloginc.dll and the files that it needs beside it, and for the assemblies of\n"
-        "the login manager in the sub-folder OrvelLoginManagerClient. Then loads the library, starts the .NET "
-        "Framework\n"
-        "4 runtime and opens the assemblies, in a separate process. Does not sign in or connect to anything.",
+        "the login manager in the sub-folder OrvelLoginManagerClient. Then loads the library, starts the .NET\n"
+        "Framework 4 runtime and opens the assemblies, in a separate process. Does not sign in or connect to anything.",
         [](const given& values) { return show(checklogin(values.folder), values.json); });
     added->add_option("DIR", values->folder, "the library's folder, usually the program's (default: the tool's own)")
         ->check(notempty);
@@ -154,9 +151,9 @@ void parser::addcommands() {
 
     added = add(
         "report", "all of this in one file, for the people who investigate the fault",
-        "Writes one file in UTF-8: login, versions, facts, settings, logging, the last 200 lines of the log. Replaces "
-        "an\n"
-        "existing file of that name. The exit status says whether it was written. It contains personal data, but no\n"
+        "Writes one file in UTF-8: login, versions, facts, settings, logging, the last 200 lines of the log. Replaces\n"
+        "an existing file of that name. The exit status says whether it was written. It contains personal data, but "
+        "no\n"
         "values of settings whose names look like passwords, tokens or keys.",
         [](const given& values) { return show(writereport(values.file, values.folder, values.json), false); });
     added->add_option("FILE", values->file, "file to write (default: orvdiag-report.txt in the current folder)")
