@@ -39,6 +39,7 @@ struct Client {
         const orvellogin_result result =
             orvellogin_loginWithPassword(client, L"ada@example.com", -1, L"analytical engine", -1, &user, nullptr);
         orvellogin_clearResponse(&user);
+        EXPECT_EQ(user.userName, nullptr) << "so that it can be cleared again";
         return result;
     }
 
@@ -204,6 +205,24 @@ TEST(Copies, ComeAndGoInAProcessOfTheCompilersRuntime) {
         EXPECT_EQ(GetModuleHandleW(COPY), nullptr);
         EXPECT_THROW(throw std::runtime_error("the host's own"), std::exception);
     }
+}
+
+TEST(Copies, FindTheirFilesUnderALongPath) {
+    namespace fs = std::filesystem;
+    const temporary_folder temporary;
+    const fs::path folder = L"\\\\?\\" + (temporary.path / std::wstring(200, L'x')).native();
+    fs::create_directory(folder);
+    fs::copy_file(COPY, folder / L"copy.dll");
+    const HMODULE copy = LoadLibraryW((folder / L"copy.dll").c_str());
+    orvellogin_client* client;
+    orvellogin_failure failure = newFailure();
+    function<decltype(orvellogin_create)>(copy, "orvellogin_create")(nullptr, nullptr, nullptr, nullptr, 0, &client,
+                                                                     &failure);
+    EXPECT_NE(std::string(failure.text).find("is missing: " + temporary.path.u8string()), std::string::npos);
+    EXPECT_NE(std::string(failure.text).find("xx\\OrvelLoginClientCLR.dll"), std::string::npos) << failure.text;
+    FreeLibrary(copy);
+    fs::remove(folder / L"copy.dll");
+    fs::remove(folder);
 }
 
 // The members of the class's DLL have the convention of a fast call whose second argument is not used.
