@@ -37,6 +37,10 @@ static int failed(orvellogin_result result, orvellogin_failure* failure) {
         return 0;
     }
     fprintf(stderr, "%s\n", failure->text ? failure->text : "memory is exhausted");
+    /* A managed exception; the text of any other failure has the number already. */
+    if (failure->typeName && failure->typeName[0]) {
+        fprintf(stderr, "  HRESULT 0x%08X\n", (unsigned)failure->hresult);
+    }
     orvellogin_clearFailure(failure);
     return 1;
 }

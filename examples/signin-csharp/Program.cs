@@ -102,6 +102,14 @@ static class Program
             Run();
             return 0;
         }
+        catch (LoginRuntimeException failed)
+        {
+            Console.Error.WriteLine(failed.Message);
+            // A managed exception; the message of any other failure has the number already.
+            if (failed.TypeName.Length != 0)
+                Console.Error.WriteLine("  HRESULT 0x{0:X8}", failed.HResult);
+            return 1;
+        }
         catch (Exception failed)
         {
             Console.Error.WriteLine(failed.Message);

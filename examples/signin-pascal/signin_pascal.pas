@@ -118,7 +118,14 @@ begin
   except
     on Failed: ELoginRuntime do
     begin
-      WriteLn(ErrOutput, UTF8Encode(Failed.TypeName + ': ' + Failed.Text));
+      { A managed exception; the text of any other failure has the number already. }
+      if Failed.TypeName <> '' then
+      begin
+        WriteLn(ErrOutput, UTF8Encode(Failed.TypeName + ': ' + Failed.Text));
+        WriteLn(ErrOutput, '  HRESULT 0x', IntToHex(Failed.HResult, 8));
+      end
+      else
+        WriteLn(ErrOutput, UTF8Encode(Failed.Text));
       Halt(1);
     end;
     on Failed: Exception do

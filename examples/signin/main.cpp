@@ -106,6 +106,11 @@ int main() {
     } catch (loginManagerException* failed) {
         std::fprintf(stderr, "the login manager reports code %d\n", failed->code);
         delete failed;
+    } catch (const loginRuntimeException& failed) {
+        std::fprintf(stderr, "%s\n", failed.what());
+        if (!failed.typeName.empty()) {  // a managed exception; the text of any other failure has the number already
+            std::fprintf(stderr, "  HRESULT 0x%08X\n", static_cast<unsigned>(failed.hresult));
+        }
     } catch (const std::exception& failed) {
         std::fprintf(stderr, "%s\n", failed.what());
     }

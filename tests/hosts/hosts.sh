@@ -46,11 +46,11 @@ case $compiler in
 esac
 cp -r "$build/bin/OrvelLoginManagerClient" .
 
-# The last line of both streams, and the status.
+# What it prints to standard error, and the status.
 ends() { # PROGRAM COMMANDS
   local status=0
-  ORVEL_STANDIN=$2 "$source/script/wine-run" "$1" > output 2>&1 || status=$?
-  echo "$(tail -n 1 output | tr -d '\r') ($status)"
+  ORVEL_STANDIN=$2 "$source/script/wine-run" "$1" > /dev/null 2> errors || status=$?
+  echo "$(tr -d '\r' < errors) ($status)"
 }
 
 failures=0
@@ -75,16 +75,23 @@ if [ "$compiler" = mingw ]; then
     -I "$package/include" "$source/examples/signin/main.cpp"
 fi
 
-null='System.ArgumentNullException: NULLPTR is not supported for this conversion.'
+if [ "$compiler" = csharp ]; then
+  echo 'class Null { static void Main() { new Orvel.Login.LoginManagerClient().FormatAccessUrl(null); } }' > null.cs
+  mcs -platform:x86 -out:null "$PACKAGE/bindings/csharp/OrvelLogin.cs" null.cs
+  refuses 'System.ArgumentNullException: ' "$source/script/wine-run" null
+fi
+
+null='System.ArgumentNullException: NULLPTR is not supported for this conversion.
+  HRESULT 0x80004003'
 for program in *.exe; do
   echo "== $program"
   # Events on a thread of their own, after a collection that would take what the host does not hold.
-  ORVEL_STANDIN='events=thread;getTenantName=collect' "$source/script/wine-run" "$program" > output 2>&1 || true
+  ORVEL_STANDIN='events=thread;getTenantName=collect;Dispose=event' "$source/script/wine-run" "$program" > output 2>&1 || true
   sed -E 's/\r$//; s/thread [0-9]+/thread N/; s/[0-9a-f]{32}/TOKEN/; s/[0-9]{18}\./EXPIRES./' output |
     diff -u "$source/tests/hosts/signin.txt" - || failures=$((failures + 1))
   expect "$program, a report" 'the login manager reports code 8 (1)' "$(ends "$program" 'Logout=status 42')"
   expect "$program, no record" 'the login manager reports code 6 (1)' "$(ends "$program" 'login=null')"
-  expect "$program, another failure" 'System.TimeoutException: κείμενο 🦉 (1)' \
+  expect "$program, another failure" $'System.TimeoutException: κείμενο 🦉\n  HRESULT 0x80131505 (1)' \
     "$(ends "$program" 'getSpaceURL=throw System.TimeoutException κείμενο 🦉')"
   expect "$program, a null" "$null (1)" "$(ends "$program" 'rowId=null')"
   expect "$program, a missing null" "$null (1)" "$(ends "$program" 'getLoginTicket=null')"
