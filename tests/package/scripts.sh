@@ -30,3 +30,10 @@ same "the status of a test that passes" 0 "$(status_of checkout/script/test -R o
 expect "another program goes on" kill "$other"
 expect "the program of the test was ended" [ -z "$(pgrep -f '^left.exe' || true)" ]
 expect "a choice without a test fails" [ "$(status_of checkout/script/test -R nosuchtest)" != 0 ]
+
+# script/demo in the same checkout, with the programs that are built.
+ln -s "$build/bin" checkout/build/mingw-x86-release/bin
+ln -s "$source/build/wine-prefix" checkout/build/wine-prefix
+same "the status of the demo" 0 "$(status_of checkout/script/demo)"
+expect "the demo shows a sign-in, the facts and the log" [ "$(grep -cE '^  nobody is|^profilefolder|logging\(on\)=on' output)" = 3 ]
+expect "logging is off again" grep -q '^Logging is off' <("$source/script/wine-run" "$build/bin/orvdiag.exe" logging)

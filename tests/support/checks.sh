@@ -4,6 +4,7 @@
 # with a name that hurts.
 set -euo pipefail
 unset CDPATH
+export LC_ALL=C
 source=$1 build=$2
 scratch="$build/tests/$(basename "$0" .sh) of a host's, größer & дальше"
 rm -rf "$scratch"
