@@ -210,7 +210,7 @@ TEST(Copies, ComeAndGoInAProcessOfTheCompilersRuntime) {
 TEST(Copies, FindTheirFilesUnderALongPath) {
     namespace fs = std::filesystem;
     const temporary_folder temporary;
-    const fs::path folder = L"\\\\?\\" + (temporary.path / std::wstring(200, L'x')).native();
+    const fs::path folder = L"\\\\?\\" + (temporary.path / std::wstring(240, L'x')).native();
     fs::create_directory(folder);
     fs::copy_file(COPY, folder / L"copy.dll");
     const HMODULE copy = LoadLibraryW((folder / L"copy.dll").c_str());

@@ -18,7 +18,10 @@ struct digitgrouping : std::numpunct<char> {
 /// Both belong to the user, so no other test that reads them may run meanwhile. The profile moves under Wine only.
 class sandbox {
 public:
-    sandbox() { moveprofile(profile); }
+    sandbox() {
+        removecompany(L"Orvel");  // what was set by hand, or by the demo
+        moveprofile(profile);
+    }
 
     ~sandbox() {
         removecompany(L"Orvel");
