@@ -52,22 +52,22 @@ TEST(CommandLine, RunsShowsOrComplains) {
 
 TEST(Words, AreFoundForNumbersAndBytes) {
     const std::pair<std::string, std::string> rows[] = {
-        {readable(L"a\xD800 日"), "a\uFFFD 日"},
-        {readable("a\xFF 日"sv), "a\uFFFD 日"},
+        {toutf8lossy(L"a\xD800 日"), "a\uFFFD 日"},
+        {toutf8lossy("a\xFF 日"sv), "a\uFFFD 日"},
         {quoted("C:\\a \"b\"\n\x1F\x7F日\xFF"), "\"C:\\\\a \\\"b\\\"\\n\\u001f\\u007f日\uFFFD\""},
         {table({{"é", "b", "c"}, {"aaa", "", ""}}), "é    b  c\naaa\n"},
-        {languagewords("0"), "Chinese (traditional)"},
-        {languagewords("10"), "Portuguese (Brazil)"},
-        {languagewords("14"), "unknown"},
-        {versionwords("10,0,22000,0,0"), "Windows 11 or Windows Server 2025, build 22000"},
-        {versionwords("10,0,19045,0,0"), "Windows 10 or Windows Server 2016 to 2022, build 19045"},
-        {versionwords("6,1,7601,1,2"), "Windows 7 or Windows Server 2008 R2, build 7601, service pack 1.2"},
-        {versionwords("5,1,2600,0,0"), "a Windows that this tool does not know, build 2600"},
-        {versionwords(""), ""},
-        {localeswords("1031,2057"), "user: German, Germany; system: English, United Kingdom"},
-        {processorwords("1,0,6"), "1 processor, x86 as a 32-bit process sees it, level 6"},
-        {processorwords("8,9,25"), "8 processors, x64 as a 32-bit process sees it, level 25"},
-        {processorwords("8,77,1"), "8 processors, architecture 77 as a 32-bit process sees it, level 1"},
+        {explainlanguage("0"), "Chinese (traditional)"},
+        {explainlanguage("10"), "Portuguese (Brazil)"},
+        {explainlanguage("14"), "unknown"},
+        {explainversion("10,0,22000,0,0"), "Windows 11 or Windows Server 2025, build 22000"},
+        {explainversion("10,0,19045,0,0"), "Windows 10 or Windows Server 2016 to 2022, build 19045"},
+        {explainversion("6,1,7601,1,2"), "Windows 7 or Windows Server 2008 R2, build 7601, service pack 1.2"},
+        {explainversion("5,1,2600,0,0"), "a Windows that this tool does not know, build 2600"},
+        {explainversion(""), ""},
+        {explainlocales("1031,2057"), "user: German, Germany; system: English, United Kingdom"},
+        {explainprocessor("1,0,6"), "1 processor, x86 as a 32-bit process sees it, level 6"},
+        {explainprocessor("8,9,25"), "8 processors, x64 as a 32-bit process sees it, level 25"},
+        {explainprocessor("8,77,1"), "8 processors, architecture 77 as a 32-bit process sees it, level 1"},
         {gccversion("\0\0GCC: (GNU) 12 20220819\0GCC: (GNU) 12-posix\0GCC: (GNU) 12 2022"s), "12-posix"},
         {gccversion("GCC: (Rev3, Built by MSYS2 project) 13.2.0"), "13.2.0"},
         {gccversion("GCC: ("), ""},
@@ -75,18 +75,18 @@ TEST(Words, AreFoundForNumbersAndBytes) {
     for (const auto& [said, expected] : rows) {
         EXPECT_EQ(said, expected);
     }
-    EXPECT_TRUE(samebutcase("aZ1", "Az1"));
-    EXPECT_FALSE(samebutcase("aZ1", "Az"));
-    EXPECT_FALSE(samebutcase("{", "["));
+    EXPECT_TRUE(equalsignorecase("aZ1", "Az1"));
+    EXPECT_FALSE(equalsignorecase("aZ1", "Az"));
+    EXPECT_FALSE(equalsignorecase("{", "["));
     EXPECT_TRUE(samegcc("12-posix", "12"));
     EXPECT_TRUE(samegcc("12", "12-win32"));
     EXPECT_TRUE(samegcc("13.2.0", "13.1.0"));
     EXPECT_FALSE(samegcc("12-posix", "12-win32"));
     EXPECT_FALSE(samegcc("13.2.0", "1-posix"));
-    EXPECT_FALSE(namesasecret("Logging"));
+    EXPECT_FALSE(issecretname("Logging"));
     for (const char* name :
          {"Password", "DBPWD", "clientSecret", "AccessToken", "apiKey", "Credentials", "CASCookie", "LoginTicket"}) {
-        EXPECT_TRUE(namesasecret(name)) << name;
+        EXPECT_TRUE(issecretname(name)) << name;
     }
 }
 
@@ -143,14 +143,17 @@ TEST(FileTail, LosesNothingToDeletionRenamingReplacementAndEmptying) {
 const std::string one("\1\0\0\0", 4);
 const std::string zero(4, '\0');
 const std::string broken = bytesof(L"x\xDC00\0"sv);
+constexpr auto user = registrylocation::user, machine = registrylocation::machine,
+               machine32 = registrylocation::machine32;
 
 class Orvdiag : public Test {
 protected:
     program::result run(const std::wstring& words) { return box.run("orvdiag.exe", words); }
 
-    void plant(store place, const wchar_t* name, DWORD type, const std::string& data, const char* group = "Debug") {
-        rawkey(place == store::user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE,
-               place == store::machine32 ? view32 : view64, "software\\Orvel\\LoginManager\\"s + group)
+    void plant(registrylocation location, const wchar_t* name, DWORD type, const std::string& data,
+               const char* group = "Debug") {
+        rawkey(location == user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE, location == machine32 ? view32 : view64,
+               "software\\Orvel\\LoginManager\\"s + group)
             .write(name, type, data);
     }
 
@@ -164,22 +167,22 @@ TEST_F(Orvdiag, TellsWhyLoggingIsOffAndWhetherItIsOnAfterwards) {
     const std::string nothing = "off, because no value that the library reads sets it";
     const std::string text = "off, because the user's setting \"Logging\" is not a number";
     const std::string group = "off, because the group Debug cannot be read";
-    const std::tuple<store, const wchar_t*, DWORD, std::string, std::string, std::string, DWORD> rows[] = {
-        {store::machine, L"Other", REG_DWORD, one, nobody, "", 0},
-        {store::machine32, L"Other", REG_SZ, broken, nobody, "", 0},
-        {store::user, L"Logging", REG_DWORD, one, "on, by the user's setting", "", 0},
-        {store::user, L"Logging", REG_DWORD, zero, "off, by the user's setting", "", 0},
-        {store::machine, L"Logging", REG_DWORD, one, "on, by the machine's setting", "", 0},
-        {store::user, L"Logging", REG_SZ, "1\0\0\0"s, text, "of the kind text: it counts as off.", 0},
-        {store::user, L"Logging", REG_QWORD, zero + one, nothing, "64-bit number: the library ignores it.", 0},
-        {store::user, L"Logging", REG_DWORD, "12", nothing, "The user's setting \"Logging\" is malformed: ", 0},
-        {store::user, L"LOGGING", REG_DWORD, one, nothing, "\"LOGGING\" is spelled differently: ", 1},
-        {store::machine32, L"Logging", REG_DWORD, one, nothing, "machine's setting \"Logging\" lies in the 32-bit", 0},
-        {store::machine, L"Text", REG_SZ, broken, group, "The machine's setting \"Text\" is malformed (not valid", 1},
+    const std::tuple<registrylocation, const wchar_t*, DWORD, std::string, std::string, std::string, DWORD> rows[] = {
+        {machine, L"Other", REG_DWORD, one, nobody, "", 0},
+        {machine32, L"Other", REG_SZ, broken, nobody, "", 0},
+        {user, L"Logging", REG_DWORD, one, "on, by the user's setting", "", 0},
+        {user, L"Logging", REG_DWORD, zero, "off, by the user's setting", "", 0},
+        {machine, L"Logging", REG_DWORD, one, "on, by the machine's setting", "", 0},
+        {user, L"Logging", REG_SZ, "1\0\0\0"s, text, "of the kind text: it counts as off.", 0},
+        {user, L"Logging", REG_QWORD, zero + one, nothing, "64-bit number: the library ignores it.", 0},
+        {user, L"Logging", REG_DWORD, "12", nothing, "The user's setting \"Logging\" is malformed: ", 0},
+        {user, L"LOGGING", REG_DWORD, one, nothing, "\"LOGGING\" is spelled differently: ", 1},
+        {machine32, L"Logging", REG_DWORD, one, nothing, "machine's setting \"Logging\" lies in the 32-bit", 0},
+        {machine, L"Text", REG_SZ, broken, group, "The machine's setting \"Text\" is malformed (not valid", 1},
     };
-    for (const auto& [place, name, type, data, state, remark, status] : rows) {
+    for (const auto& [location, name, type, data, state, remark, status] : rows) {
         SCOPED_TRACE(state + "\n" + remark);
-        plant(place, name, type, data);
+        plant(location, name, type, data);
         const json told = json::parse(run(L"logging --json").output);
         EXPECT_EQ((told["logging"] ? "on, " : "off, ") + told["reason"].get<std::string>(), state);
         EXPECT_EQ(told["remarks"].size(), remark.empty() ? 0u : 1u);
@@ -225,22 +228,22 @@ TEST_F(Orvdiag, LogsWhatItChangesAndNothingElse) {
 
 TEST_F(Orvdiag, ListsAGroupWithAllThatIsWrongInIt) {
     EXPECT_EQ(run(L"settings Größe").status, 1u);
-    plant(store::user, L"a", REG_DWORD, one, "Größe");
-    plant(store::user, L"b", REG_EXPAND_SZ, bytesof(L"%OS%日!\0"sv), "Größe");
-    plant(store::user, L"c", REG_MULTI_SZ, bytesof(L"1\0\"2\0\0"sv), "Größe");
-    plant(store::user, L"d", REG_BINARY, "123", "Größe");
-    plant(store::user, L"e", 0x77, "", "Größe");
-    plant(store::user, L"f", REG_SZ, "odd", "Größe");
-    plant(store::machine, L"a", REG_SZ, bytesof(L" \0"sv), "Größe");
-    plant(store::machine, L"d", REG_DWORD, zero, "Größe");
-    plant(store::machine32, L"a", REG_SZ, broken, "Größe");
+    plant(user, L"a", REG_DWORD, one, "Größe");
+    plant(user, L"b", REG_EXPAND_SZ, bytesof(L"%OS%日!\0"sv), "Größe");
+    plant(user, L"c", REG_MULTI_SZ, bytesof(L"1\0\"2\0\0"sv), "Größe");
+    plant(user, L"d", REG_BINARY, "123", "Größe");
+    plant(user, L"e", 0x77, "", "Größe");
+    plant(user, L"f", REG_SZ, "odd", "Größe");
+    plant(machine, L"a", REG_SZ, bytesof(L" \0"sv), "Größe");
+    plant(machine, L"d", REG_DWORD, zero, "Größe");
+    plant(machine32, L"a", REG_SZ, broken, "Größe");
     const program::result good = run(L"settings Größe --json");
     EXPECT_EQ(good.status, 0u);
     EXPECT_EQ(
         json::parse(good.output)["values"][1].dump(),
         R"({"group":"Größe","name":"a","kind":"text","value":" ","scope":"machine","remark":"hidden by the user's"})");
-    plant(store::user, L"\xD800", REG_DWORD, one, "Größe");
-    plant(store::machine, L"g", REG_MULTI_SZ, broken + zero, "Größe");
+    plant(user, L"\xD800", REG_DWORD, one, "Größe");
+    plant(machine, L"g", REG_MULTI_SZ, broken + zero, "Größe");
     const program::result bad = run(L"settings Größe");
     EXPECT_EQ(bad.status, 1u);
     const std::string malformed = "malformed: not valid UTF-16, so the library cannot read the group\r\n";
@@ -315,7 +318,7 @@ TEST_F(Orvdiag, FollowsTheLogWithoutFallingBehind) {
     }
     EXPECT_TRUE(shows("日 59\r\n"));
     follower.end();
-    EXPECT_TRUE(follower.wait().output == orvsecutils::textfileform(expected));
+    EXPECT_TRUE(follower.wait().output == orvsecutils::withcrlf(expected));
 }
 
 class Login : public Orvdiag {
@@ -395,8 +398,8 @@ TEST_F(Login, NamesWhatIsWrongInAFolder) {
 }
 
 TEST_F(Login, WritesAReportWithoutSecrets) {
-    plant(store::user, L"ApiToken", REG_SZ, bytesof(L"hush\0"sv), "Größe\\Inner");
-    plant(store::machine32, L"Server", REG_SZ, bytesof(L"日\0"sv));
+    plant(user, L"ApiToken", REG_SZ, bytesof(L"hush\0"sv), "Größe\\Inner");
+    plant(machine32, L"Server", REG_SZ, bytesof(L"日\0"sv));
     create_directories(box.folder());
     for (int i = 100; i <= 350; ++i) {
         appendtofile(log, "line " + std::to_string(i) + " \xFF\n");
@@ -443,7 +446,7 @@ TEST_F(Login, WritesAReportWithoutSecrets) {
     for (const auto& [fact, value] : facts) {
         EXPECT_EQ(data["facts"][fact], value) << fact;
     }
-    EXPECT_EQ(data["facts"]["meanings"]["languageids"], localeswords(here.languageids()));
+    EXPECT_EQ(data["facts"]["meanings"]["languageids"], explainlocales(here.languageids()));
     EXPECT_EQ(data["facts"].size(), std::size(facts) + 1);
     EXPECT_EQ(data["log"].size(), 200u);
 
