@@ -1,4 +1,4 @@
-// What the native side decides by itself, against a managed part faked here that creates no manager.
+// The rules of the native side, with a fake managed part that creates no manager.
 
 #include <gmock/gmock.h>
 
@@ -27,7 +27,7 @@ struct StringLayout {
     std::int32_t length;
     wchar_t buffer[256];
 };
-static_assert(sizeof(StringLayout) == sizeof(ManagedString), "one layout");
+static_assert(sizeof(StringLayout) == sizeof(ManagedString), "the same layout");
 
 void fill(ManagedString& text, const wchar_t* value) {
     auto& layout = reinterpret_cast<StringLayout&>(text);
@@ -39,7 +39,7 @@ std::int32_t createdManager = 0;
 const wchar_t* seenSecret = nullptr;
 
 ManagerMembers fakeMembers() {
-    ManagerMembers members;  // a member that is called all the same ends the test
+    ManagerMembers members;  // calling any other member ends the test
     members.create.call = [](ManagerHandle, const TextArgument*, const TextArgument*, void* result,
                              ManagedFailure*) -> std::int32_t {
         static_cast<ManagedCreation*>(result)->manager = createdManager;
@@ -70,7 +70,7 @@ ManagerMembers fakeMembers() {
 
 const char* const nullFailure = "System.ArgumentNullException: NULLPTR is not supported for this conversion.";
 
-TEST(Bridge, WithoutAManagerEachMemberDoesWhatItIsDocumentedToDo) {
+TEST(Bridge, WithoutAManagerEachMemberReturnsItsDocumentedResult) {
     LoginManagerClientCLR bridge(nullptr, nullptr, uiLangFallback);
     struct {
         const char* member;
@@ -150,7 +150,7 @@ bool isZero(const wchar_t* memory, int units) {
 TEST(Secrets, AreWipedBeforeTheirMemoryIsFreed) {
     createdManager = 1;
     LoginManagerClient client(nullptr, nullptr, uiLangFallback);
-    // The strings that were passed live to the end of the full expression, so their memory can still be looked at.
+    // The strings that were passed live to the end of the full expression, so their memory can still be inspected.
     EXPECT_TRUE((client.login(L"a name of some length", L"a secret of some length"), isZero(seenSecret, 23)));
     EXPECT_TRUE((client.isDunmorePlatformTokenExpired(L"a secret of some length"), isZero(seenSecret, 23)));
 
@@ -165,7 +165,7 @@ TEST(Secrets, AreWipedBeforeTheirMemoryIsFreed) {
     const wchar_t* const start = secret.data();
     secret.resize(10);
     { const WipedAtEnd wiped(secret); }
-    EXPECT_TRUE(isZero(start, 100)) << "what lies behind the end, too";
+    EXPECT_TRUE(isZero(start, 100)) << "also the memory beyond the end";
 }
 
 }  // namespace

@@ -24,8 +24,8 @@ namespace {
 
 const fs::path built = program::ownfolder();
 
-TEST(CommandLine, RunsShowsOrComplains) {
-    // How what is shown starts, and a complaint behind a stroke.
+TEST(CommandLine, RunsPrintsOrRejects) {
+    // How the printed text starts; a complaint follows a vertical bar.
     const std::pair<const char*, const char*> rows[] = {
         {"", "Shows what the Orvel"},
         {"help settings", "a settings group"},
@@ -42,15 +42,16 @@ TEST(CommandLine, RunsShowsOrComplains) {
         {"log --level bad", "|invalid argument: --level: bad"},
         {"settings", "|GROUP is required"},
     };
-    for (const auto& [line, said] : rows) {
-        std::istringstream words(line);
-        const request asked = parse({std::istream_iterator<std::string>(words), {}});
-        EXPECT_THAT((asked.command ? "(runs)" : "") + asked.text + "|" + asked.complaint, StartsWith(said)) << line;
+    for (const auto& [line, expected] : rows) {
+        std::istringstream arguments(line);
+        const request parsed = parse({std::istream_iterator<std::string>(arguments), {}});
+        EXPECT_THAT((parsed.command ? "(runs)" : "") + parsed.text + "|" + parsed.complaint, StartsWith(expected))
+            << line;
     }
     EXPECT_THAT(parse({"login", ""}).complaint, StartsWith("invalid argument: DIR"));
 }
 
-TEST(Words, AreFoundForNumbersAndBytes) {
+TEST(Texts, ExplainNumbersAndReplaceMalformedBytes) {
     const std::pair<std::string, std::string> rows[] = {
         {toutf8lossy(L"a\xD800 日"), "a\uFFFD 日"},
         {toutf8lossy("a\xFF 日"sv), "a\uFFFD 日"},
@@ -72,8 +73,8 @@ TEST(Words, AreFoundForNumbersAndBytes) {
         {gccversion("GCC: (Rev3, Built by MSYS2 project) 13.2.0"), "13.2.0"},
         {gccversion("GCC: ("), ""},
     };
-    for (const auto& [said, expected] : rows) {
-        EXPECT_EQ(said, expected);
+    for (const auto& [actual, expected] : rows) {
+        EXPECT_EQ(actual, expected);
     }
     EXPECT_TRUE(equalsignorecase("aZ1", "Az1"));
     EXPECT_FALSE(equalsignorecase("aZ1", "Az"));
@@ -90,7 +91,7 @@ TEST(Words, AreFoundForNumbersAndBytes) {
     }
 }
 
-TEST(FileTail, LosesNothingToDeletionRenamingReplacementAndEmptying) {
+TEST(FileTail, LosesNothingWhenTheFileIsDeletedRenamedReplacedOrEmptied) {
     const temporary_folder folder;
     const fs::path file = folder.path / "log";
     const fs::path other = folder.path / "other";
@@ -122,7 +123,7 @@ TEST(FileTail, LosesNothingToDeletionRenamingReplacementAndEmptying) {
         }
         EXPECT_EQ(text, expected);
     }
-    // A program that opened the file before it went away writes to it only afterwards.
+    // A program that opened the file before it was renamed writes to it only afterwards.
     orvsecutils::filehandle late(CreateFileW(file.c_str(), FILE_APPEND_DATA,
                                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                              OPEN_EXISTING, 0, nullptr));
@@ -137,7 +138,7 @@ TEST(FileTail, LosesNothingToDeletionRenamingReplacementAndEmptying) {
     const auto names = [&folder] { return std::distance(fs::directory_iterator(folder.path), {}); };
     const auto following = names();
     owner.reset();
-    EXPECT_EQ(names(), following - 1) << "the tail's own name for the file goes";
+    EXPECT_EQ(names(), following - 1) << "the tail removes its own link to the file";
 }
 
 const std::string one("\1\0\0\0", 4);
@@ -148,7 +149,7 @@ constexpr auto user = registrylocation::user, machine = registrylocation::machin
 
 class Orvdiag : public Test {
 protected:
-    program::result run(const std::wstring& words) { return box.run("orvdiag.exe", words); }
+    program::result run(const std::wstring& arguments) { return box.run("orvdiag.exe", arguments); }
 
     void plant(registrylocation location, const wchar_t* name, DWORD type, const std::string& data,
                const char* group = "Debug") {
@@ -162,7 +163,7 @@ protected:
     const std::string log = toutf8(box.log().native());
 };
 
-TEST_F(Orvdiag, TellsWhyLoggingIsOffAndWhetherItIsOnAfterwards) {
+TEST_F(Orvdiag, SaysWhyLoggingIsOffAndWhetherItCouldBeSwitchedOn) {
     const std::string nobody = "off, because nobody has set it";
     const std::string nothing = "off, because no value that the library reads sets it";
     const std::string text = "off, because the user's setting \"Logging\" is not a number";
@@ -183,10 +184,10 @@ TEST_F(Orvdiag, TellsWhyLoggingIsOffAndWhetherItIsOnAfterwards) {
     for (const auto& [location, name, type, data, state, remark, status] : rows) {
         SCOPED_TRACE(state + "\n" + remark);
         plant(location, name, type, data);
-        const json told = json::parse(run(L"logging --json").output);
-        EXPECT_EQ((told["logging"] ? "on, " : "off, ") + told["reason"].get<std::string>(), state);
-        EXPECT_EQ(told["remarks"].size(), remark.empty() ? 0u : 1u);
-        const std::string sentence = remark.empty() ? "" : told["remarks"][0].get<std::string>() + "\r\n";
+        const json parsed = json::parse(run(L"logging --json").output);
+        EXPECT_EQ((parsed["logging"] ? "on, " : "off, ") + parsed["reason"].get<std::string>(), state);
+        EXPECT_EQ(parsed["remarks"].size(), remark.empty() ? 0u : 1u);
+        const std::string sentence = remark.empty() ? "" : parsed["remarks"][0].get<std::string>() + "\r\n";
         EXPECT_THAT(sentence, HasSubstr(remark));
         const program::result plain = run(L"logging");
         EXPECT_THAT(plain.output, StartsWith("Logging is " + state + ".\r\n" + sentence + "Log file: "));
@@ -198,7 +199,7 @@ TEST_F(Orvdiag, TellsWhyLoggingIsOffAndWhetherItIsOnAfterwards) {
     }
 }
 
-TEST_F(Orvdiag, TellsWhetherTheLogCanBeWritten) {
+TEST_F(Orvdiag, SaysWhetherTheLogCanBeWritten) {
     EXPECT_THAT(run(L"logging").output, EndsWith("It can be written.\r\n"));
     EXPECT_FALSE(exists(profile / "Orvel")) << "trying leaves nothing behind";
     create_directories(box.log());  // in the file's place
@@ -215,8 +216,8 @@ TEST_F(Orvdiag, LogsWhatItChangesAndNothingElse) {
     const program::result switched = run(L"logging on");
     EXPECT_THAT(switched.output, Not(HasSubstr("orvdiag::"))) << "the log's echo belongs to standard error";
     EXPECT_THAT(switched.errors, HasSubstr("orvdiag::logging(on)=on"));
-    for (const wchar_t* looking : {L"facts", L"settings Debug", L"settings None", L"logging", L"log", L"report"}) {
-        run(looking);
+    for (const wchar_t* arguments : {L"facts", L"settings Debug", L"settings None", L"logging", L"log", L"report"}) {
+        run(arguments);
     }
     EXPECT_EQ(run(L"bad").status, 2u);
     EXPECT_EQ(run(L"help").status, 0u);
@@ -226,7 +227,7 @@ TEST_F(Orvdiag, LogsWhatItChangesAndNothingElse) {
     EXPECT_THAT(box.logged(), ElementsAre(start + "on)", start + "on)=on", start + "off)", start + "off)=off"));
 }
 
-TEST_F(Orvdiag, ListsAGroupWithAllThatIsWrongInIt) {
+TEST_F(Orvdiag, ListsAGroupWithAllItsFaults) {
     EXPECT_EQ(run(L"settings Größe").status, 1u);
     plant(user, L"a", REG_DWORD, one, "Größe");
     plant(user, L"b", REG_EXPAND_SZ, bytesof(L"%OS%日!\0"sv), "Größe");
@@ -268,7 +269,8 @@ TEST_F(Orvdiag, ShowsTheLog) {
     EXPECT_EQ(missing.status, 1u);
     EXPECT_THAT(missing.errors, AllOf(StartsWith("orvdiag: the log file cannot be read: "), HasSubstr("(code 3)")));
     create_directories(box.folder());
-    // Lines that belong to no record, the first of them of several blocks, then records. Each by its last letter.
+    // Lines that belong to no record, the first of them longer than a block, then records. Each has its own last
+    // letter.
     appendtofile(log, std::string(1500000, 'x') + "A\nB\nC\nD\nE\nF\nG\nH\nI\nJ\nK\nL\nM\nN\nO\nP\n");
     appendtofile(log, "11/21/2026 09:14:03+0100,info,日,b.exe,a\n2,error,日.exe, of b\n");
     appendtofile(log, "11/21/2026 09:14:03-0100,error,c.exe,c\n11/21/2026 09:14:03+0100,warn\n");
@@ -286,15 +288,15 @@ TEST_F(Orvdiag, ShowsTheLog) {
         {L"--program c", ""},
         {L"--all --level warn", "de"},
     };
-    for (const auto& [words, expected] : rows) {
-        const program::result shown = run(L"log "s + words);
-        EXPECT_EQ(shown.status, 0u);
-        std::istringstream lines(shown.output);
+    for (const auto& [arguments, expected] : rows) {
+        const program::result result = run(L"log "s + arguments);
+        EXPECT_EQ(result.status, 0u);
+        std::istringstream lines(result.output);
         std::string letters;
         for (std::string line; std::getline(lines, line);) {
             letters += line[line.find_last_not_of('\r')];
         }
-        EXPECT_EQ(letters, "g"s + expected) << toutf8(words) << ", behind the first line with orvsec.log";
+        EXPECT_EQ(letters, "g"s + expected) << toutf8(arguments) << ", after the first line, which ends in orvsec.log";
     }
 }
 
@@ -312,7 +314,7 @@ TEST_F(Orvdiag, FollowsTheLogWithoutFallingBehind) {
         appendtofile(log, "11/21/2026 09:14:03+0100,info,b.exe,not wanted\n" + lines);
         expected += lines;
         if (i % 20 == 10) {
-            Sleep(200);  // a file that comes and goes between two looks is not seen
+            Sleep(200);  // a file that exists only between two reads is missed
             fs::rename(box.log(), box.folder() / std::to_string(i));
         }
     }
@@ -348,7 +350,7 @@ TEST_F(Login, NamesWhatIsWrongInAFolder) {
     later[later.find("\x22\0\0\0\0\0\xCE\x13"s)] = 35;
     const std::string native = contentof(built / library);
     const std::string othergcc = std::regex_replace(contentof(built / libgcc), std::regex("U\\) 12-"), "U) 99-");
-    // A file's content, empty for none, with the exit status and what is said of it.
+    // A file, its content (empty: the file is missing), the exit status, and a part of the output.
     const std::tuple<const char*, std::string, DWORD, std::string> rows[] = {
         {other, "", 0, "assembly version 34.0.0.5070; has all 22 members that the library calls\r\n"},
         {other, native, 1, "it is not the login library: it does not export orvellogin_version"},
@@ -378,23 +380,23 @@ TEST_F(Login, NamesWhatIsWrongInAFolder) {
         {utils, native, 1, "\\loginManagerUtils.dll is not a managed assembly\r\n"},
         {utils, assembly, 1, "holds another assembly, OrvelLoginClient"},
     };
-    const auto look = [this] {
-        const program::result looked = run(L"login \"" + folder.native() + L"\"");
-        return std::to_string(looked.status) + std::regex_replace(looked.output, std::regex(" +"), " ");
+    const auto check = [this] {
+        const program::result result = run(L"login \"" + folder.native() + L"\"");
+        return std::to_string(result.status) + std::regex_replace(result.output, std::regex(" +"), " ");
     };
-    for (const auto& [file, content, status, said] : rows) {
+    for (const auto& [file, content, status, expected] : rows) {
         std::error_code absent;
         fs::rename(folder / file, folder / "kept", absent);
         if (!content.empty()) {
             std::ofstream(folder / file, std::ios::binary) << content;
         }
-        EXPECT_THAT(look(), AllOf(StartsWith(std::to_string(status)), HasSubstr(said))) << file;
+        EXPECT_THAT(check(), AllOf(StartsWith(std::to_string(status)), HasSubstr(expected))) << file;
         fs::remove(folder / file);
         fs::rename(folder / "kept", folder / file, absent);
     }
     fs::rename(folder / library, folder / other);
     EXPECT_THAT(run(L"login none").output, HasSubstr("there is no such folder"));
-    EXPECT_THAT(look(), AllOf(Not(HasSubstr(library)), Not(HasSubstr("\n"s + "FAIL " + libgcc))));
+    EXPECT_THAT(check(), AllOf(Not(HasSubstr(library)), Not(HasSubstr("\n"s + "FAIL " + libgcc))));
 }
 
 TEST_F(Login, WritesAReportWithoutSecrets) {
@@ -404,10 +406,10 @@ TEST_F(Login, WritesAReportWithoutSecrets) {
     for (int i = 100; i <= 350; ++i) {
         appendtofile(log, "line " + std::to_string(i) + " \xFF\n");
     }
-    copy_file(built / "orvdiag.exe", profile / "orvdiag.exe");  // with nothing else there
-    const program::result told = program(profile / "orvdiag.exe", L"report", profile).wait();
-    EXPECT_EQ(told.status, 0u);
-    EXPECT_THAT(told.output, AllOf(HasSubstr("\\orvdiag-report.txt\r\n"), HasSubstr("personal data")));
+    copy_file(built / "orvdiag.exe", profile / "orvdiag.exe");  // alone in its folder
+    const program::result written = program(profile / "orvdiag.exe", L"report", profile).wait();
+    EXPECT_EQ(written.status, 0u);
+    EXPECT_THAT(written.output, AllOf(HasSubstr("\\orvdiag-report.txt\r\n"), HasSubstr("personal data")));
     const std::string text = contentof(profile / "orvdiag-report.txt");
     EXPECT_EQ(toutf8(orvsecutils::toutf16(text)), text);
     EXPECT_EQ(std::count(text.begin(), text.end(), '\r'), std::count(text.begin(), text.end(), '\n'));
@@ -426,27 +428,27 @@ TEST_F(Login, WritesAReportWithoutSecrets) {
     const json data = json::parse(contentof(profile / "other.json"));
     EXPECT_EQ(data["login"]["verdict"], "Everything is in its place.");
     EXPECT_EQ(data["settings"][1]["value"], "(hidden)");
-    const orvsecutils::platform& here = orvsecutils::currentplatform();
-    const std::pair<const char*, std::string> facts[] = {{"uilanguage", std::to_string(here.uilanguage())},
-                                                         {"computername", here.computername()},
-                                                         {"username", here.username()},
-                                                         {"osversion", here.osversion()},
-                                                         {"languageids", here.languageids()},
-                                                         {"processorinfo", here.processorinfo()},
+    const orvsecutils::platform& system = orvsecutils::currentplatform();
+    const std::pair<const char*, std::string> facts[] = {{"uilanguage", std::to_string(system.uilanguage())},
+                                                         {"computername", system.computername()},
+                                                         {"username", system.username()},
+                                                         {"osversion", system.osversion()},
+                                                         {"languageids", system.languageids()},
+                                                         {"processorinfo", system.processorinfo()},
                                                          {"profilefolder", toutf8(profile.native())},
                                                          {"executablename", "orvdiag.exe"},
-                                                         {"defaultsettingsroot", here.defaultsettingsroot()},
-                                                         {"executablefolder", here.executablefolder()},
-                                                         {"localappdatafolder", here.localappdatafolder()},
-                                                         {"roamingappdatafolder", here.roamingappdatafolder()},
-                                                         {"programfilesfolder", here.programfilesfolder()},
-                                                         {"programfilesx86folder", here.programfilesx86folder()},
-                                                         {"macaddress", here.macaddress()},
-                                                         {"publicfolder", here.publicfolder()}};
+                                                         {"defaultsettingsroot", system.defaultsettingsroot()},
+                                                         {"executablefolder", system.executablefolder()},
+                                                         {"localappdatafolder", system.localappdatafolder()},
+                                                         {"roamingappdatafolder", system.roamingappdatafolder()},
+                                                         {"programfilesfolder", system.programfilesfolder()},
+                                                         {"programfilesx86folder", system.programfilesx86folder()},
+                                                         {"macaddress", system.macaddress()},
+                                                         {"publicfolder", system.publicfolder()}};
     for (const auto& [fact, value] : facts) {
         EXPECT_EQ(data["facts"][fact], value) << fact;
     }
-    EXPECT_EQ(data["facts"]["meanings"]["languageids"], explainlocales(here.languageids()));
+    EXPECT_EQ(data["facts"]["meanings"]["languageids"], explainlocales(system.languageids()));
     EXPECT_EQ(data["facts"].size(), std::size(facts) + 1);
     EXPECT_EQ(data["log"].size(), 200u);
 

@@ -18,12 +18,12 @@ using namespace testing;
 
 namespace {
 
-static_assert(!std::is_constructible_v<orvsecutils::log, const char*>, "a text is no level");
+static_assert(!std::is_constructible_v<orvsecutils::log, const char*>, "a text is not a level");
 static_assert(!std::is_copy_constructible_v<orvsecutils::log>, "a line is delivered once");
 static_assert(!std::is_convertible_v<int, orvsecutils::log>);
 
-// The switch and the file are found once a process. So the tests start this program again, with one of the following as
-// its task.
+// A process reads the switch and finds the log file only once. So the tests start this program again, with one of these
+// tasks.
 
 void logonerecord(int) {
     loginfo() << "one";
@@ -68,7 +68,7 @@ void logpartialrecord(int) {
     new loginfo;
 }
 
-// The same record again and again, with its first allocation failing, then its second and so on, until none does.
+// Repeats one record: first its first allocation fails, then its second, and so on, until none fails.
 void logwithoutmemory(int) {
     for (long allocation = 1, left = 0; left == 0; ++allocation) {
         memory::countdown = allocation;
@@ -99,7 +99,7 @@ class Log : public Test {
 protected:
     Log() { box.setswitch(HKEY_CURRENT_USER, 1); }
 
-    // Runs a task, which must end well although it makes its last record when the log has ended already.
+    // Runs a task. It must succeed, although its last record is made after the log's objects were destroyed.
     program::result child(const std::wstring& task) {
         const program::result run = box.run("orvsecutils_test.exe", task);
         EXPECT_EQ(run.status, 0u) << toutf8(task);
@@ -112,7 +112,7 @@ protected:
 
 TEST_F(Log, KeepsMessagesWholeAndLabelsLevels) {
     create_directories(box.folder());
-    // A record can be written to a file that another has open for everything.
+    // A record is written even if someone else has the file open to read, write and delete it.
     filehandle other(CreateFileW(box.log().c_str(), GENERIC_READ | GENERIC_WRITE | DELETE,
                                  FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS, 0,
                                  nullptr));
@@ -140,14 +140,14 @@ TEST_F(Log, ObeysTheSwitchAlone) {
     EXPECT_FALSE(debugsettings().logging());
 }
 
-TEST_F(Log, KeepsTheFirstAnswerOfAProcess) {
-    EXPECT_EQ(child(L"logpartialrecord").output, "") << "what records share has ended";
+TEST_F(Log, ReadsTheSwitchOncePerProcess) {
+    EXPECT_EQ(child(L"logpartialrecord").output, "") << "the objects that records share were destroyed before";
     box.setswitch(HKEY_CURRENT_USER, 0);
     EXPECT_EQ(child(L"changeswitch 1").output, "");
-    EXPECT_FALSE(exists(box.folder().parent_path())) << "off, it must not even make folders";
+    EXPECT_FALSE(exists(box.folder().parent_path())) << "with logging off, not even folders are created";
     EXPECT_THAT(sandbox::lines(child(L"changeswitch 0").output), ElementsAre(EndsWith(",info" + rest + "one")));
-    EXPECT_THAT(box.logged(), SizeIs(2)) << "the second one without a standard output";
-    // A malformed value counts as off, also after it has been mended.
+    EXPECT_THAT(box.logged(), SizeIs(2)) << "the second record without standard output";
+    // A malformed value counts as off, even after it was repaired.
     rawkey(HKEY_CURRENT_USER, view64, sandbox::switchkey).write(L"malformed", REG_SZ, bytesof(L"\xD800\0"sv));
     EXPECT_EQ(child(L"changeswitch 1").output, "");
     EXPECT_TRUE(debugsettings().logging());
