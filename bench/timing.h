@@ -10,16 +10,16 @@
 /// Measures several functions against each other. Returns the nanoseconds per call for each, as the median over the
 /// rounds. All functions run in every round, so that other load on the machine affects all of them alike.
 inline std::vector<double> medianNanoseconds(int rounds, int calls,
-                                             const std::vector<std::function<void(int)>>& things) {
+                                             const std::vector<std::function<void(int)>>& functions) {
     LARGE_INTEGER frequency;
     QueryPerformanceFrequency(&frequency);
-    std::vector<std::vector<double>> samples(things.size());
+    std::vector<std::vector<double>> samples(functions.size());
     for (int round = 0; round < rounds + 1; ++round) {
-        for (std::size_t i = 0; i < things.size(); ++i) {
+        for (std::size_t i = 0; i < functions.size(); ++i) {
             LARGE_INTEGER from;
             LARGE_INTEGER to;
             QueryPerformanceCounter(&from);
-            things[i](calls);
+            functions[i](calls);
             QueryPerformanceCounter(&to);
             if (round > 0) {  // the first round is a warm-up
                 samples[i].push_back(1e9 * static_cast<double>(to.QuadPart - from.QuadPart) /

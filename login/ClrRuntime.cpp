@@ -26,7 +26,7 @@ const auto shutdownInProgress = reinterpret_cast<ShutdownInProgress>(
 
 void check(HRESULT result) {
     if (FAILED(result)) {
-        throw cannotStart(result);
+        throw runtimeStartFailure(result);
     }
 }
 
@@ -65,22 +65,22 @@ ComPtr<ICLRRuntimeHost> startRuntime() {
 
 // Serialises callers in the whole process, because concurrent first starts sometimes crash the runtime. The mutex is
 // named, because two copies of this library in one process share no other lock.
-class TurnInProcess {
+class ProcessWideLock {
 public:
-    TurnInProcess()
+    ProcessWideLock()
         : mutex(CreateMutexW(nullptr, FALSE,
                              (L"Local\\orvellogin-runtime-" + std::to_wstring(GetCurrentProcessId())).c_str())) {
         // With a time limit, because any program of this user may hold a mutex of that name. After it the runtime is
         // started without the lock, which is better than not at all.
         owned = WaitForSingleObject(mutex.get(), 60000) != WAIT_TIMEOUT;
     }
-    ~TurnInProcess() {
+    ~ProcessWideLock() {
         if (owned) {
             ReleaseMutex(mutex.get());
         }
     }
-    TurnInProcess(const TurnInProcess&) = delete;
-    TurnInProcess& operator=(const TurnInProcess&) = delete;
+    ProcessWideLock(const ProcessWideLock&) = delete;
+    ProcessWideLock& operator=(const ProcessWideLock&) = delete;
 
 private:
     struct Close {
@@ -95,7 +95,7 @@ private:
 std::uint32_t executeInDefaultAppDomain(const std::wstring& assembly, const wchar_t* typeName, const wchar_t* method,
                                         const std::wstring& argument) {
     refuseWhileProcessIsEnding();
-    const TurnInProcess turn;
+    const ProcessWideLock lock;
     const ManagedCodeScope managed;
     // Never released: the runtime cannot be stopped, and may be down when this library's static objects are destroyed.
     static ICLRRuntimeHost* const host = startRuntime().Detach();
@@ -103,7 +103,7 @@ std::uint32_t executeInDefaultAppDomain(const std::wstring& assembly, const wcha
     const HRESULT result =
         host->ExecuteInDefaultAppDomain(assembly.c_str(), typeName, method, argument.c_str(), &returned);
     if (FAILED(result)) {
-        throw cannotRun(std::wstring(typeName) + L"." + method + L" of " + assembly, result);
+        throw methodRunFailure(std::wstring(typeName) + L"." + method + L" of " + assembly, result);
     }
     return returned;
 }
@@ -114,7 +114,8 @@ bool processIsEnding() noexcept {
 
 void refuseWhileProcessIsEnding() {
     if (processIsEnding()) {
-        throw startFailure(L"the process is ending, and the runtime cannot be called any more", HOST_E_CLRNOTAVAILABLE);
+        throw nativeFailure(L"the process is ending, and the runtime cannot be called any more",
+                            HOST_E_CLRNOTAVAILABLE);
     }
 }
 

@@ -26,9 +26,9 @@ public:
     void keep(const FloatingPointControl& control) const noexcept {
         TlsSetValue(slot, reinterpret_cast<void*>((control.sse & ~sseFlags) << 16 | control.x87));
     }
-    FloatingPointControl ofThisThread(const FloatingPointControl& otherwise) const noexcept {
+    FloatingPointControl ofThisThread(const FloatingPointControl& fallback) const noexcept {
         const auto kept = reinterpret_cast<std::uintptr_t>(TlsGetValue(slot));
-        return kept ? FloatingPointControl{static_cast<std::uint16_t>(kept), kept >> 16} : otherwise;
+        return kept ? FloatingPointControl{static_cast<std::uint16_t>(kept), kept >> 16} : fallback;
     }
 
 private:
@@ -62,9 +62,8 @@ ManagedCodeScope::~ManagedCodeScope() {
     host.apply();
 }
 
-HostCodeScope::HostCodeScope(const FloatingPointControl& otherwise) noexcept
-    : managed(FloatingPointControl::current()) {
-    hostControls.ofThisThread(otherwise).apply();
+HostCodeScope::HostCodeScope(const FloatingPointControl& fallback) noexcept : managed(FloatingPointControl::current()) {
+    hostControls.ofThisThread(fallback).apply();
 }
 
 HostCodeScope::~HostCodeScope() {

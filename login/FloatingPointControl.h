@@ -33,10 +33,10 @@ private:
 };
 
 /// For the time that managed code calls a callback of the host: sets the control with which this thread last entered
-/// managed code, or `otherwise` on a thread of the runtime's own, and restores the runtime's at the end.
+/// managed code, or `fallback` on a thread of the runtime's own, and restores the runtime's at the end.
 class HostCodeScope {
 public:
-    explicit HostCodeScope(const FloatingPointControl& otherwise) noexcept;
+    explicit HostCodeScope(const FloatingPointControl& fallback) noexcept;
     ~HostCodeScope();
     HostCodeScope(const HostCodeScope&) = delete;
     HostCodeScope& operator=(const HostCodeScope&) = delete;

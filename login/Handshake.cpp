@@ -15,7 +15,7 @@ namespace {
 // The version comes first, because a managed part of version 1 expects the address alone: it rejects two numbers,
 // instead of writing to the wrong address.
 std::wstring handshakeArgument(const Handshake& handshake) {
-    return std::to_wstring(agreementVersion) + L" " + std::to_wstring(reinterpret_cast<std::uintptr_t>(&handshake));
+    return std::to_wstring(interfaceVersion) + L" " + std::to_wstring(reinterpret_cast<std::uintptr_t>(&handshake));
 }
 
 loginRuntimeException otherVersion(const std::wstring& nativePart, const std::wstring& managedPart,
@@ -24,9 +24,9 @@ loginRuntimeException otherVersion(const std::wstring& nativePart, const std::ws
         const std::wstring version = fileVersion(path);
         return path + L" (" + (version.empty() ? L"of no version" : L"version " + version) + L")";
     };
-    return startFailure(L"these two files do not belong together: " + described(nativePart) + L" and " +
-                            described(managedPart) + L"; take both from one package (" + symptom + L")",
-                        hresult);
+    return nativeFailure(L"these two files do not belong together: " + described(nativePart) + L" and " +
+                             described(managedPart) + L"; take both from one package (" + symptom + L")",
+                         hresult);
 }
 
 }  // namespace
@@ -34,15 +34,16 @@ loginRuntimeException otherVersion(const std::wstring& nativePart, const std::ws
 Handshake enterManagedPart(const std::wstring& nativePart, const std::wstring& managedPart) {
     // Checked first, because the runtime reports a missing file with the same code as other failures.
     if (GetFileAttributesW(managedPart.c_str()) == INVALID_FILE_ATTRIBUTES) {
-        throw startFailure(L"the managed part of the login library is missing: " + managedPart,
-                           HRESULT_FROM_WIN32(GetLastError()));
+        throw nativeFailure(L"the managed part of the login library is missing: " + managedPart,
+                            HRESULT_FROM_WIN32(GetLastError()));
     }
     Handshake handshake;
-    std::uint32_t theirs = 0;
+    std::uint32_t managedVersion = 0;
     try {
         // The .NET Framework's runtime rejects paths with the prefix \\?\.
-        theirs = executeInDefaultAppDomain(withoutLongPathPrefix(managedPart), L"OrvelLoginClientCLR.EntryPoint",
-                                           L"Enter", handshakeArgument(handshake));
+        managedVersion =
+            executeInDefaultAppDomain(withoutLongPathPrefix(managedPart), L"OrvelLoginClientCLR.EntryPoint", L"Enter",
+                                      handshakeArgument(handshake));
     } catch (const loginRuntimeException& failure) {
         // A managed part of another version can fail in many ways, and none of the messages says why. So compare.
         const std::wstring version = fileVersion(managedPart);
@@ -51,7 +52,7 @@ Handshake enterManagedPart(const std::wstring& nativePart, const std::wstring& m
         }
         throw otherVersion(nativePart, managedPart, failure.message, failure.hresult);
     }
-    if (theirs != agreementVersion || !handshake.registerResolveHandler || !handshake.bindManagerMembers) {
+    if (managedVersion != interfaceVersion || !handshake.registerResolveHandler || !handshake.bindManagerMembers) {
         throw otherVersion(nativePart, managedPart, L"their handshake failed", COR_E_TYPELOAD);
     }
     return handshake;

@@ -20,8 +20,8 @@ TextArgument argument(const std::wstring& text) {
 }
 
 // Calls a managed member. Every exception becomes a loginRuntimeException, even the manager's own.
-void call(const ManagedMember& member, ManagerHandle manager, void* result, const TextArgument* first = nullptr,
-          const TextArgument* second = nullptr) {
+void callUntranslated(const ManagedMember& member, ManagerHandle manager, void* result,
+                      const TextArgument* first = nullptr, const TextArgument* second = nullptr) {
     ManagedFailure failure;
     if (!callManaged(member.call, manager, first, second, result, failure)) {
         throwUntranslated(failure);
@@ -98,7 +98,7 @@ LoginManagerClientCLR::LoginManagerClientCLR(void (*loginCallBack)(), void (*log
     pinLibrary();
     ManagedCreation creation = {loginCallBack ? &LoginEventHandler : nullptr,
                                 logoutCallBack ? &LogoutEventHandler : nullptr, getLangCode(langIn)};
-    call(members.create, 0, &creation);
+    callUntranslated(members.create, 0, &creation);
     managedClient.adopt(creation.manager);
 }
 
@@ -117,7 +117,7 @@ LoginResponse LoginManagerClientCLR::login(const std::wstring& userName, const s
     const TextArgument secret = argument(password);
     ManagedRecord response;
     if (managedClient.valid()) {
-        callTranslated(managerMembers().loginWith, managedClient.get(), &response, &user, &secret);
+        callTranslated(managerMembers().loginWithPassword, managedClient.get(), &response, &user, &secret);
     }
     return parseLoginResponse(response);
 }
@@ -157,7 +157,7 @@ std::wstring LoginManagerClientCLR::formatAccessUrl(std::wstring targeturl) {
 std::wstring LoginManagerClientCLR::plainGetter(const ManagedMember& member) {
     ManagedString text;
     if (managedClient.valid()) {
-        call(member, managedClient.get(), &text);
+        callUntranslated(member, managedClient.get(), &text);
     }
     return text.toNativeOrEmpty();
 }
@@ -208,13 +208,13 @@ std::wstring LoginManagerClientCLR::getLoginTicket(std::wstring spaceurl) {
     }
     const TextArgument url = argument(spaceurl);
     ManagedString ticket;
-    call(managerMembers().getLoginTicket, managedClient.get(), &ticket, &url);
+    callUntranslated(managerMembers().getLoginTicket, managedClient.get(), &ticket, &url);
     return ticket.toNative();
 }
 
 void LoginManagerClientCLR::stopDNMListener() {
     // Called on an empty handle too: the managed side then fails as on any null reference.
-    call(managerMembers().stopDNMListener, managedClient.get(), nullptr);
+    callUntranslated(managerMembers().stopDNMListener, managedClient.get(), nullptr);
 }
 
 // The manager's remaining members are static and would work without an object; they are called only with one.
@@ -230,7 +230,7 @@ void LoginManagerClientCLR::DunmoreLoginBrowser(const std::wstring& serverDNM, c
 std::wstring LoginManagerClientCLR::getDNMAccessToken() {
     ManagedString token;
     if (managedClient.valid()) {
-        call(managerMembers().getDNMAccessToken, managedClient.get(), &token);
+        callUntranslated(managerMembers().getDNMAccessToken, managedClient.get(), &token);
     }
     return token.toNative();
 }
@@ -239,7 +239,7 @@ bool LoginManagerClientCLR::isDunmorePlatformTokenExpired(const std::wstring& t)
     std::int32_t expired = 0;
     if (managedClient.valid()) {
         const TextArgument token = argument(t);
-        call(managerMembers().isDunmorePlatformTokenExpired, managedClient.get(), &expired, &token);
+        callUntranslated(managerMembers().isDunmorePlatformTokenExpired, managedClient.get(), &expired, &token);
     }
     return expired != 0;
 }

@@ -7,11 +7,11 @@
 /// The interface between the native side and the managed part `OrvelLoginClientCLR.dll`. C# half: `login/managed/`.
 ///
 /// The two are separate files and may come from different versions. So the first call is a handshake that compares
-/// `agreementVersion` and the sizes of the structures; binding then compares the names of the members.
+/// `interfaceVersion` and the sizes of the structures; binding then compares the names of the members.
 namespace OrvelLoginClientCLR {
 
 /// Version of this interface; the C# half has the same. Raise both when a structure or the meaning of a call changes.
-constexpr std::int32_t agreementVersion = 2;
+constexpr std::int32_t interfaceVersion = 2;
 
 /// A manager held by the managed part; 0 for none.
 using ManagerHandle = std::intptr_t;
@@ -71,7 +71,7 @@ struct ManagerMembers {
     ManagedMember create{L"create"};    ///< result: ManagedCreation
     ManagedMember dispose{L"dispose"};  ///< releases the handle, too
     ManagedMember login{L"login"};      ///< result: ManagedRecord
-    ManagedMember loginWith{L"loginWith"};
+    ManagedMember loginWithPassword{L"loginWithPassword"};
     ManagedMember getLoggedInUser{L"getLoggedInUser"};
     ManagedMember Logout{L"Logout"};
     ManagedMember getAccessToken{L"getAccessToken"};  ///< result: ManagedString

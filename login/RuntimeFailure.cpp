@@ -21,14 +21,14 @@ std::string toUtf8(const std::wstring& text) {
     return result;
 }
 
-struct Meaning {
+struct CodeExplanation {
     HRESULT code;
-    const wchar_t* words;
+    const wchar_t* explanation;
 };
 
 // The most frequent codes, explained for the person who has to repair the machine.
 
-constexpr Meaning startMeanings[] = {
+constexpr CodeExplanation startExplanations[] = {
     {CLR_E_SHIM_RUNTIMELOAD, L"the .NET Framework 4 is not installed or cannot be loaded"},
     {CLR_E_SHIM_LEGACYRUNTIMEALREADYBOUND, L"the host program has bound this process to an older runtime"},
     {HOST_E_CLRNOTAVAILABLE, L"the runtime is not available in this process (it has failed or is shutting down)"},
@@ -40,7 +40,7 @@ constexpr Meaning startMeanings[] = {
     {HRESULT_FROM_WIN32(ERROR_BAD_EXE_FORMAT), L"a file is not a valid image for a 32-bit process"},
 };
 
-constexpr Meaning runMeanings[] = {
+constexpr CodeExplanation runExplanations[] = {
     {COR_E_NOTSUPPORTED,
      L"the file is marked as coming from the internet; unblock the ZIP in its properties and unpack it again"},
     {COR_E_MISSINGMETHOD, L"the file is of another version, which lacks this method"},
@@ -56,10 +56,10 @@ constexpr Meaning runMeanings[] = {
 };
 
 template <std::size_t count>
-std::wstring meaning(const Meaning (&rows)[count], HRESULT result) {
-    for (const Meaning& row : rows) {
+std::wstring explain(const CodeExplanation (&rows)[count], HRESULT result) {
+    for (const CodeExplanation& row : rows) {
         if (row.code == result) {
-            return row.words;
+            return row.explanation;
         }
     }
     return L"the runtime gives no other reason than its code";
@@ -72,20 +72,21 @@ loginRuntimeException managedFailure(std::wstring typeName, std::wstring message
     return loginRuntimeException(std::move(typeName), std::move(message), hresult, std::move(text));
 }
 
-loginRuntimeException startFailure(const std::wstring& words, std::int32_t hresult) {
+loginRuntimeException nativeFailure(const std::wstring& explanation, std::int32_t hresult) {
     wchar_t code[32];
     std::swprintf(code, sizeof code / sizeof *code, L" (HRESULT 0x%08X)", static_cast<unsigned>(hresult));
-    std::wstring message = words + code;
+    std::wstring message = explanation + code;
     std::string text = toUtf8(message);
     return loginRuntimeException(std::wstring(), std::move(message), hresult, std::move(text));
 }
 
-loginRuntimeException cannotStart(std::int32_t hresult) {
-    return startFailure(L"the .NET Framework 4 runtime cannot be started: " + meaning(startMeanings, hresult), hresult);
+loginRuntimeException runtimeStartFailure(std::int32_t hresult) {
+    return nativeFailure(L"the .NET Framework 4 runtime cannot be started: " + explain(startExplanations, hresult),
+                         hresult);
 }
 
-loginRuntimeException cannotRun(const std::wstring& method, std::int32_t hresult) {
-    return startFailure(L"the runtime cannot run " + method + L": " + meaning(runMeanings, hresult), hresult);
+loginRuntimeException methodRunFailure(const std::wstring& method, std::int32_t hresult) {
+    return nativeFailure(L"the runtime cannot run " + method + L": " + explain(runExplanations, hresult), hresult);
 }
 
 loginRuntimeException nullStringFailure() {

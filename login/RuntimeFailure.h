@@ -11,14 +11,14 @@ namespace OrvelLoginClientCLR {
 /// The failure for a managed exception of type `typeName`.
 loginRuntimeException managedFailure(std::wstring typeName, std::wstring message, std::int32_t hresult);
 
-/// The failure if no managed code ran: `words`, followed by the HRESULT.
-loginRuntimeException startFailure(const std::wstring& words, std::int32_t hresult);
+/// The failure if no managed code ran: `explanation`, followed by the HRESULT.
+loginRuntimeException nativeFailure(const std::wstring& explanation, std::int32_t hresult);
 
 /// The failure if the runtime could not be started, with the meaning of `hresult` if known.
-loginRuntimeException cannotStart(std::int32_t hresult);
+loginRuntimeException runtimeStartFailure(std::int32_t hresult);
 
 /// The failure if the runtime could not run `method`. `method` names the method and the file of its assembly.
-loginRuntimeException cannotRun(const std::wstring& method, std::int32_t hresult);
+loginRuntimeException methodRunFailure(const std::wstring& method, std::int32_t hresult);
 
 /// The failure of converting a null managed string.
 loginRuntimeException nullStringFailure();

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "../timing.h"
-#include "Way.h"
+#include "Candidate.h"
 #include "login/ClrRuntime.h"
 #include "login/LoginManagerClient.h"
 #include "tests/support/program.h"
@@ -75,7 +75,7 @@ void calls() {
 
     struct Row {
         const char* name;
-        std::vector<std::function<void(int)>> ways;
+        std::vector<std::function<void(int)>> functions;
     };
     const Row rows[] = {
         {"`getAccessToken`",
@@ -91,28 +91,29 @@ void calls() {
         "| call | library, ns | bare pointer, ns | library : bare | managed to managed, ns | library : managed |\n");
     std::printf("|---|---|---|---|---|---|\n");
     for (const Row& row : rows) {
-        const std::vector<double> ns = medianNanoseconds(31, 20000, row.ways);
+        const std::vector<double> ns = medianNanoseconds(31, 20000, row.functions);
         std::printf("| %s | %.0f | %.0f | %.2f | %.0f | %.1f |\n", row.name, ns[0], ns[1], ns[0] / ns[1], ns[2],
                     ns[0] / ns[2]);
     }
 }
 
-std::function<Way()> wayOf(const wchar_t* dll) {
-    return reinterpret_cast<Way (*)()>(reinterpret_cast<void*>(GetProcAddress(LoadLibraryW(dll), "way")));
+Candidate loadCandidate(const wchar_t* dll) {
+    return reinterpret_cast<Candidate (*)()>(reinterpret_cast<void*>(GetProcAddress(LoadLibraryW(dll), "candidate")))();
 }
 
-void ways() {
-    const Way all[] = {wayOf(L"class_way.dll")(), wayOf(L"functions_way.dll")(), wayOf(L"header_only_way.dll")()};
+void candidates() {
+    const Candidate all[] = {loadCandidate(L"class_candidate.dll"), loadCandidate(L"functions_candidate.dll"),
+                             loadCandidate(L"header_only_candidate.dll")};
     const struct {
         const char* name;
-        void (*Way::*call)(int);
+        void (*Candidate::*call)(int);
         int calls;
     } rows[] = {
-        {"`getAccessToken`", &Way::getAccessToken, 20000},
-        {"`formatAccessUrl`, 100 units", &Way::formatAccessUrl, 20000},
-        {"`isDunmorePlatformTokenExpired`", &Way::isExpired, 20000},
-        {"a record", &Way::record, 2000},
-        {"a refused sign-in", &Way::refused, 1000},
+        {"`getAccessToken`", &Candidate::getAccessToken, 20000},
+        {"`formatAccessUrl`, 100 units", &Candidate::formatAccessUrl, 20000},
+        {"`isDunmorePlatformTokenExpired`", &Candidate::isExpired, 20000},
+        {"a record", &Candidate::record, 2000},
+        {"a refused sign-in", &Candidate::refused, 1000},
     };
     std::printf("\n| call | exported class, ns | plain functions, ns | header-only class, ns | plain : exported ");
     std::printf("| header-only : exported |\n|---|---|---|---|---|---|\n");
@@ -229,7 +230,7 @@ int main(int count, char** arguments) {
     std::printf("## Login library\n\n");
     try {
         calls();
-        ways();
+        candidates();
         sizes();
         memory();
         start();

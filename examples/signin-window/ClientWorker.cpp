@@ -37,33 +37,33 @@ const std::pair<const wchar_t*, Getter> getters[] = {
     {L"Space", &LoginManagerClient::getSpaceURL},
 };
 
-/// Adds what is known about the user to `answer`. If a getter fails, the values before it remain. While offline the
+/// Adds what is known about the user to `result`. If a getter fails, the values before it remain. While offline the
 /// getters always return an empty text, so the values are shown as unknown.
 // cppcheck-suppress constParameter ; the getters, which are not const, are called through pointers
-void describe(LoginManagerClient& client, const LoginResponse& user, bool offline, Answer& answer) {
-    answer.details = {
+void describe(LoginManagerClient& client, const LoginResponse& user, bool offline, RequestResult& result) {
+    result.details = {
         {L"Account", user.userName}, {L"First name", user.firstName}, {L"Last name", user.lastName},
         {L"Alias", user.aliasName},  {L"Domain", user.domainName},    {L"Record", user.rowId},
     };
     for (const auto& [name, getter] : getters) {
-        answer.details.emplace_back(name, offline ? L"unknown while offline" : (client.*getter)());
+        result.details.emplace_back(name, offline ? L"unknown while offline" : (client.*getter)());
     }
-    answer.status = user.statusDescription;
+    result.status = user.statusDescription;
 }
 
-void carryOut(LoginManagerClient& client, const Request& request, Answer& answer) {
+void carryOut(LoginManagerClient& client, const Request& request, RequestResult& result) {
     client.setOrvelOfflineMode(request.offline);
     switch (request.action) {
         case Request::signIn:
             // login() takes strings by value and wipes its copy of the password.
-            describe(client, client.login(request.account, request.password.c_str()), request.offline, answer);
+            describe(client, client.login(request.account, request.password.c_str()), request.offline, result);
             break;
         case Request::refresh:
-            describe(client, client.getLoggedInUser(false), request.offline, answer);
+            describe(client, client.getLoggedInUser(false), request.offline, result);
             break;
         case Request::signOut:
             client.logout();
-            answer.status = L"Signed out.";
+            result.status = L"Signed out.";
             break;
     }
 }
@@ -93,9 +93,9 @@ void ClientWorker::ask(Request next) {
     changed.notify_one();
 }
 
-Answer ClientWorker::takeAnswer() {
+RequestResult ClientWorker::takeResult() {
     const std::lock_guard<std::mutex> lock(mutex);
-    return std::move(answer);
+    return std::move(lastResult);
 }
 
 void ClientWorker::run() noexcept {
@@ -109,7 +109,7 @@ void ClientWorker::run() noexcept {
         const Request current = std::move(*request);  // its password is wiped at the end of the iteration
         request.reset();
         lock.unlock();
-        Answer result;
+        RequestResult result;
         try {
             if (!client) {  // created here, so that a missing runtime is reported like any other failure
                 client.emplace(signedIn, signedOut, uiLangFallback);
@@ -122,7 +122,7 @@ void ClientWorker::run() noexcept {
             result.status = widened(failure.what());
         }
         lock.lock();
-        answer = std::move(result);
-        PostMessageW(window, WM_APP_ANSWERED, 0, 0);
+        lastResult = std::move(result);
+        PostMessageW(window, WM_APP_REQUEST_DONE, 0, 0);
     }
 }

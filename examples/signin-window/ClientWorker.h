@@ -14,9 +14,9 @@
 
 /// Messages that the worker posts to the window. None carries a pointer, so a message that is never read leaks nothing.
 enum : UINT {
-    WM_APP_ANSWERED = WM_APP,  ///< the request was carried out: call takeAnswer()
-    WM_APP_SIGNED_IN,          ///< the manager reported a sign-in; may come at any time
-    WM_APP_SIGNED_OUT,         ///< the manager reported a sign-out; may come at any time
+    WM_APP_REQUEST_DONE = WM_APP,  ///< the request was carried out: call takeResult()
+    WM_APP_SIGNED_IN,              ///< the manager reported a sign-in; may come at any time
+    WM_APP_SIGNED_OUT,             ///< the manager reported a sign-out; may come at any time
 };
 
 struct Request {
@@ -26,7 +26,7 @@ struct Request {
     Secret password = {};       ///< for signIn
 };
 
-struct Answer {
+struct RequestResult {
     std::wstring status;                                           ///< the outcome, as a sentence
     std::vector<std::pair<const wchar_t*, std::wstring>> details;  ///< names and values; after a failure maybe not all
 };
@@ -40,11 +40,11 @@ public:
     /// manager cannot be cancelled.
     ~ClientWorker();
 
-    /// Starts a request. The previous one must have been answered.
+    /// Starts a request. The previous one must be done.
     void ask(Request next);
 
-    /// The answer to the last request. Call it once for each WM_APP_ANSWERED.
-    Answer takeAnswer();
+    /// The result of the last request. Call it once for each WM_APP_REQUEST_DONE.
+    RequestResult takeResult();
 
 private:
     void run() noexcept;
@@ -54,6 +54,6 @@ private:
     std::condition_variable changed;
     bool stopping = false;
     std::optional<Request> request;
-    Answer answer;
+    RequestResult lastResult;
     std::thread thread;
 };

@@ -71,8 +71,8 @@ bool SigninDialog::handle(UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_COMMAND:
             command(LOWORD(wParam), HIWORD(wParam));
             return true;
-        case WM_APP_ANSWERED:
-            answered();
+        case WM_APP_REQUEST_DONE:
+            requestDone();
             return true;
         // This window, another part of the host, or the manager itself may have caused these.
         case WM_APP_SIGNED_IN:
@@ -133,15 +133,15 @@ void SigninDialog::ask(Request request, const wchar_t* progress) {
     worker->ask(std::move(request));
 }
 
-void SigninDialog::answered() {
+void SigninDialog::requestDone() {
     busy = false;
-    const Answer answer = worker->takeAnswer();
-    show(answer);
+    const RequestResult result = worker->takeResult();
+    show(result);
     enableControls();
     // Move the focus to the next step, unless the user has moved it meanwhile.
     if (GetFocus() == item(IDC_DETAILS)) {
         if (action == Request::signIn) {
-            focusOn(answer.details.empty() ? IDC_PASSWORD : IDC_SIGN_OUT);
+            focusOn(result.details.empty() ? IDC_PASSWORD : IDC_SIGN_OUT);
         } else if (action == Request::signOut) {
             focusOn(signedIn ? IDC_SIGN_OUT : IDC_ACCOUNT);
         } else {
@@ -161,15 +161,15 @@ Secret SigninDialog::takePassword() {
     return password;
 }
 
-void SigninDialog::show(const Answer& answer) {
-    showStatus(answer.status);
-    if (answer.details.empty()) {
+void SigninDialog::show(const RequestResult& result) {
+    showStatus(result.status);
+    if (result.details.empty()) {
         return;  // a refused sign-in does not sign out the current user, so keep the details
     }
     const HWND list = item(IDC_DETAILS);
     ListView_DeleteAllItems(list);
     int row = 0;
-    for (const auto& [name, value] : answer.details) {
+    for (const auto& [name, value] : result.details) {
         LVITEMW entry = {};
         entry.mask = LVIF_TEXT;
         entry.iItem = row++;

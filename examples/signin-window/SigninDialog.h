@@ -23,9 +23,9 @@ private:
     void close();
 
     void ask(Request request, const wchar_t* progress);
-    void answered();
+    void requestDone();
     Secret takePassword();
-    void show(const Answer& answer);
+    void show(const RequestResult& result);
     void showStatus(const std::wstring& text);
     bool canSignIn() const;
     void enableControls();

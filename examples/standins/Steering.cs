@@ -60,11 +60,11 @@ namespace OrvelLoginClient
             return commands != null && Obey(member) == "echo";
         }
 
-        public static string Text(string member, string otherwise)
+        public static string Text(string member, string fallback)
         {
             string command = Obey(member);
             if (command == null)
-                return otherwise;
+                return fallback;
             if (command == "null")
                 return null;
             if (command == "alive")
@@ -77,7 +77,7 @@ namespace OrvelLoginClient
                 return Handlers;
             if (command == "huge")
                 return huge ?? (huge = new string('h', 40000000));
-            return command.StartsWith("load ", StringComparison.Ordinal) ? Load(command.Substring(5)) : otherwise;
+            return command.StartsWith("load ", StringComparison.Ordinal) ? Load(command.Substring(5)) : fallback;
         }
 
         /// Carries out the member's command if it is to throw, wait or collect. Returns the command, or null if there is none.
@@ -90,8 +90,8 @@ namespace OrvelLoginClient
                 throw new LoginManagerException((loginManagerStatusCode)int.Parse(command.Substring(7), CultureInfo.InvariantCulture), "on request");
             if (command.StartsWith("throw ", StringComparison.Ordinal))
             {
-                string[] words = command.Split(new[] { ' ' }, 3);
-                throw (Exception)Activator.CreateInstance(Type.GetType(words[1], true), words.Length > 2 ? words[2] : "on request");
+                string[] parts = command.Split(new[] { ' ' }, 3);
+                throw (Exception)Activator.CreateInstance(Type.GetType(parts[1], true), parts.Length > 2 ? parts[2] : "on request");
             }
             if (command == "wrapped")
                 throw new AggregateException("several",

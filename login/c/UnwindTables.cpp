@@ -31,11 +31,11 @@ __attribute__((constructor(101))) void registerOwnUnwindTables() {
     // The unwinder's own data about one module: six words in GCC 12, with room to spare.
     static void* object[16];
     const auto base = reinterpret_cast<std::uintptr_t>(&__ImageBase);
-    const auto place = reinterpret_cast<std::uintptr_t>(insideUnwindTables) - base;
+    const auto offset = reinterpret_cast<std::uintptr_t>(insideUnwindTables) - base;
     const auto* headers = reinterpret_cast<const IMAGE_NT_HEADERS32*>(base + __ImageBase.e_lfanew);
     const IMAGE_SECTION_HEADER* section = IMAGE_FIRST_SECTION(headers);
     for (WORD i = 0; i < headers->FileHeader.NumberOfSections; ++i, ++section) {
-        if (section->VirtualAddress <= place && place < section->VirtualAddress + section->Misc.VirtualSize) {
+        if (section->VirtualAddress <= offset && offset < section->VirtualAddress + section->Misc.VirtualSize) {
             __register_frame_info(reinterpret_cast<const void*>(base + section->VirtualAddress), object);
         }
     }

@@ -37,7 +37,7 @@ struct Callbacks {
 };
 
 // The one shared copy of these callbacks. Never freed, because an event on another thread may be reading it.
-const Callbacks* kept(const Callbacks& callbacks) {
+const Callbacks* sharedCallbacks(const Callbacks& callbacks) {
     static std::mutex& guard = *new std::mutex;
     static std::set<Callbacks>& all = *new std::set<Callbacks>;
     const std::lock_guard<std::mutex> lock(guard);
@@ -46,17 +46,17 @@ const Callbacks* kept(const Callbacks& callbacks) {
 
 // The callbacks of the client whose manager was created last. One pointer, so that an event never calls the function of
 // one client with the context of another.
-std::atomic<const Callbacks*> current{nullptr};
+std::atomic<const Callbacks*> currentCallbacks{nullptr};
 
 void onLogin() {
-    const Callbacks* callbacks = current;
+    const Callbacks* callbacks = currentCallbacks;
     if (callbacks->login) {
         callbacks->login(callbacks->loginContext);
     }
 }
 
 void onLogout() {
-    const Callbacks* callbacks = current;
+    const Callbacks* callbacks = currentCallbacks;
     if (callbacks->logout) {
         callbacks->logout(callbacks->logoutContext);
     }
@@ -65,32 +65,33 @@ void onLogout() {
 }  // namespace
 
 struct orvellogin_client {
-    orvellogin_client(const Callbacks& given, int language)
-        : callbacks(kept(given)),
-          client(given.login ? &onLogin : nullptr, given.logout ? &onLogout : nullptr, static_cast<uiLang>(language)) {}
+    orvellogin_client(const Callbacks& callbacksIn, int language)
+        : callbacks(sharedCallbacks(callbacksIn)),
+          client(callbacksIn.login ? &onLogin : nullptr, callbacksIn.logout ? &onLogout : nullptr,
+                 static_cast<uiLang>(language)) {}
 
     // The client's bridge. Creating it makes this client's callbacks the current ones.
     LoginManagerClientCLR& bridge() {
         if (!client.bridge) {
-            current = callbacks;
+            currentCallbacks = callbacks;
         }
-        LoginManagerClientCLR* const made = client.getLoginMgrClient();
-        if (!made) {
+        LoginManagerClientCLR* const created = client.getLoginMgrClient();
+        if (!created) {
             throw std::bad_alloc();
         }
-        return *made;
+        return *created;
     }
 
     // Stores a text from the manager; a null is stored as an empty text.
-    void put(wchar_t** place, ManagedString& text) const {
+    void storeText(wchar_t** target, ManagedString& text) const {
         if (receiver) {
-            if (!(text.isNull() ? receiver(place, L"", 0) : receiver(place, text.chars(), text.units()))) {
+            if (!(text.isNull() ? receiver(target, L"", 0) : receiver(target, text.chars(), text.units()))) {
                 throw std::bad_alloc();
             }
             return;
         }
-        *place = text.isNull() ? SysAllocStringLen(L"", 0) : text.detachBstr();
-        if (!*place) {
+        *target = text.isNull() ? SysAllocStringLen(L"", 0) : text.detachBstr();
+        if (!*target) {
             throw std::bad_alloc();
         }
     }
@@ -105,27 +106,27 @@ namespace {
 using Member = ManagedMember ManagerMembers::*;
 
 // Whether the manager's own exception becomes orvellogin_reported, or orvellogin_failed like any other exception.
-enum class Report { translated, untranslated };
+enum class ExceptionRule { translated, untranslated };
 
 // What a null from the manager becomes.
-enum class Null { empty, failure };
+enum class NullRule { empty, failure };
 
 // Whether a function returns an empty text while offline, or ignores the flag.
-enum class Offline { empty, ignored };
+enum class OfflineRule { empty, ignored };
 
 struct Field {
-    wchar_t* orvellogin_response::*given;
-    ManagedString ManagedRecord::*managers;
-    Null null;
+    wchar_t* orvellogin_response::*target;
+    ManagedString ManagedRecord::*source;
+    NullRule nullRule;
 };
 constexpr Field fields[] = {
-    {&orvellogin_response::statusDescription, &ManagedRecord::statusDescription, Null::failure},
-    {&orvellogin_response::userName, &ManagedRecord::userName, Null::failure},
-    {&orvellogin_response::firstName, &ManagedRecord::firstName, Null::failure},
-    {&orvellogin_response::lastName, &ManagedRecord::lastName, Null::failure},
-    {&orvellogin_response::rowId, &ManagedRecord::rowId, Null::failure},
-    {&orvellogin_response::aliasName, &ManagedRecord::aliasName, Null::failure},
-    {&orvellogin_response::domainName, &ManagedRecord::domainName, Null::empty},
+    {&orvellogin_response::statusDescription, &ManagedRecord::statusDescription, NullRule::failure},
+    {&orvellogin_response::userName, &ManagedRecord::userName, NullRule::failure},
+    {&orvellogin_response::firstName, &ManagedRecord::firstName, NullRule::failure},
+    {&orvellogin_response::lastName, &ManagedRecord::lastName, NullRule::failure},
+    {&orvellogin_response::rowId, &ManagedRecord::rowId, NullRule::failure},
+    {&orvellogin_response::aliasName, &ManagedRecord::aliasName, NullRule::failure},
+    {&orvellogin_response::domainName, &ManagedRecord::domainName, NullRule::empty},
 };
 
 // The smallest size of a failure: only its last field, the text, is optional.
@@ -184,7 +185,7 @@ void require(bool condition, const char* what) {
 
 // Every function that can fail runs in here. Exceptions become a result and a description; none leaves. The manager's
 // failures are data and not thrown, because throwing costs as much as a call.
-orvellogin_result run(orvellogin_failure* failure, orvellogin_result (*call)(void*), void* body) noexcept {
+orvellogin_result runGuarded(orvellogin_failure* failure, orvellogin_result (*call)(void*), void* body) noexcept {
     if (failure) {
         if (failure->size < withoutText) {
             return orvellogin_badCall;
@@ -209,7 +210,7 @@ orvellogin_result run(orvellogin_failure* failure, orvellogin_result (*call)(voi
 
 template <class Body>
 orvellogin_result guarded(orvellogin_failure* failure, Body body) {
-    return run(
+    return runGuarded(
         failure, [](void* bodyIn) { return (*static_cast<Body*>(bodyIn))(); }, &body);
 }
 
@@ -219,35 +220,37 @@ TextArgument argument(const wchar_t* text, int length) {
 }
 
 // Calls a member of the manager, which is created if necessary.
-orvellogin_result call(orvellogin_client& client, Member member, Report report, orvellogin_failure* failure,
-                       void* result, const TextArgument* first = nullptr, const TextArgument* second = nullptr) {
+orvellogin_result callMember(orvellogin_client& client, Member member, ExceptionRule exceptionRule,
+                             orvellogin_failure* failure, void* result, const TextArgument* first = nullptr,
+                             const TextArgument* second = nullptr) {
     const ManagerHandle manager = client.bridge().manager();
-    ManagedFailure ended;
-    if (callManaged((managerMembers().*member).call, manager, first, second, result, ended)) {
+    ManagedFailure exception;
+    if (callManaged((managerMembers().*member).call, manager, first, second, result, exception)) {
         return orvellogin_ok;
     }
-    if (ended.isManagerException && report == Report::translated) {
-        return reported(failure, getStatusCode(ended.status));
+    if (exception.isManagerException && exceptionRule == ExceptionRule::translated) {
+        return reported(failure, getStatusCode(exception.status));
     }
-    return failed(failure,
-                  managedFailure(ended.typeName.toNativeOrEmpty(), ended.message.toNativeOrEmpty(), ended.hresult));
+    return failed(failure, managedFailure(exception.typeName.toNativeOrEmpty(), exception.message.toNativeOrEmpty(),
+                                          exception.hresult));
 }
 
-// The body of a function that returns a text, and may take one (`of`).
-orvellogin_result text(orvellogin_client* client, Member member, Report report, Null null, Offline offline,
-                       wchar_t** result, orvellogin_failure* failure, const TextArgument* of = nullptr) {
+// The body of a function that returns a text, and may take one (`first`).
+orvellogin_result getText(orvellogin_client* client, Member member, ExceptionRule exceptionRule, NullRule nullRule,
+                          OfflineRule offlineRule, wchar_t** result, orvellogin_failure* failure,
+                          const TextArgument* first = nullptr) {
     require(client && result, "the client or the place for the result is null");
     ManagedString text;
-    if (offline == Offline::ignored || !client->client.isOrvelOfflineMode()) {
-        const orvellogin_result ended = call(*client, member, report, failure, &text, of);
-        if (ended != orvellogin_ok) {
-            return ended;
+    if (offlineRule == OfflineRule::ignored || !client->client.isOrvelOfflineMode()) {
+        const orvellogin_result outcome = callMember(*client, member, exceptionRule, failure, &text, first);
+        if (outcome != orvellogin_ok) {
+            return outcome;
         }
-        if (text.isNull() && null == Null::failure) {
+        if (text.isNull() && nullRule == NullRule::failure) {
             return failed(failure, nullStringFailure());
         }
     }
-    client->put(result, text);
+    client->storeText(result, text);
     return orvellogin_ok;
 }
 
@@ -262,60 +265,63 @@ void reset(const orvellogin_client* client, wchar_t** result) {
 void reset(const orvellogin_client* client, orvellogin_response* response) {
     if (response && response->size >= static_cast<int>(sizeof *response)) {
         for (const Field& field : fields) {
-            reset(client, &(response->*field.given));
+            reset(client, &(response->*field.target));
         }
     }
 }
 
-orvellogin_result textFunction(orvellogin_client* client, Member member, Report report, Null null, Offline offline,
-                               wchar_t** result, orvellogin_failure* failure) {
+orvellogin_result textFunction(orvellogin_client* client, Member member, ExceptionRule exceptionRule, NullRule nullRule,
+                               OfflineRule offlineRule, wchar_t** result, orvellogin_failure* failure) {
     reset(client, result);
-    return guarded(failure, [&] { return text(client, member, report, null, offline, result, failure); });
+    return guarded(failure,
+                   [&] { return getText(client, member, exceptionRule, nullRule, offlineRule, result, failure); });
 }
 
-orvellogin_result textOfTextFunction(orvellogin_client* client, Member member, Report report, const wchar_t* given,
-                                     int length, wchar_t** result, orvellogin_failure* failure) {
+orvellogin_result textOfTextFunction(orvellogin_client* client, Member member, ExceptionRule exceptionRule,
+                                     const wchar_t* text, int length, wchar_t** result, orvellogin_failure* failure) {
     reset(client, result);
     return guarded(failure, [&] {
-        const TextArgument of = argument(given, length);
-        return text(client, member, report, Null::failure, Offline::empty, result, failure, &of);
+        const TextArgument first = argument(text, length);
+        return getText(client, member, exceptionRule, NullRule::failure, OfflineRule::empty, result, failure, &first);
     });
 }
 
 // The ten getters of addresses and of the tenant.
 orvellogin_result plainGetter(orvellogin_client* client, Member member, wchar_t** result, orvellogin_failure* failure) {
-    return textFunction(client, member, Report::untranslated, Null::empty, Offline::empty, result, failure);
+    return textFunction(client, member, ExceptionRule::untranslated, NullRule::empty, OfflineRule::empty, result,
+                        failure);
 }
 
 // A function that returns nothing.
-orvellogin_result plain(orvellogin_client* client, Member member, Report report, orvellogin_failure* failure) {
+orvellogin_result callWithoutResult(orvellogin_client* client, Member member, ExceptionRule exceptionRule,
+                                    orvellogin_failure* failure) {
     return guarded(failure, [&] {
         require(client, "the client is null");
-        return call(*client, member, report, failure, nullptr);
+        return callMember(*client, member, exceptionRule, failure, nullptr);
     });
 }
 
 void clear(orvellogin_response& response) {
     for (const Field& field : fields) {
-        SysFreeString(response.*field.given);
-        response.*field.given = nullptr;
+        SysFreeString(response.*field.target);
+        response.*field.target = nullptr;
     }
 }
 
-orvellogin_result handOver(const orvellogin_client& client, ManagedRecord& from, orvellogin_response& to,
-                           orvellogin_failure* failure) {
+orvellogin_result storeRecord(const orvellogin_client& client, ManagedRecord& from, orvellogin_response& to,
+                              orvellogin_failure* failure) {
     if (!from.present) {
         return reported(failure, statusCodeNoResponse);
     }
     // Checked before anything is stored, so that a failure leaves every field null.
     for (const Field& field : fields) {
-        if ((from.*field.managers).isNull() && field.null == Null::failure) {
+        if ((from.*field.source).isNull() && field.nullRule == NullRule::failure) {
             return failed(failure, nullStringFailure());
         }
     }
     try {
         for (const Field& field : fields) {
-            client.put(&(to.*field.given), from.*field.managers);
+            client.storeText(&(to.*field.target), from.*field.source);
         }
     } catch (const std::bad_alloc&) {
         if (!client.receiver) {
@@ -327,14 +333,15 @@ orvellogin_result handOver(const orvellogin_client& client, ManagedRecord& from,
 }
 
 // The body of a function that returns a record.
-orvellogin_result record(orvellogin_client* client, Member member, orvellogin_response* response,
-                         orvellogin_failure* failure, const TextArgument* first = nullptr,
-                         const TextArgument* second = nullptr) {
+orvellogin_result getRecord(orvellogin_client* client, Member member, orvellogin_response* response,
+                            orvellogin_failure* failure, const TextArgument* first = nullptr,
+                            const TextArgument* second = nullptr) {
     require(client, "the client is null");
     require(response && response->size >= static_cast<int>(sizeof *response), "the response is null or too small");
-    ManagedRecord answer;
-    const orvellogin_result ended = call(*client, member, Report::translated, failure, &answer, first, second);
-    return ended == orvellogin_ok ? handOver(*client, answer, *response, failure) : ended;
+    ManagedRecord record;
+    const orvellogin_result outcome =
+        callMember(*client, member, ExceptionRule::translated, failure, &record, first, second);
+    return outcome == orvellogin_ok ? storeRecord(*client, record, *response, failure) : outcome;
 }
 
 }  // namespace
@@ -393,7 +400,7 @@ void ORVELLOGIN_CALL orvellogin_setReceiver(orvellogin_client* client, orvellogi
 orvellogin_result ORVELLOGIN_CALL orvellogin_login(orvellogin_client* client, orvellogin_response* response,
                                                    orvellogin_failure* failure) {
     reset(client, response);
-    return guarded(failure, [&] { return record(client, &ManagerMembers::login, response, failure); });
+    return guarded(failure, [&] { return getRecord(client, &ManagerMembers::login, response, failure); });
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_loginWithPassword(orvellogin_client* client, const wchar_t* userName,
@@ -404,7 +411,7 @@ orvellogin_result ORVELLOGIN_CALL orvellogin_loginWithPassword(orvellogin_client
     return guarded(failure, [&] {
         const TextArgument user = argument(userName, userNameLength);
         const TextArgument secret = argument(password, passwordLength);
-        return record(client, &ManagerMembers::loginWith, response, failure, &user, &secret);
+        return getRecord(client, &ManagerMembers::loginWithPassword, response, failure, &user, &secret);
     });
 }
 
@@ -413,24 +420,24 @@ orvellogin_result ORVELLOGIN_CALL orvellogin_getLoggedInUser(orvellogin_client* 
                                                              orvellogin_failure* failure) {
     reset(client, response);
     const Member member = lastLoginFlag ? &ManagerMembers::login : &ManagerMembers::getLoggedInUser;
-    return guarded(failure, [&] { return record(client, member, response, failure); });
+    return guarded(failure, [&] { return getRecord(client, member, response, failure); });
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_logout(orvellogin_client* client, orvellogin_failure* failure) {
-    return plain(client, &ManagerMembers::Logout, Report::translated, failure);
+    return callWithoutResult(client, &ManagerMembers::Logout, ExceptionRule::translated, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_formatAccessUrl(orvellogin_client* client, const wchar_t* targetUrl,
                                                              int targetUrlLength, wchar_t** url,
                                                              orvellogin_failure* failure) {
-    return textOfTextFunction(client, &ManagerMembers::formatAccessURL, Report::translated, targetUrl, targetUrlLength,
-                              url, failure);
+    return textOfTextFunction(client, &ManagerMembers::formatAccessURL, ExceptionRule::translated, targetUrl,
+                              targetUrlLength, url, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getAccessToken(orvellogin_client* client, wchar_t** token,
                                                             orvellogin_failure* failure) {
-    return textFunction(client, &ManagerMembers::getAccessToken, Report::translated, Null::empty, Offline::empty, token,
-                        failure);
+    return textFunction(client, &ManagerMembers::getAccessToken, ExceptionRule::translated, NullRule::empty,
+                        OfflineRule::empty, token, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getPlatFormURL(orvellogin_client* client, wchar_t** url,
@@ -486,12 +493,12 @@ orvellogin_result ORVELLOGIN_CALL orvellogin_getSpaceURL(orvellogin_client* clie
 orvellogin_result ORVELLOGIN_CALL orvellogin_getLoginTicket(orvellogin_client* client, const wchar_t* spaceUrl,
                                                             int spaceUrlLength, wchar_t** ticket,
                                                             orvellogin_failure* failure) {
-    return textOfTextFunction(client, &ManagerMembers::getLoginTicket, Report::untranslated, spaceUrl, spaceUrlLength,
-                              ticket, failure);
+    return textOfTextFunction(client, &ManagerMembers::getLoginTicket, ExceptionRule::untranslated, spaceUrl,
+                              spaceUrlLength, ticket, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_stopDNMListener(orvellogin_client* client, orvellogin_failure* failure) {
-    return plain(client, &ManagerMembers::stopDNMListener, Report::untranslated, failure);
+    return callWithoutResult(client, &ManagerMembers::stopDNMListener, ExceptionRule::untranslated, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_DunmoreLoginBrowser(orvellogin_client* client, const wchar_t* server,
@@ -501,15 +508,15 @@ orvellogin_result ORVELLOGIN_CALL orvellogin_DunmoreLoginBrowser(orvellogin_clie
         require(client, "the client is null");
         const TextArgument first = argument(server, serverLength);
         const TextArgument second = argument(clientId, clientIdLength);
-        return call(*client, &ManagerMembers::DunmoreLoginBrowser, Report::translated, failure, nullptr, &first,
-                    &second);
+        return callMember(*client, &ManagerMembers::DunmoreLoginBrowser, ExceptionRule::translated, failure, nullptr,
+                          &first, &second);
     });
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getDNMAccessToken(orvellogin_client* client, wchar_t** token,
                                                                orvellogin_failure* failure) {
-    return textFunction(client, &ManagerMembers::getDNMAccessToken, Report::untranslated, Null::failure,
-                        Offline::ignored, token, failure);
+    return textFunction(client, &ManagerMembers::getDNMAccessToken, ExceptionRule::untranslated, NullRule::failure,
+                        OfflineRule::ignored, token, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_isDunmorePlatformTokenExpired(orvellogin_client* client,
@@ -520,9 +527,9 @@ orvellogin_result ORVELLOGIN_CALL orvellogin_isDunmorePlatformTokenExpired(orvel
     }
     return guarded(failure, [&] {
         require(client && expired, "the client or the place for the result is null");
-        const TextArgument of = argument(token, tokenLength);
-        return call(*client, &ManagerMembers::isDunmorePlatformTokenExpired, Report::untranslated, failure, expired,
-                    &of);
+        const TextArgument first = argument(token, tokenLength);
+        return callMember(*client, &ManagerMembers::isDunmorePlatformTokenExpired, ExceptionRule::untranslated, failure,
+                          expired, &first);
     });
 }
 

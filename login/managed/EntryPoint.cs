@@ -30,8 +30,8 @@ namespace OrvelLoginClientCLR
     /// milliseconds of the host's first call.
     public static unsafe class EntryPoint
     {
-        /// Version of the interface with the native side: `agreementVersion` in login/ManagedPart.h.
-        const int AgreementVersion = 2;
+        /// Version of the interface with the native side: `interfaceVersion` in login/ManagedPart.h.
+        const int InterfaceVersion = 2;
 
         // Native code holds pointers to these delegates, so they must live as long as the process.
         static readonly NativeCall registerResolveHandler = Boundary.Guarded((m, a, b, r) => RegisterResolveHandler());
@@ -42,14 +42,14 @@ namespace OrvelLoginClientCLR
         public static int Enter(string argument)
         {
             int space = argument.IndexOf(' ');
-            if (space < 0 || Number(argument, 0, space) != AgreementVersion)
-                return AgreementVersion;
+            if (space < 0 || Number(argument, 0, space) != InterfaceVersion)
+                return InterfaceVersion;
             var handshake = (Handshake*)Number(argument, space + 1, argument.Length);
             if (!handshake->Fits())
                 return 0;
             handshake->registerResolveHandler = Marshal.GetFunctionPointerForDelegate(registerResolveHandler);
             handshake->bindManagerMembers = Marshal.GetFunctionPointerForDelegate(bindManagerMembers);
-            return AgreementVersion;
+            return InterfaceVersion;
         }
 
         static uint Number(string text, int from, int to)

@@ -77,7 +77,7 @@ namespace OrvelLoginClientCLR
             new Member("create", (m, a, b, r) => Create((Creation*)r)),
             new Member("dispose", (m, a, b, r) => Dispose(m)),
             new Member("login", (m, a, b, r) => ((Record*)r)->Fill(Managers.At(m).login())),
-            new Member("loginWith", (m, a, b, r) => ((Record*)r)->Fill(Managers.At(m).login(a->ToString(), b->ToString()))),
+            new Member("loginWithPassword", (m, a, b, r) => ((Record*)r)->Fill(Managers.At(m).login(a->ToString(), b->ToString()))),
             new Member("getLoggedInUser", (m, a, b, r) => ((Record*)r)->Fill(Managers.At(m).getLoggedInUser())),
             new Member("Logout", (m, a, b, r) => Managers.At(m).Logout()),
             new Member("getAccessToken", (m, a, b, r) => Return(r, Managers.At(m).getAccessToken())),

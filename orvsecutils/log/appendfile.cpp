@@ -7,16 +7,16 @@
 
 namespace orvsecutils {
 
-std::string textfileform(std::string_view text) {
-    std::string form;
-    form.reserve(text.size() + 1);  // one allocation: most texts have one line feed
+std::string withcrlf(std::string_view text) {
+    std::string result;
+    result.reserve(text.size() + 1);  // one allocation: most texts have one line feed
     for (const char character : text) {
         if (character == '\n') {
-            form += '\r';
+            result += '\r';
         }
-        form += character;
+        result += character;
     }
-    return form;
+    return result;
 }
 
 bool appendtofile(const std::string& path, std::string_view text) {
@@ -28,9 +28,9 @@ bool appendtofile(const std::string& path, std::string_view text) {
     if (!file) {
         return false;
     }
-    const std::string form = textfileform(text);
+    const std::string bytes = withcrlf(text);
     DWORD written = 0;
-    WriteFile(file.get(), form.data(), static_cast<DWORD>(form.size()), &written, nullptr);
+    WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
     return true;
 }
 

@@ -29,26 +29,26 @@ struct endmark {
     endmark& operator=(const endmark&) = delete;
 };
 
-// The result of `ask`, or `otherwise` if the system's texts are malformed. Exhausted memory is always thrown as
+// The result of `call`, or `fallback` if the system's texts are malformed. Exhausted memory is always thrown as
 // std::bad_alloc, also where the platform throws platformerror for it.
-template <class Answer, class Call>
-Answer answer(Call ask, Answer otherwise) {
+template <class Result, class Call>
+Result resultor(Call call, Result fallback) {
     try {
-        return ask();
+        return call();
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const platformerror&) {
         throw std::bad_alloc();
     } catch (const std::exception&) {
-        return otherwise;
+        return fallback;
     }
 }
 
 // What the first record of the process finds out for all later ones. If the switch cannot be read, logging stays off
 // for the life of the process, even if the registry is repaired meanwhile.
 struct sharedfacts {
-    const bool enabled = answer([] { return debugsettings::instance().logging(); }, false);
-    const std::string executable = answer([] { return currentplatform().executablename(); }, std::string());
+    const bool enabled = resultor([] { return debugsettings::instance().logging(); }, false);
+    const std::string executable = resultor([] { return currentplatform().executablename(); }, std::string());
 };
 
 const sharedfacts& facts() {

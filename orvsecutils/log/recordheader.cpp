@@ -19,8 +19,8 @@ void puttext(std::streambuf& out, std::string_view text) {
 }
 
 const char* levelword(int level) {
-    static constexpr const char* words[] = {"info", "warn", "error"};
-    return level >= 0 && level < 3 ? words[level] : "unknown";
+    static constexpr const char* names[] = {"info", "warn", "error"};
+    return level >= 0 && level < 3 ? names[level] : "unknown";
 }
 
 }  // namespace

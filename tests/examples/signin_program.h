@@ -43,7 +43,7 @@ public:
             SendMessageW(control(id), WM_GETTEXT, result.size(), reinterpret_cast<LPARAM>(&result[0]))));
         return result;
     }
-    /// The control with the focus, by its number.
+    /// The identifier of the control with the focus.
     int focus() const {
         GUITHREADINFO info = {};
         info.cbSize = sizeof info;
@@ -52,27 +52,27 @@ public:
     }
     /// The rows of the list, each as "name=value|".
     std::wstring details() const {
-        // The list's messages are not carried across, so they work on memory in its process.
+        // The system does not marshal the list's messages between processes, so they need memory in the list's process.
         constexpr int size = 200;
         struct cell {
             LVITEMW item;
             wchar_t text[size];
         };
-        const HANDLE there = process.handle();
-        auto* memory = static_cast<cell*>(VirtualAllocEx(there, nullptr, sizeof(cell), MEM_COMMIT, PAGE_READWRITE));
+        const HANDLE target = process.handle();
+        auto* memory = static_cast<cell*>(VirtualAllocEx(target, nullptr, sizeof(cell), MEM_COMMIT, PAGE_READWRITE));
         std::wstring result;
         const LRESULT cells = SendMessageW(control(IDC_DETAILS), LVM_GETITEMCOUNT, 0, 0) * 2;
         for (int i = 0; i < cells; ++i) {
-            cell here = {};
-            here.item.iSubItem = i % 2;
-            here.item.pszText = memory->text;
-            here.item.cchTextMax = size;
-            WriteProcessMemory(there, memory, &here, sizeof here, nullptr);
+            cell local = {};
+            local.item.iSubItem = i % 2;
+            local.item.pszText = memory->text;
+            local.item.cchTextMax = size;
+            WriteProcessMemory(target, memory, &local, sizeof local, nullptr);
             SendMessageW(control(IDC_DETAILS), LVM_GETITEMTEXTW, i / 2, reinterpret_cast<LPARAM>(memory));
-            ReadProcessMemory(there, memory, &here, sizeof here, nullptr);
-            result += here.text + std::wstring(i % 2 ? L"|" : L"=");
+            ReadProcessMemory(target, memory, &local, sizeof local, nullptr);
+            result += local.text + std::wstring(i % 2 ? L"|" : L"=");
         }
-        VirtualFreeEx(there, memory, 0, MEM_RELEASE);
+        VirtualFreeEx(target, memory, 0, MEM_RELEASE);
         return result;
     }
 
@@ -89,7 +89,7 @@ public:
         type(IDC_PASSWORD, password);
         click(IDC_SIGN_IN);
     }
-    /// What the status says once nothing is running any more.
+    /// The status text as soon as no request is running.
     std::wstring finalstatus() const {
         return eventually([this] { return enabled(IDC_ACCOUNT); }) ? text(IDC_STATUS) : L"still running";
     }
@@ -104,8 +104,9 @@ public:
     }
 
 private:
-    /// On a desktop of the tests' own, with a display: the default one has none as long as any program runs that was
-    /// started without. It has a size, so that Wine draws the windows' frames, there being no window manager.
+    /// Starts the program on a desktop of its own, which has a display: the default desktop has none while a program
+    /// runs that was started without one. The desktop has a size, so that Wine draws the window frames, because there
+    /// is no window manager.
     program start(const wchar_t* commands) const {
         constexpr wchar_t desktop[] = L"signin_window_test";
         static struct shell {

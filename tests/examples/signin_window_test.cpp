@@ -23,7 +23,7 @@ constexpr wchar_t offline[] =
         L"Kelpa service=unknown while offline|Space=unknown while offline|";
 constexpr wchar_t untilThePlatform[] = ADA L"Tenant=Example Works|Tenant identifier=R1132100|";
 
-TEST(SigninWindow, TellsHowASignInEndedAndGoesOnFromThere) {
+TEST(SigninWindow, ShowsHowASignInEndedAndMovesTheFocusOn) {
     const struct {
         const wchar_t *commands, *account, *password, *status, *details;
         int focus;
@@ -35,7 +35,7 @@ TEST(SigninWindow, TellsHowASignInEndedAndGoesOnFromThere) {
         {L"login=status 4", ada, adasPassword, L"The server cannot be reached (code 4).", L"", IDC_PASSWORD},
         {L"login=throw System.TimeoutException a\nb\nc\nвремя\nвышло", ada, adasPassword,
          L"System.TimeoutException: a\r\nb\r\nc\r\nвремя\r\nвышло", L"", IDC_PASSWORD},
-        // Signed in all the same, and what was learnt before the failure is shown.
+        // The user is signed in, and the details from before the failure are shown.
         {L"getPlatformURL=throw System.TimeoutException", ada, adasPassword, L"System.TimeoutException: on request",
          untilThePlatform, IDC_SIGN_OUT},
     };
@@ -68,7 +68,7 @@ TEST(SigninWindow, FollowsWhoIsSignedInOnlineAndOffline) {
     EXPECT_EQ(program.focus(), IDC_OFFLINE);
     program.signin(ada, L"difference engine");
     EXPECT_EQ(program.finalstatus(), L"The password is wrong (code 1).");
-    EXPECT_EQ(program.details(), online) << "a refused sign-in leaves whoever is signed in";
+    EXPECT_EQ(program.details(), online) << "a refused sign-in does not sign out the user";
     program.signin(L"zoe@example.com", L"κωδικός");
     EXPECT_EQ(program.finalstatus(), L"Ζωή signed in");
     EXPECT_NE(program.details().find(L"Alias=Zoë 🦉|Domain=|"), std::wstring::npos);
@@ -94,7 +94,7 @@ TEST(SigninWindow, FollowsEventsOutsideItsOwnRequests) {
     EXPECT_TRUE(program.enabled(IDC_SIGN_OUT));
 }
 
-TEST(SigninWindow, AnswersWhileTheManagerDoesNotAndClosesWhateverItDoes) {
+TEST(SigninWindow, StaysResponsiveAndClosesWhileTheManagerHangs) {
     const orvsecutils::kernelhandle gate(CreateEventW(nullptr, TRUE, FALSE, L"gate"));
     const auto changesCursor = [](const signin_program& program) {
         return SendMessageW(program.window, WM_SETCURSOR, 0, MAKELPARAM(HTCLIENT, WM_MOUSEMOVE)) != 0;
@@ -108,15 +108,15 @@ TEST(SigninWindow, AnswersWhileTheManagerDoesNotAndClosesWhateverItDoes) {
         EXPECT_TRUE(IsWindowVisible(program.control(IDC_PROGRESS)));
         EXPECT_TRUE(changesCursor(program));
     };
-    const signin_program answered(L"login=wait gate");
-    signin(answered);
+    const signin_program delayed(L"login=wait gate");
+    signin(delayed);
     const signin_program hung(L"login=wait gate");
     signin(hung);
     EXPECT_EQ(hung.close(), 0u) << "in a call";
     SetEvent(gate.get());
-    EXPECT_EQ(answered.finalstatus(), L"Ada signed in");
-    EXPECT_FALSE(IsWindowVisible(answered.control(IDC_PROGRESS)));
-    EXPECT_FALSE(changesCursor(answered));
+    EXPECT_EQ(delayed.finalstatus(), L"Ada signed in");
+    EXPECT_FALSE(IsWindowVisible(delayed.control(IDC_PROGRESS)));
+    EXPECT_FALSE(changesCursor(delayed));
     ResetEvent(gate.get());
     const signin_program disposing(L"Dispose=wait gate");
     disposing.signin(ada, adasPassword);

@@ -20,7 +20,7 @@ namespace {
 
 orvellogin_failure newFailure(int size = sizeof(orvellogin_failure)) {
     orvellogin_failure failure;
-    std::memset(&failure, 0xAA, sizeof failure);  // what a caller's stack holds
+    std::memset(&failure, 0xAA, sizeof failure);  // as on a caller's stack
     failure.size = size;
     return failure;
 }
@@ -52,7 +52,7 @@ std::wstring taken(wchar_t* text) {
     return units;
 }
 
-TEST(Functions, AreOfTheHeadersVersion) {
+TEST(Functions, HaveTheVersionOfTheHeader) {
     EXPECT_EQ(orvellogin_version(), ORVELLOGIN_VERSION);
     EXPECT_EQ(std::string(ORVELLOGIN_VERSION_TEXT), std::to_string(ORVELLOGIN_VERSION / 10000) + "." +
                                                         std::to_string(ORVELLOGIN_VERSION / 100 % 100) + "." +
@@ -61,7 +61,7 @@ TEST(Functions, AreOfTheHeadersVersion) {
 }
 
 TEST(Functions, RefuseBadCalls) {
-    const Client good(L"constructor=throw System.TimeoutException");  // what reaches the manager is another failure
+    const Client good(L"constructor=throw System.TimeoutException");  // reaching the manager fails differently
     orvellogin_client* const c = good.client;
     wchar_t* text;
     int number;
@@ -99,7 +99,7 @@ TEST(Functions, RefuseBadCalls) {
         EXPECT_EQ(failure.hresult, E_INVALIDARG);
         EXPECT_STRNE(failure.text, "");
         orvellogin_clearFailure(&failure);
-        EXPECT_EQ(row.call(nullptr), orvellogin_badCall) << "without a place for the failure";
+        EXPECT_EQ(row.call(nullptr), orvellogin_badCall) << "without a structure for the failure";
         EXPECT_TRUE(!text || text == std::wstring(L"unset"));
         EXPECT_TRUE(number == 0 || number == 7);
     }
@@ -195,7 +195,7 @@ Function* function(HMODULE module, const char* name) {
     return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(module, name)));
 }
 
-TEST(Copies, ComeAndGoInAProcessOfTheCompilersRuntime) {
+TEST(Copies, CanBeLoadedAndUnloadedBesideTheCompilersRuntime) {
     for (int round = 0; round < 50; ++round) {
         const HMODULE copy = LoadLibraryW(COPY);
         EXPECT_EQ(function<decltype(orvellogin_logout)>(copy, "orvellogin_logout")(nullptr, nullptr),
@@ -225,7 +225,7 @@ TEST(Copies, FindTheirFilesUnderALongPath) {
     fs::remove(folder);
 }
 
-// The members of the class's DLL have the convention of a fast call whose second argument is not used.
+// The members of the exported class are called like __fastcall functions whose second argument is not used.
 using Construct = void __fastcall(void*, int, void (*)(), void (*)(), int);
 using Member = void __fastcall(void*, int);
 const char* const construct = "_ZN18LoginManagerClientC1EPFvvES1_6uiLang";
@@ -247,7 +247,7 @@ TEST(Copies, CanBeUnloadedUntilTheManagedSideMayCallBack) {
     }
 }
 
-TEST(Copies, EachGoOnAfterTheOthersAndACollection) {
+TEST(Copies, KeepWorkingBesideEachOtherAfterACollection) {
     SetEnvironmentVariableW(L"ORVEL_STANDIN", L"stopDNMListener=collect");
     const HMODULE copy = LoadLibraryW(COPY);
     orvellogin_client* clients[2];
@@ -283,7 +283,7 @@ TEST(Copies, DISABLED_Start) {
 
 TEST(Copies, StartTheRuntimeAtTheSameMoment) {
     const temporary_folder folder;
-    for (int run = 0; run < 30; ++run) {  // without a turn to take, one in five dies here
+    for (int run = 0; run < 30; ++run) {  // without the process-wide lock, one in five crashes here
         program child(L"functions_test.exe", L"--gtest_also_run_disabled_tests --gtest_filter=*_Start", folder.path);
         EXPECT_EQ(child.wait().status, 0u) << run;
     }

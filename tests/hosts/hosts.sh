@@ -16,12 +16,12 @@ configure_and_build() { # CMAKE-OPTION...
   cmake --build .
 }
 
-# The commands that docs/integration.md gives under a heading, word by word.
+# The commands that docs/integration.md gives under a heading, verbatim.
 commands_of() { # HEADING
   # shellcheck disable=SC2016  # the backquotes are the page's
   sed -n "/^### $1\$/,/^##/p" "$source/docs/integration.md" | sed -n '/^```sh$/,/^```$/{/^```/d;p}'
 }
-# Debian's own makes no Windows programs.
+# Debian's fpc makes no Windows programs.
 # shellcheck disable=SC2317  # the page's commands call it
 fpc() {
   "$hosts/fpc/pp" -n -v0 "-Fu$hosts/fpc/units" "$@"
@@ -61,12 +61,12 @@ expect() { # WHAT WANTED GOT
   }
 }
 
-# What cannot be used is refused in words, which CMake breaks into lines.
-refuses() { # WORDS COMMAND...
-  local words=$1 output
+# What is not supported is refused with an explanation, which CMake breaks into lines.
+refuses() { # EXPLANATION COMMAND...
+  local explanation=$1 output
   shift
   output=$("$@" 2>&1 || true)
-  tr -s '\n ' ' ' <<< "$output" | grep -qF "$words" || expect "refusal by $1" "$words" "$output"
+  tr -s '\n ' ' ' <<< "$output" | grep -qF "$explanation" || expect "refusal by $1" "$explanation" "$output"
 }
 if [ "$compiler" = mingw ]; then
   printf 'cmake_minimum_required(VERSION 3.21)\nfind_package(orvellogin CONFIG REQUIRED)\n' > find.cmake
@@ -85,7 +85,7 @@ null='System.ArgumentNullException: NULLPTR is not supported for this conversion
   HRESULT 0x80004003'
 for program in *.exe; do
   echo "== $program"
-  # Events on a thread of their own, after a collection that would take what the host does not hold.
+  # Events on a thread of their own, after a garbage collection that frees every delegate that nobody holds.
   ORVEL_STANDIN='events=thread;getTenantName=collect;Dispose=event' "$source/script/wine-run" "$program" > output 2>&1 || true
   sed -E 's/\r$//; s/thread [0-9]+/thread N/; s/[0-9a-f]{32}/TOKEN/; s/[0-9]{18}\./EXPIRES./' output |
     diff -u "$source/tests/hosts/signin.txt" - || failures=$((failures + 1))

@@ -1,4 +1,4 @@
-// What a host gets to see when files of the deployment are missing, broken or elsewhere.
+// What a host sees if deployed files are missing, broken or elsewhere.
 
 #include <gmock/gmock.h>
 #include <windows.h>
@@ -39,7 +39,7 @@ public:
 
     void spoil(const wchar_t* name) const { std::ofstream(folder / name, std::ios::trunc) << "no assembly"; }
 
-    /// Puts another make of a file, built for these tests, in its place.
+    /// Replaces a file by another version of it, built for these tests.
     void replace(const wchar_t* name, const wchar_t* other) const {
         fs::copy_file(program::ownfolder() / L"deployment" / other, folder / name,
                       fs::copy_options::overwrite_existing);
@@ -51,7 +51,7 @@ public:
     std::string run(const std::wstring& steps) const { return start(steps).wait().output; }
 
 private:
-    // Neither the library's folder nor the host's may be taken through a code page.
+    // No code page can represent its name, so a path that is converted to one on the way is detected.
     const temporary_folder temporary;
     const fs::path& folder = temporary.path;
 };
@@ -60,7 +60,7 @@ const wchar_t* const manager = L"OrvelLoginManagerClient\\OrvelLoginClient.dll";
 const wchar_t* const managerTypes = L"OrvelLoginManagerClient\\loginManagerUtils.dll";
 const wchar_t* const managedPart = L"OrvelLoginClientCLR.dll";
 
-TEST(Deployment, IsUsedAsFarAsItCanBeAndItsFaultsAreNamed) {
+TEST(Deployment, IsUsedAsFarAsPossibleAndItsFaultsAreNamed) {
     const auto oldManager = [](const Deployment& d) { d.replace(manager, L"old\\OrvelLoginClient.dll"); };
     struct {
         const char* fault;

@@ -1,5 +1,5 @@
-// The library as a host sees it, with the stand-ins behind it. What the stand-ins do is steered by an environment
-// variable; see examples/standins/Steering.cs.
+// The library as a host sees it, with the stand-ins behind it. An environment variable controls the stand-ins; see
+// examples/standins/Steering.cs.
 
 #include <gmock/gmock.h>
 #include <windows.h>
@@ -39,7 +39,7 @@ void onSignOut() {
     calls.thread = GetCurrentThreadId();
 }
 
-/// A client whose manager was created under the given commands.
+/// A client whose manager obeys the given commands.
 struct Steered : LoginManagerClient {
     explicit Steered(const std::wstring& commands, uiLang language = uiLangFallback)
         : LoginManagerClient(onSignIn, onSignOut, language) {
@@ -54,11 +54,11 @@ struct Steered : LoginManagerClient {
 const char* const nullFailure = "System.ArgumentNullException: NULLPTR is not supported for this conversion.";
 
 struct Member {
-    const wchar_t* managed;  // the manager's member behind it
+    const wchar_t* managed;  // the manager's member that it calls
     std::wstring (*call)(LoginManagerClient&);
-    bool translates;      // the manager's exception arrives as loginManagerException*
-    const char* forNull;  // result when the manager gives back null; null where it gives back nothing
-    bool quietOffline;    // empty without a call while offline
+    bool translates;      // the manager's exception becomes a loginManagerException*
+    const char* forNull;  // result if the manager returns null; null if the member returns nothing
+    bool quietOffline;    // returns empty without a call while offline
 };
 
 const Member members[] = {
@@ -209,7 +209,7 @@ TEST(Failures, OfAnAbortedThreadAreFailuresOfOneCall) {
     }
 }
 
-TEST(Failures, OfMemoryForAResultAreNoNulls) {
+TEST(Failures, OfAllocatingAResultAreNotNulls) {
     Steered client(L"getTenantName=huge");
     EXPECT_EQ(client.getTenantName().size(), 40000000u);
     std::vector<void*> reserved;
@@ -246,7 +246,7 @@ TEST(Construction, ByTwoFirstCallsAtOnceLeaksOneManager) {
 
 TEST(Construction, ThatFailsIsTriedAgainByTheNextCall) {
     Steered client(L"constructor=status 5");
-    // The constructor is no member whose report is translated.
+    // The exception of the manager's constructor is not translated.
     EXPECT_EQ(resultOf([&] { return client.getTenantName(); }), "loginManagerUtils.LoginManagerException: on request");
     EXPECT_EQ(resultOf([&] { return client.signIn().userName; }),
               "loginManagerUtils.LoginManagerException: on request");
@@ -402,7 +402,7 @@ TEST(Resources, OfManyClientsAreTheirOwnAndAreReleased) {
             EXPECT_EQ(clients[i]->getmyAppsURL(), L"https://apps.example.com/" + std::to_wstring(i % 14));
         }
     }
-    // The collector takes some leftover words on a stack for references.
+    // The collector mistakes some leftover values on a stack for references.
     EXPECT_LT(std::stoi(Steered(L"getTenantName=alive").getTenantName()), 20);
 }
 
@@ -411,7 +411,7 @@ TEST(Resources, StayFlatOverManyCallsFailuresAndClients) {
         std::uintptr_t handles;
         SIZE_T bytes;
         Usage() {
-            // Wine does not count a process's handles; the lowest free one tells as well.
+            // Wine does not count a process's handles, but a new handle takes the lowest free number.
             const HANDLE next = CreateEventW(nullptr, FALSE, FALSE, nullptr);
             handles = reinterpret_cast<std::uintptr_t>(next) / 4;
             CloseHandle(next);
@@ -440,11 +440,11 @@ TEST(Resources, StayFlatOverManyCallsFailuresAndClients) {
     round();
     const Usage after;
     EXPECT_LE(after.handles, before.handles + 2);
-    // One string leaked per call would be 20 MB; the collector's own ups and downs are half a megabyte.
+    // One string leaked per call would be 20 MB; the collector's own fluctuation is half a megabyte.
     EXPECT_LT(after.bytes, before.bytes + 2 * 1024 * 1024);
 }
 
 static_assert(!std::is_copy_constructible<LoginManagerClient>::value, "two clients would own one manager");
-static_assert(std::is_nothrow_move_constructible<LoginResponse>::value, "records move");
+static_assert(std::is_nothrow_move_constructible<LoginResponse>::value, "records are moved, not copied");
 
 }  // namespace

@@ -1,4 +1,4 @@
-// A host program for tests of deployments: carries out the steps given as arguments and prints what each ended in.
+// A host program for tests of deployments: carries out the steps given as arguments and prints the result of each.
 
 #include <windows.h>
 

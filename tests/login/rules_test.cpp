@@ -1,4 +1,4 @@
-// What the native side decides by itself, against a managed part played here that creates no manager.
+// The rules of the native side, with a fake managed part that creates no manager.
 
 #include <gmock/gmock.h>
 
@@ -22,24 +22,24 @@ using testing::StartsWith;
 namespace {
 
 // A string as the managed part fills it in.
-struct PlayedString {
+struct StringLayout {
     wchar_t* bstr;
     std::int32_t length;
     wchar_t buffer[256];
 };
-static_assert(sizeof(PlayedString) == sizeof(ManagedString), "one layout");
+static_assert(sizeof(StringLayout) == sizeof(ManagedString), "the same layout");
 
-void play(ManagedString& text, const wchar_t* value) {
-    auto& played = reinterpret_cast<PlayedString&>(text);
-    played.length = static_cast<std::int32_t>(std::wcslen(value));
-    std::wmemcpy(played.buffer, value, static_cast<std::size_t>(played.length));
+void fill(ManagedString& text, const wchar_t* value) {
+    auto& layout = reinterpret_cast<StringLayout&>(text);
+    layout.length = static_cast<std::int32_t>(std::wcslen(value));
+    std::wmemcpy(layout.buffer, value, static_cast<std::size_t>(layout.length));
 }
 
 std::int32_t createdManager = 0;
 const wchar_t* seenSecret = nullptr;
 
-ManagerMembers playedMembers() {
-    ManagerMembers members;  // a member that is called all the same ends the test
+ManagerMembers fakeMembers() {
+    ManagerMembers members;  // calling any other member ends the test
     members.create.call = [](ManagerHandle, const TextArgument*, const TextArgument*, void* result,
                              ManagedFailure*) -> std::int32_t {
         static_cast<ManagedCreation*>(result)->manager = createdManager;
@@ -49,14 +49,14 @@ ManagerMembers playedMembers() {
                               ManagedFailure*) -> std::int32_t { return 0; };
     members.stopDNMListener.call = [](ManagerHandle manager, const TextArgument*, const TextArgument*, void*,
                                       ManagedFailure*) -> std::int32_t { return manager == 0 ? 0 : 1; };
-    members.loginWith.call = [](ManagerHandle, const TextArgument*, const TextArgument* password, void* result,
-                                ManagedFailure*) -> std::int32_t {
+    members.loginWithPassword.call = [](ManagerHandle, const TextArgument*, const TextArgument* password, void* result,
+                                        ManagedFailure*) -> std::int32_t {
         seenSecret = password->chars;
         auto& record = *static_cast<ManagedRecord*>(result);
         record.present = 1;
         for (ManagedString* field : {&record.statusDescription, &record.userName, &record.firstName, &record.lastName,
                                      &record.rowId, &record.aliasName}) {
-            play(*field, L"");
+            fill(*field, L"");
         }
         return 0;
     };
@@ -70,7 +70,7 @@ ManagerMembers playedMembers() {
 
 const char* const nullFailure = "System.ArgumentNullException: NULLPTR is not supported for this conversion.";
 
-TEST(Bridge, WithoutAManagerEachMemberDoesWhatItIsDocumentedToDo) {
+TEST(Bridge, WithoutAManagerEachMemberReturnsItsDocumentedResult) {
     LoginManagerClientCLR bridge(nullptr, nullptr, uiLangFallback);
     struct {
         const char* member;
@@ -106,7 +106,7 @@ TEST(Failures, SayTypeAndMessageInUtf8) {
     const loginRuntimeException failure = managedFailure(L"A.B", L"\x43a\xd83e\xdd89 \xd800!", 5);
     EXPECT_STREQ(failure.what(), "A.B: \xd0\xba\xf0\x9f\xa6\x89 \xef\xbf\xbd!");
     EXPECT_EQ(failure.message, L"\x43a\xd83e\xdd89 \xd800!");
-    EXPECT_STREQ(startFailure(L"no", static_cast<std::int32_t>(0x80131700)).what(), "no (HRESULT 0x80131700)");
+    EXPECT_STREQ(nativeFailure(L"no", static_cast<std::int32_t>(0x80131700)).what(), "no (HRESULT 0x80131700)");
 }
 
 TEST(Paths, LoseThePrefixThatTheRuntimeRejects) {
@@ -128,7 +128,7 @@ TEST(Paths, LoseThePrefixThatTheRuntimeRejects) {
 TEST(Failures, ExplainWhyTheRuntimeRefusesAFile) {
     struct {
         unsigned hresult;
-        const char* words;
+        const char* explanation;
     } const rows[] = {
         {0x80131515, "the file is marked as coming from the internet; unblock the ZIP in its properties"},
         {0x80131513, "the file is of another version"},
@@ -138,8 +138,8 @@ TEST(Failures, ExplainWhyTheRuntimeRefusesAFile) {
         {0x80004005, "the runtime gives no other reason than its code"},
     };
     for (const auto& row : rows) {
-        EXPECT_THAT(cannotRun(L"A.B of C", static_cast<std::int32_t>(row.hresult)).what(),
-                    StartsWith(std::string("the runtime cannot run A.B of C: ") + row.words));
+        EXPECT_THAT(methodRunFailure(L"A.B of C", static_cast<std::int32_t>(row.hresult)).what(),
+                    StartsWith(std::string("the runtime cannot run A.B of C: ") + row.explanation));
     }
 }
 
@@ -150,22 +150,22 @@ bool isZero(const wchar_t* memory, int units) {
 TEST(Secrets, AreWipedBeforeTheirMemoryIsFreed) {
     createdManager = 1;
     LoginManagerClient client(nullptr, nullptr, uiLangFallback);
-    // The strings that were passed live to the end of the full expression, so their memory can still be looked at.
+    // The strings that were passed live to the end of the full expression, so their memory can still be inspected.
     EXPECT_TRUE((client.login(L"a name of some length", L"a secret of some length"), isZero(seenSecret, 23)));
     EXPECT_TRUE((client.isDunmorePlatformTokenExpired(L"a secret of some length"), isZero(seenSecret, 23)));
 
     alignas(ManagedString) unsigned char memory[sizeof(ManagedString)];
     auto* text = new (memory) ManagedString;
-    play(*text, L"token");
+    fill(*text, L"token");
     EXPECT_EQ(text->toNative(), L"token");
     text->~ManagedString();
-    EXPECT_TRUE(isZero(reinterpret_cast<PlayedString*>(memory)->buffer, 5));
+    EXPECT_TRUE(isZero(reinterpret_cast<StringLayout*>(memory)->buffer, 5));
 
     std::wstring secret(100, L's');
     const wchar_t* const start = secret.data();
     secret.resize(10);
     { const WipedAtEnd wiped(secret); }
-    EXPECT_TRUE(isZero(start, 100)) << "what lies behind the end, too";
+    EXPECT_TRUE(isZero(start, 100)) << "also the memory beyond the end";
 }
 
 }  // namespace
@@ -173,7 +173,7 @@ TEST(Secrets, AreWipedBeforeTheirMemoryIsFreed) {
 namespace OrvelLoginClientCLR {
 
 const ManagerMembers& managerMembers() {
-    static const ManagerMembers members = playedMembers();
+    static const ManagerMembers members = fakeMembers();
     return members;
 }
 

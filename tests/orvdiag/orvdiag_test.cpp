@@ -24,8 +24,8 @@ namespace {
 
 const fs::path built = program::ownfolder();
 
-TEST(CommandLine, RunsShowsOrComplains) {
-    // How what is shown starts, and a complaint behind a stroke.
+TEST(CommandLine, RunsPrintsOrRejects) {
+    // How the printed text starts; a complaint follows a vertical bar.
     const std::pair<const char*, const char*> rows[] = {
         {"", "Shows what the Orvel"},
         {"help settings", "a settings group"},
@@ -42,55 +42,56 @@ TEST(CommandLine, RunsShowsOrComplains) {
         {"log --level bad", "|invalid argument: --level: bad"},
         {"settings", "|GROUP is required"},
     };
-    for (const auto& [line, said] : rows) {
-        std::istringstream words(line);
-        const request asked = parse({std::istream_iterator<std::string>(words), {}});
-        EXPECT_THAT((asked.command ? "(runs)" : "") + asked.text + "|" + asked.complaint, StartsWith(said)) << line;
+    for (const auto& [line, expected] : rows) {
+        std::istringstream arguments(line);
+        const request parsed = parse({std::istream_iterator<std::string>(arguments), {}});
+        EXPECT_THAT((parsed.command ? "(runs)" : "") + parsed.text + "|" + parsed.complaint, StartsWith(expected))
+            << line;
     }
     EXPECT_THAT(parse({"login", ""}).complaint, StartsWith("invalid argument: DIR"));
 }
 
-TEST(Words, AreFoundForNumbersAndBytes) {
+TEST(Texts, ExplainNumbersAndReplaceMalformedBytes) {
     const std::pair<std::string, std::string> rows[] = {
-        {readable(L"a\xD800 日"), "a\uFFFD 日"},
-        {readable("a\xFF 日"sv), "a\uFFFD 日"},
+        {toutf8lossy(L"a\xD800 日"), "a\uFFFD 日"},
+        {toutf8lossy("a\xFF 日"sv), "a\uFFFD 日"},
         {quoted("C:\\a \"b\"\n\x1F\x7F日\xFF"), "\"C:\\\\a \\\"b\\\"\\n\\u001f\\u007f日\uFFFD\""},
         {table({{"é", "b", "c"}, {"aaa", "", ""}}), "é    b  c\naaa\n"},
-        {languagewords("0"), "Chinese (traditional)"},
-        {languagewords("10"), "Portuguese (Brazil)"},
-        {languagewords("14"), "unknown"},
-        {versionwords("10,0,22000,0,0"), "Windows 11 or Windows Server 2025, build 22000"},
-        {versionwords("10,0,19045,0,0"), "Windows 10 or Windows Server 2016 to 2022, build 19045"},
-        {versionwords("6,1,7601,1,2"), "Windows 7 or Windows Server 2008 R2, build 7601, service pack 1.2"},
-        {versionwords("5,1,2600,0,0"), "a Windows that this tool does not know, build 2600"},
-        {versionwords(""), ""},
-        {localeswords("1031,2057"), "user: German, Germany; system: English, United Kingdom"},
-        {processorwords("1,0,6"), "1 processor, x86 as a 32-bit process sees it, level 6"},
-        {processorwords("8,9,25"), "8 processors, x64 as a 32-bit process sees it, level 25"},
-        {processorwords("8,77,1"), "8 processors, architecture 77 as a 32-bit process sees it, level 1"},
+        {explainlanguage("0"), "Chinese (traditional)"},
+        {explainlanguage("10"), "Portuguese (Brazil)"},
+        {explainlanguage("14"), "unknown"},
+        {explainversion("10,0,22000,0,0"), "Windows 11 or Windows Server 2025, build 22000"},
+        {explainversion("10,0,19045,0,0"), "Windows 10 or Windows Server 2016 to 2022, build 19045"},
+        {explainversion("6,1,7601,1,2"), "Windows 7 or Windows Server 2008 R2, build 7601, service pack 1.2"},
+        {explainversion("5,1,2600,0,0"), "a Windows that this tool does not know, build 2600"},
+        {explainversion(""), ""},
+        {explainlocales("1031,2057"), "user: German, Germany; system: English, United Kingdom"},
+        {explainprocessor("1,0,6"), "1 processor, x86 as a 32-bit process sees it, level 6"},
+        {explainprocessor("8,9,25"), "8 processors, x64 as a 32-bit process sees it, level 25"},
+        {explainprocessor("8,77,1"), "8 processors, architecture 77 as a 32-bit process sees it, level 1"},
         {gccversion("\0\0GCC: (GNU) 12 20220819\0GCC: (GNU) 12-posix\0GCC: (GNU) 12 2022"s), "12-posix"},
         {gccversion("GCC: (Rev3, Built by MSYS2 project) 13.2.0"), "13.2.0"},
         {gccversion("GCC: ("), ""},
     };
-    for (const auto& [said, expected] : rows) {
-        EXPECT_EQ(said, expected);
+    for (const auto& [actual, expected] : rows) {
+        EXPECT_EQ(actual, expected);
     }
-    EXPECT_TRUE(samebutcase("aZ1", "Az1"));
-    EXPECT_FALSE(samebutcase("aZ1", "Az"));
-    EXPECT_FALSE(samebutcase("{", "["));
+    EXPECT_TRUE(equalsignorecase("aZ1", "Az1"));
+    EXPECT_FALSE(equalsignorecase("aZ1", "Az"));
+    EXPECT_FALSE(equalsignorecase("{", "["));
     EXPECT_TRUE(samegcc("12-posix", "12"));
     EXPECT_TRUE(samegcc("12", "12-win32"));
     EXPECT_TRUE(samegcc("13.2.0", "13.1.0"));
     EXPECT_FALSE(samegcc("12-posix", "12-win32"));
     EXPECT_FALSE(samegcc("13.2.0", "1-posix"));
-    EXPECT_FALSE(namesasecret("Logging"));
+    EXPECT_FALSE(issecretname("Logging"));
     for (const char* name :
          {"Password", "DBPWD", "clientSecret", "AccessToken", "apiKey", "Credentials", "CASCookie", "LoginTicket"}) {
-        EXPECT_TRUE(namesasecret(name)) << name;
+        EXPECT_TRUE(issecretname(name)) << name;
     }
 }
 
-TEST(FileTail, LosesNothingToDeletionRenamingReplacementAndEmptying) {
+TEST(FileTail, LosesNothingWhenTheFileIsDeletedRenamedReplacedOrEmptied) {
     const temporary_folder folder;
     const fs::path file = folder.path / "log";
     const fs::path other = folder.path / "other";
@@ -122,7 +123,7 @@ TEST(FileTail, LosesNothingToDeletionRenamingReplacementAndEmptying) {
         }
         EXPECT_EQ(text, expected);
     }
-    // A program that opened the file before it went away writes to it only afterwards.
+    // A program that opened the file before it was renamed writes to it only afterwards.
     orvsecutils::filehandle late(CreateFileW(file.c_str(), FILE_APPEND_DATA,
                                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                              OPEN_EXISTING, 0, nullptr));
@@ -137,20 +138,23 @@ TEST(FileTail, LosesNothingToDeletionRenamingReplacementAndEmptying) {
     const auto names = [&folder] { return std::distance(fs::directory_iterator(folder.path), {}); };
     const auto following = names();
     owner.reset();
-    EXPECT_EQ(names(), following - 1) << "the tail's own name for the file goes";
+    EXPECT_EQ(names(), following - 1) << "the tail removes its own link to the file";
 }
 
 const std::string one("\1\0\0\0", 4);
 const std::string zero(4, '\0');
 const std::string broken = bytesof(L"x\xDC00\0"sv);
+constexpr auto user = registrylocation::user, machine = registrylocation::machine,
+               machine32 = registrylocation::machine32;
 
 class Orvdiag : public Test {
 protected:
-    program::result run(const std::wstring& words) { return box.run("orvdiag.exe", words); }
+    program::result run(const std::wstring& arguments) { return box.run("orvdiag.exe", arguments); }
 
-    void plant(store place, const wchar_t* name, DWORD type, const std::string& data, const char* group = "Debug") {
-        rawkey(place == store::user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE,
-               place == store::machine32 ? view32 : view64, "software\\Orvel\\LoginManager\\"s + group)
+    void plant(registrylocation location, const wchar_t* name, DWORD type, const std::string& data,
+               const char* group = "Debug") {
+        rawkey(location == user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE, location == machine32 ? view32 : view64,
+               "software\\Orvel\\LoginManager\\"s + group)
             .write(name, type, data);
     }
 
@@ -159,31 +163,31 @@ protected:
     const std::string log = toutf8(box.log().native());
 };
 
-TEST_F(Orvdiag, TellsWhyLoggingIsOffAndWhetherItIsOnAfterwards) {
+TEST_F(Orvdiag, SaysWhyLoggingIsOffAndWhetherItCouldBeSwitchedOn) {
     const std::string nobody = "off, because nobody has set it";
     const std::string nothing = "off, because no value that the library reads sets it";
     const std::string text = "off, because the user's setting \"Logging\" is not a number";
     const std::string group = "off, because the group Debug cannot be read";
-    const std::tuple<store, const wchar_t*, DWORD, std::string, std::string, std::string, DWORD> rows[] = {
-        {store::machine, L"Other", REG_DWORD, one, nobody, "", 0},
-        {store::machine32, L"Other", REG_SZ, broken, nobody, "", 0},
-        {store::user, L"Logging", REG_DWORD, one, "on, by the user's setting", "", 0},
-        {store::user, L"Logging", REG_DWORD, zero, "off, by the user's setting", "", 0},
-        {store::machine, L"Logging", REG_DWORD, one, "on, by the machine's setting", "", 0},
-        {store::user, L"Logging", REG_SZ, "1\0\0\0"s, text, "of the kind text: it counts as off.", 0},
-        {store::user, L"Logging", REG_QWORD, zero + one, nothing, "64-bit number: the library ignores it.", 0},
-        {store::user, L"Logging", REG_DWORD, "12", nothing, "The user's setting \"Logging\" is malformed: ", 0},
-        {store::user, L"LOGGING", REG_DWORD, one, nothing, "\"LOGGING\" is spelled differently: ", 1},
-        {store::machine32, L"Logging", REG_DWORD, one, nothing, "machine's setting \"Logging\" lies in the 32-bit", 0},
-        {store::machine, L"Text", REG_SZ, broken, group, "The machine's setting \"Text\" is malformed (not valid", 1},
+    const std::tuple<registrylocation, const wchar_t*, DWORD, std::string, std::string, std::string, DWORD> rows[] = {
+        {machine, L"Other", REG_DWORD, one, nobody, "", 0},
+        {machine32, L"Other", REG_SZ, broken, nobody, "", 0},
+        {user, L"Logging", REG_DWORD, one, "on, by the user's setting", "", 0},
+        {user, L"Logging", REG_DWORD, zero, "off, by the user's setting", "", 0},
+        {machine, L"Logging", REG_DWORD, one, "on, by the machine's setting", "", 0},
+        {user, L"Logging", REG_SZ, "1\0\0\0"s, text, "of the kind text: it counts as off.", 0},
+        {user, L"Logging", REG_QWORD, zero + one, nothing, "64-bit number: the library ignores it.", 0},
+        {user, L"Logging", REG_DWORD, "12", nothing, "The user's setting \"Logging\" is malformed: ", 0},
+        {user, L"LOGGING", REG_DWORD, one, nothing, "\"LOGGING\" is spelled differently: ", 1},
+        {machine32, L"Logging", REG_DWORD, one, nothing, "machine's setting \"Logging\" lies in the 32-bit", 0},
+        {machine, L"Text", REG_SZ, broken, group, "The machine's setting \"Text\" is malformed (not valid", 1},
     };
-    for (const auto& [place, name, type, data, state, remark, status] : rows) {
+    for (const auto& [location, name, type, data, state, remark, status] : rows) {
         SCOPED_TRACE(state + "\n" + remark);
-        plant(place, name, type, data);
-        const json told = json::parse(run(L"logging --json").output);
-        EXPECT_EQ((told["logging"] ? "on, " : "off, ") + told["reason"].get<std::string>(), state);
-        EXPECT_EQ(told["remarks"].size(), remark.empty() ? 0u : 1u);
-        const std::string sentence = remark.empty() ? "" : told["remarks"][0].get<std::string>() + "\r\n";
+        plant(location, name, type, data);
+        const json parsed = json::parse(run(L"logging --json").output);
+        EXPECT_EQ((parsed["logging"] ? "on, " : "off, ") + parsed["reason"].get<std::string>(), state);
+        EXPECT_EQ(parsed["remarks"].size(), remark.empty() ? 0u : 1u);
+        const std::string sentence = remark.empty() ? "" : parsed["remarks"][0].get<std::string>() + "\r\n";
         EXPECT_THAT(sentence, HasSubstr(remark));
         const program::result plain = run(L"logging");
         EXPECT_THAT(plain.output, StartsWith("Logging is " + state + ".\r\n" + sentence + "Log file: "));
@@ -195,7 +199,7 @@ TEST_F(Orvdiag, TellsWhyLoggingIsOffAndWhetherItIsOnAfterwards) {
     }
 }
 
-TEST_F(Orvdiag, TellsWhetherTheLogCanBeWritten) {
+TEST_F(Orvdiag, SaysWhetherTheLogCanBeWritten) {
     EXPECT_THAT(run(L"logging").output, EndsWith("It can be written.\r\n"));
     EXPECT_FALSE(exists(profile / "Orvel")) << "trying leaves nothing behind";
     create_directories(box.log());  // in the file's place
@@ -212,8 +216,8 @@ TEST_F(Orvdiag, LogsWhatItChangesAndNothingElse) {
     const program::result switched = run(L"logging on");
     EXPECT_THAT(switched.output, Not(HasSubstr("orvdiag::"))) << "the log's echo belongs to standard error";
     EXPECT_THAT(switched.errors, HasSubstr("orvdiag::logging(on)=on"));
-    for (const wchar_t* looking : {L"facts", L"settings Debug", L"settings None", L"logging", L"log", L"report"}) {
-        run(looking);
+    for (const wchar_t* arguments : {L"facts", L"settings Debug", L"settings None", L"logging", L"log", L"report"}) {
+        run(arguments);
     }
     EXPECT_EQ(run(L"bad").status, 2u);
     EXPECT_EQ(run(L"help").status, 0u);
@@ -223,24 +227,24 @@ TEST_F(Orvdiag, LogsWhatItChangesAndNothingElse) {
     EXPECT_THAT(box.logged(), ElementsAre(start + "on)", start + "on)=on", start + "off)", start + "off)=off"));
 }
 
-TEST_F(Orvdiag, ListsAGroupWithAllThatIsWrongInIt) {
+TEST_F(Orvdiag, ListsAGroupWithAllItsFaults) {
     EXPECT_EQ(run(L"settings Größe").status, 1u);
-    plant(store::user, L"a", REG_DWORD, one, "Größe");
-    plant(store::user, L"b", REG_EXPAND_SZ, bytesof(L"%OS%日!\0"sv), "Größe");
-    plant(store::user, L"c", REG_MULTI_SZ, bytesof(L"1\0\"2\0\0"sv), "Größe");
-    plant(store::user, L"d", REG_BINARY, "123", "Größe");
-    plant(store::user, L"e", 0x77, "", "Größe");
-    plant(store::user, L"f", REG_SZ, "odd", "Größe");
-    plant(store::machine, L"a", REG_SZ, bytesof(L" \0"sv), "Größe");
-    plant(store::machine, L"d", REG_DWORD, zero, "Größe");
-    plant(store::machine32, L"a", REG_SZ, broken, "Größe");
+    plant(user, L"a", REG_DWORD, one, "Größe");
+    plant(user, L"b", REG_EXPAND_SZ, bytesof(L"%OS%日!\0"sv), "Größe");
+    plant(user, L"c", REG_MULTI_SZ, bytesof(L"1\0\"2\0\0"sv), "Größe");
+    plant(user, L"d", REG_BINARY, "123", "Größe");
+    plant(user, L"e", 0x77, "", "Größe");
+    plant(user, L"f", REG_SZ, "odd", "Größe");
+    plant(machine, L"a", REG_SZ, bytesof(L" \0"sv), "Größe");
+    plant(machine, L"d", REG_DWORD, zero, "Größe");
+    plant(machine32, L"a", REG_SZ, broken, "Größe");
     const program::result good = run(L"settings Größe --json");
     EXPECT_EQ(good.status, 0u);
     EXPECT_EQ(
         json::parse(good.output)["values"][1].dump(),
         R"({"group":"Größe","name":"a","kind":"text","value":" ","scope":"machine","remark":"hidden by the user's"})");
-    plant(store::user, L"\xD800", REG_DWORD, one, "Größe");
-    plant(store::machine, L"g", REG_MULTI_SZ, broken + zero, "Größe");
+    plant(user, L"\xD800", REG_DWORD, one, "Größe");
+    plant(machine, L"g", REG_MULTI_SZ, broken + zero, "Größe");
     const program::result bad = run(L"settings Größe");
     EXPECT_EQ(bad.status, 1u);
     const std::string malformed = "malformed: not valid UTF-16, so the library cannot read the group\r\n";
@@ -265,7 +269,8 @@ TEST_F(Orvdiag, ShowsTheLog) {
     EXPECT_EQ(missing.status, 1u);
     EXPECT_THAT(missing.errors, AllOf(StartsWith("orvdiag: the log file cannot be read: "), HasSubstr("(code 3)")));
     create_directories(box.folder());
-    // Lines that belong to no record, the first of them of several blocks, then records. Each by its last letter.
+    // Lines that belong to no record, the first of them longer than a block, then records. Each has its own last
+    // letter.
     appendtofile(log, std::string(1500000, 'x') + "A\nB\nC\nD\nE\nF\nG\nH\nI\nJ\nK\nL\nM\nN\nO\nP\n");
     appendtofile(log, "11/21/2026 09:14:03+0100,info,日,b.exe,a\n2,error,日.exe, of b\n");
     appendtofile(log, "11/21/2026 09:14:03-0100,error,c.exe,c\n11/21/2026 09:14:03+0100,warn\n");
@@ -283,15 +288,15 @@ TEST_F(Orvdiag, ShowsTheLog) {
         {L"--program c", ""},
         {L"--all --level warn", "de"},
     };
-    for (const auto& [words, expected] : rows) {
-        const program::result shown = run(L"log "s + words);
-        EXPECT_EQ(shown.status, 0u);
-        std::istringstream lines(shown.output);
+    for (const auto& [arguments, expected] : rows) {
+        const program::result result = run(L"log "s + arguments);
+        EXPECT_EQ(result.status, 0u);
+        std::istringstream lines(result.output);
         std::string letters;
         for (std::string line; std::getline(lines, line);) {
             letters += line[line.find_last_not_of('\r')];
         }
-        EXPECT_EQ(letters, "g"s + expected) << toutf8(words) << ", behind the first line with orvsec.log";
+        EXPECT_EQ(letters, "g"s + expected) << toutf8(arguments) << ", after the first line, which ends in orvsec.log";
     }
 }
 
@@ -309,13 +314,13 @@ TEST_F(Orvdiag, FollowsTheLogWithoutFallingBehind) {
         appendtofile(log, "11/21/2026 09:14:03+0100,info,b.exe,not wanted\n" + lines);
         expected += lines;
         if (i % 20 == 10) {
-            Sleep(200);  // a file that comes and goes between two looks is not seen
+            Sleep(200);  // a file that exists only between two reads is missed
             fs::rename(box.log(), box.folder() / std::to_string(i));
         }
     }
     EXPECT_TRUE(shows("日 59\r\n"));
     follower.end();
-    EXPECT_TRUE(follower.wait().output == orvsecutils::textfileform(expected));
+    EXPECT_TRUE(follower.wait().output == orvsecutils::withcrlf(expected));
 }
 
 class Login : public Orvdiag {
@@ -345,7 +350,7 @@ TEST_F(Login, NamesWhatIsWrongInAFolder) {
     later[later.find("\x22\0\0\0\0\0\xCE\x13"s)] = 35;
     const std::string native = contentof(built / library);
     const std::string othergcc = std::regex_replace(contentof(built / libgcc), std::regex("U\\) 12-"), "U) 99-");
-    // A file's content, empty for none, with the exit status and what is said of it.
+    // A file, its content (empty: the file is missing), the exit status, and a part of the output.
     const std::tuple<const char*, std::string, DWORD, std::string> rows[] = {
         {other, "", 0, "assembly version 34.0.0.5070; has all 22 members that the library calls\r\n"},
         {other, native, 1, "it is not the login library: it does not export orvellogin_version"},
@@ -375,36 +380,36 @@ TEST_F(Login, NamesWhatIsWrongInAFolder) {
         {utils, native, 1, "\\loginManagerUtils.dll is not a managed assembly\r\n"},
         {utils, assembly, 1, "holds another assembly, OrvelLoginClient"},
     };
-    const auto look = [this] {
-        const program::result looked = run(L"login \"" + folder.native() + L"\"");
-        return std::to_string(looked.status) + std::regex_replace(looked.output, std::regex(" +"), " ");
+    const auto check = [this] {
+        const program::result result = run(L"login \"" + folder.native() + L"\"");
+        return std::to_string(result.status) + std::regex_replace(result.output, std::regex(" +"), " ");
     };
-    for (const auto& [file, content, status, said] : rows) {
+    for (const auto& [file, content, status, expected] : rows) {
         std::error_code absent;
         fs::rename(folder / file, folder / "kept", absent);
         if (!content.empty()) {
             std::ofstream(folder / file, std::ios::binary) << content;
         }
-        EXPECT_THAT(look(), AllOf(StartsWith(std::to_string(status)), HasSubstr(said))) << file;
+        EXPECT_THAT(check(), AllOf(StartsWith(std::to_string(status)), HasSubstr(expected))) << file;
         fs::remove(folder / file);
         fs::rename(folder / "kept", folder / file, absent);
     }
     fs::rename(folder / library, folder / other);
     EXPECT_THAT(run(L"login none").output, HasSubstr("there is no such folder"));
-    EXPECT_THAT(look(), AllOf(Not(HasSubstr(library)), Not(HasSubstr("\n"s + "FAIL " + libgcc))));
+    EXPECT_THAT(check(), AllOf(Not(HasSubstr(library)), Not(HasSubstr("\n"s + "FAIL " + libgcc))));
 }
 
 TEST_F(Login, WritesAReportWithoutSecrets) {
-    plant(store::user, L"ApiToken", REG_SZ, bytesof(L"hush\0"sv), "Größe\\Inner");
-    plant(store::machine32, L"Server", REG_SZ, bytesof(L"日\0"sv));
+    plant(user, L"ApiToken", REG_SZ, bytesof(L"hush\0"sv), "Größe\\Inner");
+    plant(machine32, L"Server", REG_SZ, bytesof(L"日\0"sv));
     create_directories(box.folder());
     for (int i = 100; i <= 350; ++i) {
         appendtofile(log, "line " + std::to_string(i) + " \xFF\n");
     }
-    copy_file(built / "orvdiag.exe", profile / "orvdiag.exe");  // with nothing else there
-    const program::result told = program(profile / "orvdiag.exe", L"report", profile).wait();
-    EXPECT_EQ(told.status, 0u);
-    EXPECT_THAT(told.output, AllOf(HasSubstr("\\orvdiag-report.txt\r\n"), HasSubstr("personal data")));
+    copy_file(built / "orvdiag.exe", profile / "orvdiag.exe");  // alone in its folder
+    const program::result written = program(profile / "orvdiag.exe", L"report", profile).wait();
+    EXPECT_EQ(written.status, 0u);
+    EXPECT_THAT(written.output, AllOf(HasSubstr("\\orvdiag-report.txt\r\n"), HasSubstr("personal data")));
     const std::string text = contentof(profile / "orvdiag-report.txt");
     EXPECT_EQ(toutf8(orvsecutils::toutf16(text)), text);
     EXPECT_EQ(std::count(text.begin(), text.end(), '\r'), std::count(text.begin(), text.end(), '\n'));
@@ -423,27 +428,27 @@ TEST_F(Login, WritesAReportWithoutSecrets) {
     const json data = json::parse(contentof(profile / "other.json"));
     EXPECT_EQ(data["login"]["verdict"], "Everything is in its place.");
     EXPECT_EQ(data["settings"][1]["value"], "(hidden)");
-    const orvsecutils::platform& here = orvsecutils::currentplatform();
-    const std::pair<const char*, std::string> facts[] = {{"uilanguage", std::to_string(here.uilanguage())},
-                                                         {"computername", here.computername()},
-                                                         {"username", here.username()},
-                                                         {"osversion", here.osversion()},
-                                                         {"languageids", here.languageids()},
-                                                         {"processorinfo", here.processorinfo()},
+    const orvsecutils::platform& system = orvsecutils::currentplatform();
+    const std::pair<const char*, std::string> facts[] = {{"uilanguage", std::to_string(system.uilanguage())},
+                                                         {"computername", system.computername()},
+                                                         {"username", system.username()},
+                                                         {"osversion", system.osversion()},
+                                                         {"languageids", system.languageids()},
+                                                         {"processorinfo", system.processorinfo()},
                                                          {"profilefolder", toutf8(profile.native())},
                                                          {"executablename", "orvdiag.exe"},
-                                                         {"defaultsettingsroot", here.defaultsettingsroot()},
-                                                         {"executablefolder", here.executablefolder()},
-                                                         {"localappdatafolder", here.localappdatafolder()},
-                                                         {"roamingappdatafolder", here.roamingappdatafolder()},
-                                                         {"programfilesfolder", here.programfilesfolder()},
-                                                         {"programfilesx86folder", here.programfilesx86folder()},
-                                                         {"macaddress", here.macaddress()},
-                                                         {"publicfolder", here.publicfolder()}};
+                                                         {"defaultsettingsroot", system.defaultsettingsroot()},
+                                                         {"executablefolder", system.executablefolder()},
+                                                         {"localappdatafolder", system.localappdatafolder()},
+                                                         {"roamingappdatafolder", system.roamingappdatafolder()},
+                                                         {"programfilesfolder", system.programfilesfolder()},
+                                                         {"programfilesx86folder", system.programfilesx86folder()},
+                                                         {"macaddress", system.macaddress()},
+                                                         {"publicfolder", system.publicfolder()}};
     for (const auto& [fact, value] : facts) {
         EXPECT_EQ(data["facts"][fact], value) << fact;
     }
-    EXPECT_EQ(data["facts"]["meanings"]["languageids"], localeswords(here.languageids()));
+    EXPECT_EQ(data["facts"]["meanings"]["languageids"], explainlocales(system.languageids()));
     EXPECT_EQ(data["facts"].size(), std::size(facts) + 1);
     EXPECT_EQ(data["log"].size(), 200u);
 

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <new>
 
-// Not inlined: the compiler would see malloc and free in pairs that it warns of.
+// Not inlined, because the compiler would warn about mismatched pairs of malloc and delete.
 [[gnu::noinline]] void* operator new(std::size_t bytes) {
     void* const block = memory::countdown > 0 && --memory::countdown == 0 ? nullptr : std::malloc(bytes + 1);
     if (!block) {

@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-/// What the test program's operator new counts.
+/// Counters of the test program's operator new.
 namespace memory {
 
 inline std::atomic<long> countdown{0};  ///< the allocation that fails: 1 for the next; 0 for none

@@ -18,18 +18,18 @@ using namespace testing;
 
 namespace {
 
-static_assert(!std::is_constructible_v<orvsecutils::log, const char*>, "a text is no level");
+static_assert(!std::is_constructible_v<orvsecutils::log, const char*>, "a text is not a level");
 static_assert(!std::is_copy_constructible_v<orvsecutils::log>, "a line is delivered once");
 static_assert(!std::is_convertible_v<int, orvsecutils::log>);
 
-// The switch and the file are found once a process. So the tests start this program again, with one of the following as
-// its task.
+// A process reads the switch and finds the log file only once. So the tests start this program again, with one of these
+// tasks.
 
-void one(int) {
+void logonerecord(int) {
     loginfo() << "one";
 }
 
-void shapes(int) {
+void logallshapes(int) {
     std::locale::global(std::locale(std::locale(), new digitgrouping));
     for (const int level : {0, 1, 2, 7, -1}) {
         orvsecutils::log(level) << level;
@@ -52,24 +52,24 @@ void shapes(int) {
     outer << "outer";
 }
 
-// Whatever the store says later, the answer of the first record stays.
-void change(int on) {
-    one(0);
+// The first record decides for the whole process, whatever the registry says later.
+void changeswitch(int on) {
+    logonerecord(0);
     rawkey(HKEY_CURRENT_USER, view64, sandbox::switchkey).write(L"malformed", REG_DWORD, "");
     debugsettings group;
     group.setbool(debugsettings::loggingname, on != 0);
     group.save();
     std::fclose(stdout);  // the file does not need it
-    one(0);
+    logonerecord(0);
 }
 
 // The process ends with a record that is not delivered.
-void unfinished(int) {
+void logpartialrecord(int) {
     new loginfo;
 }
 
-// The same record again and again, with its first allocation failing, then its second and so on, until none does.
-void memoryfails(int) {
+// Repeats one record: first its first allocation fails, then its second, and so on, until none fails.
+void logwithoutmemory(int) {
     for (long allocation = 1, left = 0; left == 0; ++allocation) {
         memory::countdown = allocation;
         try {
@@ -80,7 +80,7 @@ void memoryfails(int) {
     }
 }
 
-void threads(int) {
+void logfromthreads(int) {
     const auto write = [](char writer) {
         for (int line = 0; line < 500; ++line) {
             loginfo() << GetCurrentProcessId() << writer << line << std::string(line % 50, '-') << '|';
@@ -91,15 +91,15 @@ void threads(int) {
     other.join();
 }
 
-const std::map<std::string, void (*)(int)> tasks = {{"one", one},         {"shapes", shapes},
-                                                    {"change", change},   {"unfinished", unfinished},
-                                                    {"threads", threads}, {"memory", memoryfails}};
+const std::map<std::string, void (*)(int)> tasks = {
+    {"logonerecord", logonerecord},         {"logallshapes", logallshapes},     {"changeswitch", changeswitch},
+    {"logpartialrecord", logpartialrecord}, {"logfromthreads", logfromthreads}, {"logwithoutmemory", logwithoutmemory}};
 
 class Log : public Test {
 protected:
     Log() { box.setswitch(HKEY_CURRENT_USER, 1); }
 
-    // Runs a task, which must end well although it makes its last record when the log has ended already.
+    // Runs a task. It must succeed, although its last record is made after the log's objects were destroyed.
     program::result child(const std::wstring& task) {
         const program::result run = box.run("orvsecutils_test.exe", task);
         EXPECT_EQ(run.status, 0u) << toutf8(task);
@@ -112,11 +112,11 @@ protected:
 
 TEST_F(Log, KeepsMessagesWholeAndLabelsLevels) {
     create_directories(box.folder());
-    // A record can be written to a file that another has open for everything.
+    // A record is written even if someone else has the file open to read, write and delete it.
     filehandle other(CreateFileW(box.log().c_str(), GENERIC_READ | GENERIC_WRITE | DELETE,
                                  FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS, 0,
                                  nullptr));
-    const program::result run = child(L"shapes");
+    const program::result run = child(L"logallshapes");
     other = {};
     const std::string warn = "TIME,warn" + rest, error = "TIME,error" + rest, unknown = "TIME,unknown" + rest;
     EXPECT_THAT(box.logged(),
@@ -140,22 +140,22 @@ TEST_F(Log, ObeysTheSwitchAlone) {
     EXPECT_FALSE(debugsettings().logging());
 }
 
-TEST_F(Log, KeepsTheFirstAnswerOfAProcess) {
-    EXPECT_EQ(child(L"unfinished").output, "") << "what records share has ended";
+TEST_F(Log, ReadsTheSwitchOncePerProcess) {
+    EXPECT_EQ(child(L"logpartialrecord").output, "") << "the objects that records share were destroyed before";
     box.setswitch(HKEY_CURRENT_USER, 0);
-    EXPECT_EQ(child(L"change 1").output, "");
-    EXPECT_FALSE(exists(box.folder().parent_path())) << "off, it must not even make folders";
-    EXPECT_THAT(sandbox::lines(child(L"change 0").output), ElementsAre(EndsWith(",info" + rest + "one")));
-    EXPECT_THAT(box.logged(), SizeIs(2)) << "the second one without a standard output";
-    // A malformed value counts as off, also after it has been mended.
+    EXPECT_EQ(child(L"changeswitch 1").output, "");
+    EXPECT_FALSE(exists(box.folder().parent_path())) << "with logging off, not even folders are created";
+    EXPECT_THAT(sandbox::lines(child(L"changeswitch 0").output), ElementsAre(EndsWith(",info" + rest + "one")));
+    EXPECT_THAT(box.logged(), SizeIs(2)) << "the second record without standard output";
+    // A malformed value counts as off, even after it was repaired.
     rawkey(HKEY_CURRENT_USER, view64, sandbox::switchkey).write(L"malformed", REG_SZ, bytesof(L"\xD800\0"sv));
-    EXPECT_EQ(child(L"change 1").output, "");
+    EXPECT_EQ(child(L"changeswitch 1").output, "");
     EXPECT_TRUE(debugsettings().logging());
     EXPECT_THAT(box.logged(), SizeIs(2));
 }
 
 TEST_F(Log, RecordsAreWholeOrLostWhenMemoryRunsOut) {
-    child(L"memory");
+    child(L"logwithoutmemory");
     // A failure after the constructor may lose the message only.
     EXPECT_THAT(box.logged(), Each(AnyOf(info, info + "whole")));
     EXPECT_EQ(box.logged().back(), info + "whole");
@@ -163,7 +163,7 @@ TEST_F(Log, RecordsAreWholeOrLostWhenMemoryRunsOut) {
 
 TEST_F(Log, SaysWhenTheFileCannotBeOpened) {
     const auto expectfailure = [this](const std::string& path) {
-        const program::result run = child(L"one");
+        const program::result run = child(L"logonerecord");
         EXPECT_EQ(run.errors, "failed to open log file: " + path + "\r\n");
         EXPECT_THAT(sandbox::lines(run.output), ElementsAre(EndsWith(",one"))) << "the echo does not need the file";
     };
@@ -182,7 +182,7 @@ TEST_F(Log, SaysWhenTheFileCannotBeOpened) {
 TEST_F(Log, TakesLinesOfManyThreadsAndProcesses) {
     std::vector<program> programs;
     for (int i = 0; i < 4; ++i) {
-        programs.push_back(box.start("orvsecutils_test.exe", L"threads"));
+        programs.push_back(box.start("orvsecutils_test.exe", L"logfromthreads"));
     }
     for (const program& running : programs) {
         const program::result run = running.wait();

@@ -25,7 +25,7 @@ namespace {
 
 const platform& windows = currentplatform();
 
-// Another source of what the platform tells.
+// A second source for the platform's facts.
 std::string environment(const wchar_t* name) {
     wchar_t value[1000];
     return toutf8({value, GetEnvironmentVariableW(name, value, 1000)});
@@ -62,15 +62,15 @@ class skipping : public skipping<Count - 1, Base> {
 template <class Base>
 class skipping<0, Base> : public Base {};
 
-// One object in all the roles of a WMI whose answer is one object with one property: the members that the library calls
-// are in different places of the interfaces' tables.
+// One object that plays every role of a WMI whose result is one object with one property. This works because the
+// members that the library calls have different positions in the interfaces' tables.
 struct locatorandenumerator : IUnknown {
     HRESULT locator = S_OK, connection = S_OK, blanket = S_OK, result = S_OK;
     HRESULT afterobject = WBEM_S_FALSE, afterproperty = WBEM_S_NO_MORE_DATA;
     std::wstring value = L"x";
     int objects = 1, properties = 1;
     ULONG references = 0;
-    std::vector<std::wstring> seen;  // what was asked, in order
+    std::vector<std::wstring> seen;  // the calls and their arguments, in order
 
     template <class... Parts>
     void note(const Parts&... parts) {
@@ -79,9 +79,9 @@ struct locatorandenumerator : IUnknown {
         seen.push_back(line.str());
     }
     template <class Interface>
-    HRESULT give(Interface** place, HRESULT status) {
+    HRESULT give(Interface** target, HRESULT status) {
         references += SUCCEEDED(status);
-        *place = SUCCEEDED(status) ? reinterpret_cast<Interface*>(this) : nullptr;
+        *target = SUCCEEDED(status) ? reinterpret_cast<Interface*>(this) : nullptr;
         return status;
     }
     virtual HRESULT STDMETHODCALLTYPE ConnectServer(BSTR path, BSTR user, BSTR password, BSTR locale, LONG flags,
@@ -95,13 +95,13 @@ struct locatorandenumerator : IUnknown {
 };
 struct classobject : skipping<3, locatorandenumerator> {
     virtual HRESULT STDMETHODCALLTYPE BeginEnumeration(LONG) { return S_OK; }
-    virtual HRESULT STDMETHODCALLTYPE NextProperty(LONG, BSTR* name, VARIANT* place, CIMTYPE*, LONG*) {
+    virtual HRESULT STDMETHODCALLTYPE NextProperty(LONG, BSTR* name, VARIANT* content, CIMTYPE*, LONG*) {
         if (properties-- <= 0) {
             return afterproperty;
         }
         *name = makebstr(L"name").release();
-        V_VT(place) = VT_BSTR;
-        V_BSTR(place) = makebstr(value).release();
+        V_VT(content) = VT_BSTR;
+        V_BSTR(content) = makebstr(value).release();
         return S_OK;
     }
     virtual HRESULT STDMETHODCALLTYPE EndEnumeration() {
@@ -145,7 +145,7 @@ protected:
 
 }  // namespace
 
-TEST(Facts, AreToldByOtherSourcesToo) {
+TEST(Facts, AgreeWithOtherSources) {
     // The host's locale does not matter.
     const std::locale before = std::locale::global(std::locale(std::locale(), new digitgrouping));
     const DWORD build = GetVersion();
@@ -168,9 +168,9 @@ TEST(Facts, AreToldByOtherSourcesToo) {
         {windows.processorinfo(), environment(L"NUMBER_OF_PROCESSORS") + ",0," + environment(L"PROCESSOR_LEVEL")},
     };
     std::locale::global(before);
-    for (const auto& [told, known] : facts) {
-        EXPECT_EQ(told, known);
-        EXPECT_NE(told, "") << known;
+    for (const auto& [actual, expected] : facts) {
+        EXPECT_EQ(actual, expected);
+        EXPECT_NE(actual, "") << expected;
     }
 }
 
@@ -179,7 +179,7 @@ TEST(Environment, DecidesLanguageAndFileTimes) {
     const std::string expected = environment(L"EXPECTED_LANGUAGE");
     EXPECT_EQ(std::to_string(windows.uilanguage()), expected.empty() ? "3" : expected);
 
-    // A time comes out off by the difference between today's offset from UTC and its own.
+    // File times are off by the difference between today's offset from UTC and the one at that time.
     TIME_ZONE_INFORMATION zone;
     const bool summer = GetTimeZoneInformation(&zone) == TIME_ZONE_ID_DAYLIGHT,
                hassummer = zone.DaylightDate.wMonth != 0;
@@ -190,14 +190,14 @@ TEST(Environment, DecidesLanguageAndFileTimes) {
     EXPECT_EQ(calendartime({}), -1) << "in the year 1601";
 }
 
-TEST(Paths, AreTakenApartAndJoined) {
+TEST(Paths, AreSplitAndJoined) {
     const std::string longpath = "C:\\" + std::string(300, 'x'), longest = "C:\\" + std::string(250, 'x');
-    const std::tuple<std::string, std::string, std::string> taken[] = {
+    const std::tuple<std::string, std::string, std::string> split[] = {
         {"a", "", "a"},
         {"C:\\", "C:\\", "C:\\"},
         {"C:\\a\\", "C:\\a", "a\\"},
         {longpath + "\\\xF0\x9F\x98\x80", longpath, "\xF0\x9F\x98\x80"}};
-    for (const auto& [path, parent, name] : taken) {
+    for (const auto& [path, parent, name] : split) {
         EXPECT_EQ(windows.parentfolder(path), parent) << path;
         EXPECT_EQ(windows.filename(path), name) << path;
     }
@@ -246,7 +246,7 @@ TEST_F(Files, FoldersMayBeMadeByOthersAtTheSameMoment) {
     EXPECT_EQ(refused, 0);
 }
 
-TEST_F(Files, TimesAndNamesOfEntriesAreTold) {
+TEST_F(Files, TimesAndNamesOfEntriesAreReported) {
     std::int64_t creation = 1, access = 2, write = 3;
     EXPECT_FALSE(windows.filetimes(folder + "\\none", creation, access, write));
     EXPECT_THAT(std::tie(creation, access, write), FieldsAre(1, 2, 3)) << "untouched on failure";
@@ -264,7 +264,7 @@ TEST_F(Files, TimesAndNamesOfEntriesAreTold) {
     EXPECT_THAT(entries, IsEmpty());
     EXPECT_TRUE(windows.findfiles(folder + "\\*", entries));
     EXPECT_TRUE(currentplatform().filetimes(path, creation, access, write));
-    // Wine has no time of creation but that of the last write.
+    // Wine reports the time of the last write as the time of creation.
     EXPECT_THAT(std::tie(creation, access, write),
                 FieldsAre(calendartime(filetime(3000)), calendartime(filetime(2000)), calendartime(filetime(3000))));
     EXPECT_THAT(entries, UnorderedElementsAre(FieldsAre("sub", Gt(write)), FieldsAre(".\xE5\xAD\x97.txt", write)));
@@ -293,7 +293,7 @@ TEST_F(Files, ProcessesAreRunToTheirEnd) {
     EXPECT_EQ(windows.runprocess(folder + "\\none.exe", {"a"}), -1);
 }
 
-TEST(Services, AreToldAsTheyWereInstalled) {
+TEST(Services, AreReportedAsInstalled) {
     const std::string name = "orvsecutils-test-" + std::to_string(GetCurrentProcessId());
     const servicehandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_ALL_ACCESS));
     const servicehandle service(CreateServiceW(manager.get(), toutf16(name).c_str(), L"Test \x5B57", SERVICE_ALL_ACCESS,
@@ -322,12 +322,12 @@ TEST_F(WmiOnFakes, AsksForTheSecurityThatIsNeeded) {
     }
 }
 
-TEST_F(WmiOnFakes, AFailureEndsTheRowsWithoutLosingThem) {
+TEST_F(WmiOnFakes, AFailureKeepsTheRowsReadBefore) {
     const std::shared_ptr<wmi> connection = connect();
     fake.afterobject = fake.afterproperty = E_FAIL;
     EXPECT_TRUE(connection->query("q", rows));
     fake.result = E_FAIL;
-    EXPECT_TRUE(connection->query("q", rows)) << "rows that were there count";
+    EXPECT_TRUE(connection->query("q", rows)) << "rows from before count";
     EXPECT_THAT(rows, ElementsAre(ElementsAre(Pair("name", "x"))));
     rows.clear();
     EXPECT_FALSE(connection->query("q", rows));
@@ -348,7 +348,7 @@ TEST_F(WmiOnFakes, RowsHoldTextsOnlyAndTheFirstOfAName) {
         addproperty(row, makebstr(name).get(), property.value);
     }
     EXPECT_THAT(row, ElementsAre(Pair("b", "1"), Pair("e", ""), Pair("Ä", "日")));
-    variant cleared;  // what it refers to is counted at the end
+    variant cleared;  // must release the object that it refers to
     V_VT(&cleared.value) = VT_UNKNOWN;
     fake.give(&V_UNKNOWN(&cleared.value), S_OK);
 }
@@ -357,7 +357,7 @@ TEST(WmiOfTheMachine, AnswersUnlessTheThreadIsInTheMultithreadedApartment) {
     std::vector<wmirow> rows;
     wmi::connect();
     const std::shared_ptr<wmi> connection = wmi::connect();
-    ASSERT_NE(connection, nullptr) << "when the thread has COM in the same model already";
+    ASSERT_NE(connection, nullptr) << "also if the thread has initialised COM in the same model";
     EXPECT_TRUE(connection->query("SELECT Caption, BuildNumber FROM Win32_OperatingSystem", rows));
     EXPECT_THAT(rows, ElementsAre(Contains(Pair("Caption", Not("")))));
     EXPECT_EQ(currentplatform().macaddress(), adapteraddress(connection.get()));

@@ -33,7 +33,7 @@ TEST(Unicode, EveryScalarValueIsConvertedAsTheSystemDoes) {
 }
 
 TEST(Unicode, MalformedTextIsRefused) {
-    // Not a lead, cut short, overlong, an encoded surrogate, above U+10FFFF; each just outside of what is allowed.
+    // No lead byte, truncated, overlong, an encoded surrogate, above U+10FFFF: each just outside the allowed range.
     for (const char* text : {"\x80", "\xBF", "\xC3", "\xE2\x82", "\xF0\x9F\x98", "\xC3(", "\xE2\x82(", "\xF0\x9F(\x80",
                              "\xC1\xBF", "\xE0\x9F\xBF", "\xF0\x8F\xBF\xBF", "\xED\xA0\x80", "\xED\xBF\xBF",
                              "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\xFF"}) {
@@ -44,7 +44,7 @@ TEST(Unicode, MalformedTextIsRefused) {
     }
 }
 
-TEST(Unicode, BuffersThatCannotBeHadSaySo) {
+TEST(Unicode, ImpossibleBuffersAreErrors) {
     const auto failure = [](std::uint32_t code, const char* what) {
         return Throws<platformerror>(
             AllOf(Field(&platformerror::code, code), Property(&platformerror::what, StrEq(what))));
@@ -90,7 +90,7 @@ TEST(Rules, TextsAreJoinedAsTheyAre) {
 }
 
 TEST(Rules, RegistryDataIsReadNoFurtherThanItsBytes) {
-    // The data is followed by what would complete it, so that a reader who goes on is found out.
+    // The data is followed by units that would complete it, to detect a decoder that reads too far.
     const std::uint64_t number = 7;
     const wchar_t text[] = L"ab\0", list[] = L"a\0b\0\0";
     for (std::size_t bytes = 0; bytes <= 12; ++bytes) {
@@ -126,7 +126,7 @@ TEST(RecordHeader, HasEveryFieldAtItsWidth) {
 }
 
 TEST(LocalTime, FollowsTheZoneThroughTheYear) {
-    // Bias counts minutes behind UTC; a transition is the fifth, that is last, or n-th Sunday of a month.
+    // A bias is in minutes behind UTC. A transition is on the n-th Sunday of a month; 5 means the last.
     const TIME_ZONE_INFORMATION berlin = {-60, L"", {0, 10, 0, 5, 3, 0, 0, 0}, 0, L"", {0, 3, 0, 5, 2, 0, 0, 0}, -60};
     const TIME_ZONE_INFORMATION stjohns = {210, L"", {0, 11, 0, 1, 2, 0, 0, 0}, 0, L"", {0, 3, 0, 2, 2, 0, 0, 0}, -60};
     const std::tuple<const TIME_ZONE_INFORMATION&, SYSTEMTIME, const char*> cases[] = {
@@ -141,7 +141,7 @@ TEST(LocalTime, FollowsTheZoneThroughTheYear) {
     }
 }
 
-TEST(LocalTime, HasTheSystemsCalendar) {
+TEST(LocalTime, FollowsTheSystemsCalendar) {
     constexpr std::int64_t day = 24LL * 60 * 60 * 10'000'000;
     for (std::int64_t moment = day / 2 - 1; moment < 1000 * 365 * day; moment += day) {
         const FILETIME time = {static_cast<DWORD>(moment), static_cast<DWORD>(moment >> 32)};
@@ -151,12 +151,12 @@ TEST(LocalTime, HasTheSystemsCalendar) {
     }
 }
 
-TEST(LocalTime, IsTheSystems) {
+TEST(LocalTime, AgreesWithTheSystem) {
     SYSTEMTIME before, after;
     FILETIME moment;
     currentwalltime();
     GetLocalTime(&before);
-    const walltime now = currentwalltime();  // by the offset that the first call has asked for
+    const walltime now = currentwalltime();  // with the offset that the first call has cached
     GetLocalTime(&after);
     GetSystemTimeAsFileTime(&moment);
     EXPECT_THAT(text(now), AnyOf(StartsWith(calendartext(before)), StartsWith(calendartext(after))));

@@ -9,13 +9,13 @@
 #include "tests/support/rawkey.h"
 #include "tests/support/temporary_folder.h"
 
-/// Separates all digits, so that a number that goes through the host's locale is found out.
+/// Separates all digits, to detect numbers that are formatted with the host's locale.
 struct digitgrouping : std::numpunct<char> {
     std::string do_grouping() const override { return "\1"; }
 };
 
-/// A profile folder and a logging switch of the test's own, for the programs that it starts. Restores what it changes.
-/// Both belong to the user, so no other test that reads them may run meanwhile. The profile moves under Wine only.
+/// The test's own profile folder and logging switch, for the programs that it starts. Restores what it changes. Both
+/// belong to the user, so tests that read them must not run at the same time. Only Wine lets the profile be moved.
 class sandbox {
 public:
     sandbox() {
@@ -53,13 +53,13 @@ public:
 
     static constexpr char switchkey[] = "software\\Orvel\\LoginManager\\Debug";
 
-    /// The lines of the log, with TIME for each time of the right form.
+    /// The lines of the log, with TIME for each well-formed time.
     std::vector<std::string> logged() const {
         static const std::regex time("\\d\\d/\\d\\d/\\d{4} \\d\\d:\\d\\d:\\d\\d[+-]\\d{4}");
         return lines(std::regex_replace(contentof(log()), time, "TIME"));
     }
 
-    /// The text's lines; each must end as a text file's do.
+    /// The text's lines. Each must end in CR LF.
     static std::vector<std::string> lines(const std::string& text) {
         std::vector<std::string> result;
         for (std::size_t from = 0, to; (to = text.find("\r\n", from)) != std::string::npos; from = to + 2) {

@@ -24,21 +24,23 @@ using namespace testing;
 namespace {
 
 const std::string one = "\x01\0\0\0"s, two = "\x02\0\0\0"s, three = "\x03\0\0\0"s;
-const std::string none = "- - - - - ";  // see answers()
+const std::string none = "- - - - - ";  // see getterresults()
 
-// What a getter finds, or "-" when it finds nothing and leaves its output alone.
+// The value that a getter finds; "-" if it finds none and leaves its output untouched.
 template <class Value>
-std::string answer(const settings& group, const std::string& name,
-                   bool (settings::*getter)(std::string_view, Value&) const, Value output) {
+std::string getterresult(const settings& group, const std::string& name,
+                         bool (settings::*getter)(std::string_view, Value&) const, Value output) {
     const Value before = output;
     return (group.*getter)(name, output) ? PrintToString(output) + " " : output == before ? "- " : "changed ";
 }
 
-// What each getter answers.
-std::string answers(const settings& group, const std::string& name) {
-    return answer<std::uint32_t>(group, name, &settings::getint, 99) +
-           answer<std::int32_t>(group, name, &settings::getint, 98) + answer(group, name, &settings::getbool, true) +
-           answer(group, name, &settings::getstring, "old"s) + answer(group, name, &settings::getmultistring, {"old"s});
+// The results of all getters.
+std::string getterresults(const settings& group, const std::string& name) {
+    return getterresult<std::uint32_t>(group, name, &settings::getint, 99) +
+           getterresult<std::int32_t>(group, name, &settings::getint, 98) +
+           getterresult(group, name, &settings::getbool, true) +
+           getterresult(group, name, &settings::getstring, "old"s) +
+           getterresult(group, name, &settings::getmultistring, {"old"s});
 }
 
 class Settings : public Test {
@@ -56,7 +58,7 @@ protected:
 TEST_F(Settings, RegistryDataOfAnyShapeIsReadOrLeftOut) {
     const auto read = [this](DWORD type, const std::string& bytes) {
         user.write(L"value", type, bytes);
-        return answers(settings(definition), "value");
+        return getterresults(settings(definition), "value");
     };
     const auto text = [](const std::string& content) { return "- - - " + PrintToString(content) + " - "; };
     const std::wstring longtext(40000, L'\x416');
@@ -76,7 +78,7 @@ TEST_F(Settings, RegistryDataOfAnyShapeIsReadOrLeftOut) {
 }
 
 TEST_F(Settings, NamesOfAnyScriptAndLengthAreFound) {
-    user.write(std::wstring(16383, L'z'), REG_DWORD, one);  // does not fit the buffer; the others are read all the same
+    user.write(std::wstring(16383, L'z'), REG_DWORD, one);  // does not fit the buffer; the others are still read
     std::set<std::string> names;
     for (const std::wstring& name : {L""s, L"\x416\xD83D\xDE00"s, L"a\\b"s, std::wstring(16382, L'\x5B57')}) {
         user.write(name, REG_DWORD, one);
@@ -110,10 +112,10 @@ TEST_F(Settings, TheUsersValueWinsWhateverItsKind) {
     machine.write(L"Machine", REG_DWORD, two);
     machine32.write(L"Machine", REG_DWORD, three);
     const settings group(definition);
-    EXPECT_EQ(answers(group, "both"), "1 1 true - - ");
-    EXPECT_EQ(answers(group, "kinds"), "- - - \"1\" - ");
-    EXPECT_EQ(answers(group, "Machine"), "2 2 true - - ");
-    EXPECT_EQ(answers(group, "machine"), none);
+    EXPECT_EQ(getterresults(group, "both"), "1 1 true - - ");
+    EXPECT_EQ(getterresults(group, "kinds"), "- - - \"1\" - ");
+    EXPECT_EQ(getterresults(group, "Machine"), "2 2 true - - ");
+    EXPECT_EQ(getterresults(group, "machine"), none);
     EXPECT_THAT(group.getnames(), ElementsAre("Machine", "both", "kinds"));
 }
 
@@ -144,7 +146,7 @@ TEST_F(Settings, SaveWritesAllItCanAndNothingElse) {
     EXPECT_FALSE(settings(settingsdef(company, "", "", std::string(300, 'x'), "")).save()) << "no key has such a name";
 }
 
-TEST_F(Settings, TheMachineIsLookedForIn64BitsAndWrittenIn32) {
+TEST_F(Settings, TheMachinesValuesAreReadIn64BitsAndWrittenIn32) {
     const platform& system = currentplatform();
     settingsmap values;
     values["value"] = makesetting(3);
@@ -161,7 +163,7 @@ TEST_F(Settings, TheMachineIsLookedForIn64BitsAndWrittenIn32) {
 }
 
 TEST_F(Settings, LoadingAndSavingLeavesNoHandleOpen) {
-    // Wine does not count handles; but a new one takes the lowest number that is free.
+    // Wine does not count a process's handles, but a new handle takes the lowest free number.
     const auto firstfree = [] { return kernelhandle(CreateEventW(nullptr, FALSE, FALSE, nullptr)).get(); };
     settings(definition).save();
     const HANDLE before = firstfree();
@@ -171,8 +173,8 @@ TEST_F(Settings, LoadingAndSavingLeavesNoHandleOpen) {
     EXPECT_EQ(firstfree(), before);
 }
 
-// Runs `action` again and again, failing its first allocation, then its second and so on, until none fails. Each time
-// all that it allocated must be freed again.
+// Repeats `action`: first its first allocation fails, then its second, and so on, until none fails. Each time
+// everything that it allocated must be freed.
 void faileach(const char* what, const std::function<void()>& action) {
     bool failed = true;
     for (long allocation = 1; failed; ++allocation) {
@@ -188,14 +190,14 @@ void faileach(const char* what, const std::function<void()>& action) {
             failed = true;
             EXPECT_EQ(error.code, platformerror::generalfailure);
         }
-        EXPECT_EQ(memory::countdown == 0, failed) << "an allocation that fails is told";
+        EXPECT_EQ(memory::countdown == 0, failed) << "a failed allocation must be reported";
         memory::countdown = 0;
         EXPECT_EQ(memory::live, before) << "allocations that are not freed";
         EXPECT_TRUE(failed || allocation > 1) << "nothing was allocated";
     }
 }
 
-TEST_F(Settings, ExhaustedMemoryLosesNothingAndLeavesNothingHalf) {
+TEST_F(Settings, ExhaustedMemoryLosesNothingAndLeavesNothingHalfWritten) {
     const std::string number = "a number with a long name", text = "a text with a long name", longtext(100, 'x');
     settings group(definition);
     group.setint(number, 1);
@@ -215,7 +217,7 @@ TEST_F(Settings, ExhaustedMemoryLosesNothingAndLeavesNothingHalf) {
             changed.setint("one more number", 7);
             changed.setstring(number, longtext);
         } catch (const std::bad_alloc&) {
-            EXPECT_NE(answers(changed, number), none);
+            EXPECT_NE(getterresults(changed, number), none);
             EXPECT_EQ(changed.getnames().count("one more number"), changed.find("one more number") != nullptr);
             throw;
         }

@@ -1,7 +1,7 @@
 #!/bin/bash
-# package.sh SOURCE BUILD: uses the ZIP as its readers do.
+# package.sh SOURCE BUILD: uses the ZIP as its users do.
 . "$(dirname "$0")/../support/checks.sh"
-# Of an earlier version, too.
+# Also those of an earlier version.
 rm -f "$build"/*-mingw-x86*.zip*
 cmake --build "$build" --target zip > zip.log || { cat zip.log && exit 1; }
 (cd "$build" && sha256sum --check --quiet ./*-mingw-x86.zip.sha256)
@@ -35,11 +35,11 @@ for notice in $(grep -o '`[a-z0-9A-Z-]*\.txt`' "$PACKAGE/NOTICES.md" | tr -d '`'
   expect "$notice is there" [ -s "$PACKAGE/notices/$notice" ]
 done
 
-echo "== its README, word by word"
+echo "== its README, verbatim"
 blocks "$PACKAGE/README.md" cpp > host.cpp
 blocks "$PACKAGE/README.md" cmake > CMakeLists.txt
 (
-  # The other account's name takes letters of another script.
+  # The other account's name is in another script.
   sed -i 's/ada@example.com/zoe@example.com/; s/analytical engine/κωδικός/' host.cpp
   eval "set -x; $(blocks "$PACKAGE/README.md" sh)"
 ) > readme.log 2>&1 || { cat readme.log && exit 1; }
@@ -72,9 +72,9 @@ done
 echo "== the files"
 strings() { i686-w64-mingw32-strings -el "$1" | paste -sd'|'; }
 for file in "$PACKAGE"/bin/orv*; do
-  for told in "|CompanyName|The Orvel login library authors|" "|ProductVersion|$version|" \
+  for entry in "|CompanyName|The Orvel login library authors|" "|ProductVersion|$version|" \
     "|LegalCopyright|Copyright (c) 2026 the Orvel login library authors. MIT licence.|" "|OriginalFilename|${file##*/}|"; do
-    case "|$(strings "$file")|" in *"$told"*) ;; *) expect "${file##*/} tells $told" false ;; esac
+    case "|$(strings "$file")|" in *"$entry"*) ;; *) expect "${file##*/} has $entry" false ;; esac
   done
   i686-w64-mingw32-objdump -p "$file" > headers
   for pair in MajorOSystemVersion:6 MinorOSystemVersion:1 MajorSubsystemVersion:6 MinorSubsystemVersion:1; do

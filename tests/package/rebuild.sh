@@ -1,6 +1,6 @@
 #!/bin/bash
-# rebuild.sh SOURCE BUILD: another project takes in a copy of the tree, which must not build or export more than is linked, and
-# makes the same bytes.
+# rebuild.sh SOURCE BUILD: another project includes a copy of the source tree. That must build only what is linked, and produce the
+# same bytes.
 . "$(dirname "$0")/../support/checks.sh"
 mkdir copy
 tar -C "$source" --exclude=./build --exclude=./.git --exclude=./tests --exclude=./bench -cf - . | tar -C copy -xf -
@@ -24,7 +24,7 @@ cp -r build/copy/bin/OrvelLoginManagerClient build
 host_says build/host.exe 0 "signed in: Ada Lovelace"
 expect "no tool is built" [ ! -e build/copy/bin/orvdiag.exe ]
 
-# An epoch for both, and local times that differ.
+# Both builds have the same epoch, but different local times.
 export SOURCE_DATE_EPOCH=1234567890
 run cmake -DORVELLOGIN_INSTALL=ON -DORVELLOGIN_TOOLS=ON build
 TZ=UTC-9 run cmake --build build --target zip

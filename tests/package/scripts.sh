@@ -1,5 +1,5 @@
 #!/bin/bash
-# scripts.sh SOURCE BUILD: how the scripts take what they are told, from anywhere.
+# scripts.sh SOURCE BUILD: how the scripts treat their arguments, called from another folder.
 . "$(dirname "$0")/../support/checks.sh"
 export CDPATH=.:/
 status_of() { # COMMAND...: its status, with its output in the file `output`
@@ -17,7 +17,7 @@ for script in "$source"/script/*; do
 done
 expect "wine-run reports that there is no such program" [ "$(status_of "$source/script/wine-run" no.exe)" != 0 ]
 
-# script/test by itself, in a checkout where there is nothing to set up, and one test, which leaves a program behind.
+# script/test alone, in a checkout with nothing to set up and a single test, which leaves a program running.
 mkdir -p checkout/build/mingw-x86-release
 cp -r "$source/script" "$source/CMakePresets.json" checkout
 for step in setup lint check-tests build; do

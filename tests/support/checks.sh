@@ -1,7 +1,7 @@
 # shellcheck shell=bash
 # shellcheck disable=SC2034  # the tests that source this use them
-# Sourced by the shell tests, which are called with the folders SOURCE and BUILD. Puts a test into an empty folder of its own,
-# with a name that hurts.
+# Sourced by the shell tests, which are called with the folders SOURCE and BUILD. Runs a test in its own empty folder,
+# whose name contains everything that scripts get wrong.
 set -euo pipefail
 unset CDPATH
 export LC_ALL=C
@@ -25,7 +25,7 @@ same() { # WHAT EXPECTED ACTUAL
     exit 1
   }
 }
-blocks() { # FILE LANGUAGE: what its fenced blocks in the language hold
+blocks() { # FILE LANGUAGE: the content of its fenced blocks in that language
   sed -n "/^\`\`\`$2\$/,/^\`\`\`\$/{/^\`\`\`/d;p}" "$1"
 }
 host_says() { # PROGRAM STATUS OUTPUT

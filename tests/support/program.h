@@ -11,13 +11,13 @@
 
 #include "orvsecutils/platform/windows/handles.h"
 
-/// A file as its bytes are; empty when it is not there.
+/// The bytes of a file; empty if it does not exist.
 inline std::string contentof(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-/// Asks again and again until the answer is yes; false when ten seconds did not bring it.
+/// Waits until `condition` is true. Returns false if it is not within ten seconds.
 inline bool eventually(const std::function<bool()>& condition) {
     for (const ULONGLONG end = GetTickCount64() + 10000; GetTickCount64() < end; Sleep(10)) {
         if (condition()) {
@@ -27,17 +27,17 @@ inline bool eventually(const std::function<bool()>& condition) {
     return false;
 }
 
-/// A program under way. Its output goes to files in the folder that it works in.
+/// A running program. Its output goes to files in its working folder.
 class program {
 public:
     struct result {
         DWORD status;
-        std::string output;  ///< bytes as they are written, so with a text file's line ends
+        std::string output;  ///< the bytes as written, with CR LF
         std::string errors;
     };
 
-    /// Starts `executable`, which lies beside the test program unless its path is a full one, on the caller's desktop
-    /// or on the one that is named.
+    /// Starts `executable` with `folder` as its working folder. A relative path is one in the test program's folder.
+    /// `desktop`: null for the caller's.
     program(const std::filesystem::path& executable, const std::wstring& arguments, const std::filesystem::path& folder,
             const wchar_t* desktop = nullptr) {
         static int count = 0;
@@ -57,7 +57,7 @@ public:
         PROCESS_INFORMATION info = {};
         if (!CreateProcessW(file.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, folder.c_str(), &start,
                             &info)) {
-            throw std::runtime_error("no start of " + executable.string());
+            throw std::runtime_error("cannot start " + executable.string());
         }
         process.reset(info.hProcess);
         CloseHandle(info.hThread);
@@ -85,7 +85,7 @@ public:
     std::string outputsofar() const { return contentof(output); }
     void end() const { TerminateProcess(process.get(), 0); }
 
-    /// Where the test program lies, and what is built with it.
+    /// The test program's folder, which also contains what is built with it.
     static std::filesystem::path ownfolder() {
         wchar_t path[1024];
         GetModuleFileNameW(nullptr, path, 1024);
@@ -94,7 +94,7 @@ public:
 
 private:
     static orvsecutils::filehandle inheritable(const std::filesystem::path& path) {
-        // Deletable while it is open: Wine's desktop process inherits it when a program is the first to need one.
+        // Deletable while it is open: Wine's desktop process inherits the handle from the first program that needs it.
         SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
         return orvsecutils::filehandle(CreateFileW(path.c_str(), FILE_APPEND_DATA,
                                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, &inherit,

@@ -12,12 +12,12 @@
 constexpr REGSAM view64 = KEY_WOW64_64KEY;
 constexpr REGSAM view32 = KEY_WOW64_32KEY;
 
-/// A text's units as the registry stores them.
+/// The bytes of a text, as the registry stores them.
 inline std::string bytesof(std::wstring_view units) {
     return std::string(reinterpret_cast<const char*>(units.data()), units.size() * sizeof(wchar_t));
 }
 
-/// A registry key in one view, made if it is not there, for looking at and writing plain bytes.
+/// A registry key in one view, created if it does not exist, for reading and writing raw bytes.
 struct rawkey {
     rawkey(HKEY hive, REGSAM view, const std::string& path) {
         HKEY opened = nullptr;
@@ -46,7 +46,7 @@ struct rawkey {
     orvsecutils::registrykey key;
 };
 
-/// Removes what is below software\COMPANY, the user's and the machine's in both views.
+/// Deletes the key software\COMPANY: the user's, and the machine's in both views.
 inline void removecompany(const std::wstring& company) {
     RegDeleteTreeW(HKEY_CURRENT_USER, (L"software\\" + company).c_str());
     for (const REGSAM view : {view64, view32}) {

@@ -6,17 +6,17 @@
 #include <stdexcept>
 #include <string>
 
-/// A new folder among the user's temporary ones, with letters of several scripts in its name; removed at the end with
-/// all that is in it.
+/// A new folder in the user's temporary folder, with letters of several scripts in its name; removed at the end with
+/// its content.
 class temporary_folder {
 public:
     temporary_folder()
-        // A process's number comes again soon, and a test that crashed may have left its folder.
+        // More than the process identifier, which is reused soon: a test that crashed may have left its folder.
         : path(std::filesystem::temp_directory_path() /
                (L"orvel ñ 日本 вход \xD83D\xDE00 " + std::to_wstring(GetCurrentProcessId()) + L"-" +
                 std::to_wstring(GetTickCount64()) + L"-" + std::to_wstring(++count))) {
         if (!std::filesystem::create_directory(path)) {
-            throw std::runtime_error("the temporary folder is there already");
+            throw std::runtime_error("the temporary folder exists already");
         }
     }
 

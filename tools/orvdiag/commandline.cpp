@@ -17,8 +17,8 @@ namespace orvdiag {
 
 namespace {
 
-// The values on the command line. Outlives the parser, because the command uses it later.
-struct given {
+// The values of a command's arguments. Outlives the parser, because the command uses it later.
+struct commandarguments {
     bool json = false;
     std::string group;
     std::string state;
@@ -27,9 +27,9 @@ struct given {
     logrequest log;
 };
 
-int show(const answer& found, bool asjson) {
-    print(asjson ? found.data.dump(2, ' ', false, json::error_handler_t::replace) + "\n" : found.text);
-    return found.status;
+int show(const commandresult& result, bool asjson) {
+    print(asjson ? result.data.dump(2, ' ', false, json::error_handler_t::replace) + "\n" : result.text);
+    return result.status;
 }
 
 const CLI::Validator notempty([](const std::string& text) { return text.empty() ? "it is empty" : ""; }, "");
@@ -47,10 +47,10 @@ public:
         addcommands();
     }
 
-    request read(std::vector<std::string> words) {
-        std::reverse(words.begin(), words.end());  // CLI11 expects them in reverse order
+    request read(std::vector<std::string> arguments) {
+        std::reverse(arguments.begin(), arguments.end());  // CLI11 expects them in reverse order
         try {
-            app.parse(words);
+            app.parse(arguments);
         } catch (const CLI::CallForVersion& version) {
             return {nullptr, std::string(version.what()) + "\n", {}};
         } catch (const CLI::CallForHelp&) {
@@ -64,9 +64,10 @@ public:
 private:
     void addcommands();
 
-    CLI::App* add(const char* name, const char* summary, const char* more, std::function<int(const given&)> run) {
+    CLI::App* add(const char* name, const char* summary, const char* details,
+                  std::function<int(const commandarguments&)> run) {
         CLI::App* const added = app.add_subcommand(name, summary);
-        added->footer(more);
+        added->footer(details);
         added->callback([this, run] { command = [values = values, run] { return run(*values); }; });
         return added;
     }
@@ -75,26 +76,26 @@ private:
 
     std::string complaint(const CLI::ParseError& failed) const {
         const auto chosen = app.get_subcommands();
-        const std::string place = chosen.empty() ? "orvdiag --help lists the commands"
-                                                 : "orvdiag " + chosen.front()->get_name() + " --help explains it";
+        const std::string hint = chosen.empty() ? "orvdiag --help lists the commands"
+                                                : "orvdiag " + chosen.front()->get_name() + " --help explains it";
         std::string text = failed.what();
         if (dynamic_cast<const CLI::ExtrasError*>(&failed)) {
-            const auto words = chosen.empty() ? app.remaining() : chosen.front()->remaining();
-            const std::string word = words.empty() ? std::string() : words.front();
-            const bool option = word.size() > 1 && word[0] == '-';
+            const auto arguments = chosen.empty() ? app.remaining() : chosen.front()->remaining();
+            const std::string argument = arguments.empty() ? std::string() : arguments.front();
+            const bool option = argument.size() > 1 && argument[0] == '-';
             text = (option           ? "unknown option: "
                     : chosen.empty() ? "unknown command: "
                                      : "unexpected argument: ") +
-                   word;
+                   argument;
         } else if (dynamic_cast<const CLI::ValidationError*>(&failed) ||
                    dynamic_cast<const CLI::ConversionError*>(&failed)) {
             text = "invalid argument: " + text;
         }
-        return oneline(text + " (" + place + ")");
+        return oneline(text + " (" + hint + ")");
     }
 
     CLI::App app;
-    const std::shared_ptr<given> values = std::make_shared<given>();
+    const std::shared_ptr<commandarguments> values = std::make_shared<commandarguments>();
     std::function<int()> command;
 };
 
@@ -103,14 +104,14 @@ void parser::addcommands() {
         add("facts", "machine, system, user and folders, as the library sees them",
             "Prints every fact that the library can find out, one per line: name, value, and in parentheses what its\n"
             "numbers mean. A fact that the system cannot provide is empty.",
-            [](const given& values) { return show(facts(), values.json); }));
+            [](const commandarguments& values) { return show(facts(), values.json); }));
 
     CLI::App* added = add(
         "settings", "a settings group: names, kinds, values and scopes",
         "Prints the values of one of the library's groups in the registry: the user's and the machine's, including\n"
         "those in the 32-bit view, which the library does not read, and those that it ignores or cannot read. A\n"
         "user's value hides the machine's value of the same name, which is then marked.",
-        [](const given& values) { return show(settingsof(values.group), values.json); });
+        [](const commandarguments& values) { return show(settingsof(values.group), values.json); });
     added->add_option("GROUP", values->group, "name of the group, for example Debug")->required()->check(notempty);
     addjson(added);
 
@@ -118,18 +119,18 @@ void parser::addcommands() {
         "logging", "shows or sets whether this user's programs log",
         "Without an argument, shows whether the log is on for this user, why, and whether its file can be written.\n"
         "With one, sets it for this user. Programs that are running keep their setting until they are started again.",
-        [](const given& values) { return show(logging(values.state), values.json); });
+        [](const commandarguments& values) { return show(logging(values.state), values.json); });
     added->add_option("STATE", values->state, "on or off")->check(CLI::IsMember({"on", "off"}));
     addjson(added);
 
     added =
         add("log", "where the log file is, and its last lines",
             "Prints the log file's path and its last lines. --level and --program keep the lines of a record together.",
-            [](const given& values) { return showlog(values.log); });
+            [](const commandarguments& values) { return showlog(values.log); });
     CLI::Option* const lines = added->add_option("-n", values->log.lines, "number of lines (default: 20)");
     added
         ->add_flag_callback(
-            "--all", [given = values] { given->log.lines.reset(); }, "all lines")
+            "--all", [values = values] { values->log.lines.reset(); }, "all lines")
         ->excludes(lines);
     added->add_option("--level", values->log.filter.levels, "records of this level only: info, warn, error or unknown")
         ->check(CLI::IsMember({"info", "warn", "error", "unknown"}))
@@ -144,7 +145,7 @@ void parser::addcommands() {
         "Looks for orvellogin.dll or orvelloginc.dll and the files that it needs beside it, and for the assemblies of\n"
         "the login manager in the sub-folder OrvelLoginManagerClient. Then loads the library, starts the .NET\n"
         "Framework 4 runtime and opens the assemblies, in a separate process. Does not sign in or connect to anything.",
-        [](const given& values) { return show(checklogin(values.folder), values.json); });
+        [](const commandarguments& values) { return show(checklogin(values.folder), values.json); });
     added->add_option("DIR", values->folder, "the library's folder, usually the program's (default: the tool's own)")
         ->check(notempty);
     addjson(added);
@@ -155,7 +156,9 @@ void parser::addcommands() {
         "an existing file of that name. The exit status says whether it was written. It contains personal data, but "
         "no\n"
         "values of settings whose names look like passwords, tokens or keys.",
-        [](const given& values) { return show(writereport(values.file, values.folder, values.json), false); });
+        [](const commandarguments& values) {
+            return show(writereport(values.file, values.folder, values.json), false);
+        });
     added->add_option("FILE", values->file, "file to write (default: orvdiag-report.txt in the current folder)")
         ->check(notempty);
     added->add_option("DIR", values->folder, "the library's folder, as for login")->check(notempty);
@@ -164,13 +167,13 @@ void parser::addcommands() {
 
 }  // namespace
 
-request parse(std::vector<std::string> words) {
-    if (!words.empty() && words.front() == "help") {  // help COMMAND becomes COMMAND --help
-        words.erase(words.begin());
-        words.push_back("--help");
+request parse(std::vector<std::string> arguments) {
+    if (!arguments.empty() && arguments.front() == "help") {  // help COMMAND becomes COMMAND --help
+        arguments.erase(arguments.begin());
+        arguments.push_back("--help");
     }
-    std::replace(words.begin(), words.end(), std::string("/?"), std::string("--help"));
-    return parser().read(std::move(words));
+    std::replace(arguments.begin(), arguments.end(), std::string("/?"), std::string("--help"));
+    return parser().read(std::move(arguments));
 }
 
 }  // namespace orvdiag

@@ -14,6 +14,6 @@ struct request {
 };
 
 /// Parses the arguments of a command line, without the program's name.
-request parse(std::vector<std::string> words);
+request parse(std::vector<std::string> arguments);
 
 }  // namespace orvdiag

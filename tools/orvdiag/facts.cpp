@@ -37,18 +37,18 @@ std::array<int, Count> numbersof(const std::string& text) {
     return numbers;
 }
 
-std::string localewords(int identifier) {
+std::string localename(int identifier) {
     const auto part = [identifier](LCTYPE type) {
-        wchar_t words[128] = {};
-        GetLocaleInfoW(MAKELCID(static_cast<LANGID>(identifier), SORT_DEFAULT), type, words, 128);
-        return readable(words);
+        wchar_t text[128] = {};
+        GetLocaleInfoW(MAKELCID(static_cast<LANGID>(identifier), SORT_DEFAULT), type, text, 128);
+        return toutf8lossy(text);
     };
     const std::string language = part(LOCALE_SENGLANGUAGE);
     return language.empty() ? "unknown" : language + ", " + part(LOCALE_SENGCOUNTRY);
 }
 
 template <auto Operation>
-std::string ask(const platform& system) {
+std::string getfact(const platform& system) {
     if constexpr (std::is_same_v<decltype(Operation), int (platform::*)() const>) {
         return std::to_string((system.*Operation)());
     } else {
@@ -58,41 +58,41 @@ std::string ask(const platform& system) {
 
 struct fact {
     const char* name;
-    std::string (*ask)(const platform&);
-    std::string (*words)(const std::string& value);  // explains the value; null if it needs no explanation
+    std::string (*get)(const platform&);
+    std::string (*explain)(const std::string& value);  // null if the value needs no explanation
 };
 
 // The platform's operations without arguments, in its order.
 constexpr fact knownfacts[] = {
-    {"uilanguage", ask<&platform::uilanguage>, languagewords},
-    {"computername", ask<&platform::computername>, nullptr},
-    {"username", ask<&platform::username>, nullptr},
-    {"osversion", ask<&platform::osversion>, versionwords},
-    {"languageids", ask<&platform::languageids>, localeswords},
-    {"processorinfo", ask<&platform::processorinfo>, processorwords},
-    {"profilefolder", ask<&platform::profilefolder>, nullptr},
-    {"executablename", ask<&platform::executablename>, nullptr},
-    {"defaultsettingsroot", ask<&platform::defaultsettingsroot>, nullptr},
-    {"executablefolder", ask<&platform::executablefolder>, nullptr},
-    {"localappdatafolder", ask<&platform::localappdatafolder>, nullptr},
-    {"roamingappdatafolder", ask<&platform::roamingappdatafolder>, nullptr},
-    {"programfilesfolder", ask<&platform::programfilesfolder>, nullptr},
-    {"programfilesx86folder", ask<&platform::programfilesx86folder>, nullptr},
-    {"macaddress", ask<&platform::macaddress>, nullptr},
-    {"publicfolder", ask<&platform::publicfolder>, nullptr},
+    {"uilanguage", getfact<&platform::uilanguage>, explainlanguage},
+    {"computername", getfact<&platform::computername>, nullptr},
+    {"username", getfact<&platform::username>, nullptr},
+    {"osversion", getfact<&platform::osversion>, explainversion},
+    {"languageids", getfact<&platform::languageids>, explainlocales},
+    {"processorinfo", getfact<&platform::processorinfo>, explainprocessor},
+    {"profilefolder", getfact<&platform::profilefolder>, nullptr},
+    {"executablename", getfact<&platform::executablename>, nullptr},
+    {"defaultsettingsroot", getfact<&platform::defaultsettingsroot>, nullptr},
+    {"executablefolder", getfact<&platform::executablefolder>, nullptr},
+    {"localappdatafolder", getfact<&platform::localappdatafolder>, nullptr},
+    {"roamingappdatafolder", getfact<&platform::roamingappdatafolder>, nullptr},
+    {"programfilesfolder", getfact<&platform::programfilesfolder>, nullptr},
+    {"programfilesx86folder", getfact<&platform::programfilesx86folder>, nullptr},
+    {"macaddress", getfact<&platform::macaddress>, nullptr},
+    {"publicfolder", getfact<&platform::publicfolder>, nullptr},
 };
 
 // If the text of one fact is malformed, the others are still shown.
 std::string valueof(const fact& row) {
     try {
-        return row.ask(orvsecutils::currentplatform());
+        return row.get(orvsecutils::currentplatform());
     } catch (const std::range_error& failed) {
         return "(" + std::string(failed.what()) + ")";
     }
 }
 
 // A text or number below HKEY_LOCAL_MACHINE, in the 64-bit view; empty if it does not exist.
-std::string registered(const wchar_t* path, const wchar_t* name) {
+std::string machinevalue(const wchar_t* path, const wchar_t* name) {
     HKEY opened = nullptr;
     RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, KEY_READ | KEY_WOW64_64KEY, &opened);
     const orvsecutils::registrykey key(opened);
@@ -104,12 +104,12 @@ std::string registered(const wchar_t* path, const wchar_t* name) {
     }
     DWORD number = 0;
     std::memcpy(&number, data, sizeof number);
-    return type == REG_DWORD ? std::to_string(number) : readable(std::wstring_view(data));
+    return type == REG_DWORD ? std::to_string(number) : toutf8lossy(std::wstring_view(data));
 }
 
 }  // namespace
 
-std::string languagewords(const std::string& code) {
+std::string explainlanguage(const std::string& code) {
     // As numbered by languagecode().
     static constexpr const char* languages[] = {"Chinese (traditional)",
                                                 "Chinese (simplified)",
@@ -129,7 +129,7 @@ std::string languagewords(const std::string& code) {
     return index < std::size(languages) ? languages[index] : "unknown";
 }
 
-std::string versionwords(const std::string& numbers) {
+std::string explainversion(const std::string& numbers) {
     // Workstation and server releases share version numbers.
     struct release {
         int major, minor, build;
@@ -156,7 +156,7 @@ std::string versionwords(const std::string& numbers) {
                          : name;
 }
 
-std::string processorwords(const std::string& numbers) {
+std::string explainprocessor(const std::string& numbers) {
     struct architecture {
         int number;
         const char* name;
@@ -177,22 +177,22 @@ std::string processorwords(const std::string& numbers) {
            " as a 32-bit process sees it, level " + std::to_string(level);
 }
 
-std::string localeswords(const std::string& identifiers) {
+std::string explainlocales(const std::string& identifiers) {
     const auto [user, system] = numbersof<2>(identifiers);
-    return "user: " + localewords(user) + "; system: " + localewords(system);
+    return "user: " + localename(user) + "; system: " + localename(system);
 }
 
-answer facts() {
-    answer result = {0, std::string(), json::object()};
+commandresult facts() {
+    commandresult result = {0, std::string(), json::object()};
     std::vector<std::vector<std::string>> rows;
     json meanings = json::object();
     for (const fact& row : knownfacts) {
         const std::string value = valueof(row);
-        const std::string words = row.words ? row.words(value) : std::string();
-        rows.push_back({row.name, oneline(value) + (words.empty() ? "" : "  (" + words + ")")});
+        const std::string explanation = row.explain ? row.explain(value) : std::string();
+        rows.push_back({row.name, oneline(value) + (explanation.empty() ? "" : "  (" + explanation + ")")});
         result.data[row.name] = value;
-        if (!words.empty()) {
-            meanings[row.name] = words;
+        if (!explanation.empty()) {
+            meanings[row.name] = explanation;
         }
     }
     result.data["meanings"] = meanings;
@@ -200,14 +200,14 @@ answer facts() {
     return result;
 }
 
-answer systemversions() {
+commandresult systemversions() {
     constexpr wchar_t windows[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
     constexpr wchar_t framework[] = L"SOFTWARE\\Microsoft\\NET Framework Setup\\NDP\\v4\\Full";
     const auto joined = [](const wchar_t* path, std::initializer_list<std::pair<const char*, const wchar_t*>> parts) {
         std::string text;
-        for (const auto& [word, name] : parts) {
-            const std::string value = registered(path, name);
-            text += value.empty() ? value : (text.empty() ? "" : ", ") + std::string(word) + value;
+        for (const auto& [label, name] : parts) {
+            const std::string value = machinevalue(path, name);
+            text += value.empty() ? value : (text.empty() ? "" : ", ") + std::string(label) + value;
         }
         return text.empty() ? "not registered" : text;
     };
@@ -228,7 +228,7 @@ answer systemversions() {
         // The 32-bit file: on 64-bit Windows the system redirects this 32-bit process to SysWOW64.
         {"mscoree.dll", version(L"\\System32\\mscoree.dll")},
     };
-    answer result = {0, table(rows), json::object()};
+    commandresult result = {0, table(rows), json::object()};
     for (const auto& row : rows) {
         result.data[row[0]] = row[1];
     }

@@ -1,21 +1,21 @@
 #pragma once
 
-#include "tools/orvdiag/answer.h"
+#include "tools/orvdiag/commandresult.h"
 
 namespace orvdiag {
 
 /// Every fact that `platform` can provide, with the meaning of its numbers.
-answer facts();
+commandresult facts();
 
 /// The versions of Windows and the .NET Framework, from the registry and from the files of the runtime.
-answer systemversions();
+commandresult systemversions();
 
 /// The meaning of the numbers in a fact; empty if they are missing.
 /// @{
-std::string languagewords(const std::string& code);
-std::string versionwords(const std::string& numbers);
-std::string processorwords(const std::string& numbers);
-std::string localeswords(const std::string& identifiers);
+std::string explainlanguage(const std::string& code);
+std::string explainversion(const std::string& numbers);
+std::string explainprocessor(const std::string& numbers);
+std::string explainlocales(const std::string& identifiers);
 /// @}
 
 }  // namespace orvdiag

@@ -21,66 +21,66 @@ using namespace orvsecutils;
 
 namespace {
 
-const std::string wanted = debugsettings::loggingname;
+const std::string switchname = debugsettings::loggingname;
 
-std::string named(const storedvalue& row) {
-    return "the " + whose(row.place) + " setting " + quoted(row.name);
+std::string settingphrase(const storedvalue& row) {
+    return "the " + whose(row.location) + " setting " + quoted(row.name);
 }
 
-bool aboutlogging(const storedvalue& row) {
-    return samebutcase(row.name, wanted);
+bool hasswitchname(const storedvalue& row) {
+    return equalsignorecase(row.name, switchname);
 }
 
 // Whether this is the value that the library reads as the switch, even if its kind is wrong.
-bool counts(const storedvalue& row) {
-    return row.name == wanted && row.place != store::machine32 && !row.ignored;
+bool isreadasswitch(const storedvalue& row) {
+    return row.name == switchname && row.location != registrylocation::machine32 && !row.ignored;
 }
 
 // One sentence for each value that does not have the effect that its author probably expected.
-std::vector<std::string> surprises(const std::vector<storedvalue>& rows) {
-    std::vector<std::string> sentences;
+std::vector<std::string> settingremarks(const std::vector<storedvalue>& rows) {
+    std::vector<std::string> remarks;
     for (const storedvalue& row : rows) {
-        const std::string start = "T" + named(row).substr(1);
-        if (row.badtext && row.place != store::machine32) {
-            sentences.push_back(start + " is malformed (not valid UTF-16): the library cannot read the group " +
-                                debugsettings::groupname + ".");
+        const std::string start = "T" + settingphrase(row).substr(1);
+        if (row.badtext && row.location != registrylocation::machine32) {
+            remarks.push_back(start + " is malformed (not valid UTF-16): the library cannot read the group " +
+                              debugsettings::groupname + ".");
         }
-        if (!aboutlogging(row)) {
+        if (!hasswitchname(row)) {
             continue;
         }
-        if (row.place == store::machine32) {
-            sentences.push_back(start + " lies in the 32-bit view of the registry: the library reads the 64-bit view.");
-        } else if (row.name != wanted) {
-            sentences.push_back(start + " is spelled differently: the library reads " + quoted(wanted) +
-                                " only, so delete it.");
+        if (row.location == registrylocation::machine32) {
+            remarks.push_back(start + " lies in the 32-bit view of the registry: the library reads the 64-bit view.");
+        } else if (row.name != switchname) {
+            remarks.push_back(start + " is spelled differently: the library reads " + quoted(switchname) +
+                              " only, so delete it.");
         } else if (row.kind != "number") {
-            sentences.push_back(start + " is not a number (REG_DWORD) but of the kind " + row.kind +
-                                (row.ignored ? ": the library ignores it." : ": it counts as off."));
+            remarks.push_back(start + " is not a number (REG_DWORD) but of the kind " + row.kind +
+                              (row.ignored ? ": the library ignores it." : ": it counts as off."));
         } else if (row.ignored) {
-            sentences.push_back(start + " is malformed: the library ignores it.");
+            remarks.push_back(start + " is malformed: the library ignores it.");
         }
     }
-    return sentences;
+    return remarks;
 }
 
-std::string reason(const std::vector<storedvalue>& rows, bool groupread) {
+std::string switchreason(const std::vector<storedvalue>& rows, bool groupread) {
     if (!groupread) {
         return std::string("because the group ") + debugsettings::groupname + " cannot be read";
     }
     bool any = false;
     for (const storedvalue& row : rows) {  // sorted: the user's value comes before the machine's
-        if (counts(row)) {
-            return row.kind == "number" ? "by the " + whose(row.place) + " setting"
-                                        : "because " + named(row) + " is not a number";
+        if (isreadasswitch(row)) {
+            return row.kind == "number" ? "by the " + whose(row.location) + " setting"
+                                        : "because " + settingphrase(row) + " is not a number";
         }
-        any = any || aboutlogging(row);
+        any = any || hasswitchname(row);
     }
     return any ? "because no value that the library reads sets it" : "because nobody has set it";
 }
 
 }  // namespace
 
-std::string logobstacle(const std::string& path) {
+std::string whylogisnotwritable(const std::string& path) {
     if (path.empty()) {
         return "Windows reports no profile folder for this user";
     }
@@ -93,7 +93,7 @@ std::string logobstacle(const std::string& path) {
         return std::string();
     }
     if (const DWORD failure = GetLastError(); failure != ERROR_FILE_NOT_FOUND && failure != ERROR_PATH_NOT_FOUND) {
-        return systemwords(failure);
+        return systemmessage(failure);
     }
     // The file does not exist yet, so try what the library would do: create the folders, then a file in them. The file
     // has a different name, because deleting the log itself could delete the first lines of a program.
@@ -104,13 +104,14 @@ std::string logobstacle(const std::string& path) {
     std::string obstacle;
     for (const std::filesystem::path& folder : missing) {
         if (obstacle.empty() && !CreateDirectoryW(folder.c_str(), nullptr)) {
-            obstacle = "the folder " + readable(folder.native()) + " cannot be made: " + systemwords(GetLastError());
+            obstacle =
+                "the folder " + toutf8lossy(folder.native()) + " cannot be made: " + systemmessage(GetLastError());
         }
     }
     if (obstacle.empty() &&
         !open(file.native() + L".trial", FILE_APPEND_DATA | DELETE, CREATE_ALWAYS, FILE_FLAG_DELETE_ON_CLOSE)) {
-        obstacle =
-            "a file in " + readable(file.parent_path().native()) + " cannot be made: " + systemwords(GetLastError());
+        obstacle = "a file in " + toutf8lossy(file.parent_path().native()) +
+                   " cannot be made: " + systemmessage(GetLastError());
     }
     for (; !missing.empty(); missing.pop_back()) {
         RemoveDirectoryW(missing.back().c_str());  // fails, as it should, if a program has created a file there
@@ -118,17 +119,17 @@ std::string logobstacle(const std::string& path) {
     return obstacle;
 }
 
-answer logging(const std::string& word) {
-    const std::string call = "orvdiag::logging(" + word + ")";
-    if (word == "off") {
+commandresult logging(const std::string& state) {
+    const std::string call = "orvdiag::logging(" + state + ")";
+    if (state == "off") {
         // Before the switch changes: a process reads it once, so the lines about switching the log off are still
         // written.
         loginfo() << call;
     }
     bool written = true;
-    if (!word.empty()) {
+    if (!state.empty()) {
         // Writes only this value. settings::save() would write back the user's other values too.
-        const settingsmap change = {{wanted, makesetting(word == "on" ? 1u : 0u)}};
+        const settingsmap change = {{switchname, makesetting(state == "on" ? 1u : 0u)}};
         written = currentplatform().writesettings(settingsscope::user, librarygroup(debugsettings::groupname), change);
     }
     bool on = false;
@@ -139,36 +140,36 @@ answer logging(const std::string& word) {
         groupread = false;
     }
     const std::vector<storedvalue> rows = storedvalues(debugsettings::groupname);
-    const std::string because = reason(rows, groupread);
-    const std::vector<std::string> sentences = surprises(rows);
+    const std::string reason = switchreason(rows, groupread);
+    const std::vector<std::string> remarks = settingremarks(rows);
     const std::string path = logfilepath(currentplatform());
-    const std::string obstacle = logobstacle(path);
+    const std::string obstacle = whylogisnotwritable(path);
 
-    answer result = {0, std::string(), json::object()};
+    commandresult result = {0, std::string(), json::object()};
     if (!written) {
         result.text += "The setting cannot be written to the user's registry.\n";
     }
-    result.text += std::string("Logging is ") + (on ? "on" : "off") + ", " + because + ".\n";
-    for (const std::string& sentence : sentences) {
-        result.text += sentence + "\n";
+    result.text += std::string("Logging is ") + (on ? "on" : "off") + ", " + reason + ".\n";
+    for (const std::string& remark : remarks) {
+        result.text += remark + "\n";
     }
-    if (!word.empty()) {
+    if (!state.empty()) {
         result.text += "Programs that are running keep their setting until they are started again.\n";
     }
     result.text += "Log file: " + path + "\n";
     result.text += obstacle.empty() ? "It can be written.\n" : "It cannot be written: " + obstacle + "\n";
     result.data = {{"logging", on},
-                   {"reason", because},
-                   {"remarks", sentences},
+                   {"reason", reason},
+                   {"remarks", remarks},
                    {"logfile", path},
                    {"writable", obstacle.empty()},
                    {"obstacle", obstacle}};
-    const bool asked = word.empty() || (written && on == (word == "on"));
-    result.status = !asked || (on && !obstacle.empty()) ? 1 : 0;
-    if (word == "on") {
+    const bool asrequested = state.empty() || (written && on == (state == "on"));
+    result.status = !asrequested || (on && !obstacle.empty()) ? 1 : 0;
+    if (state == "on") {
         loginfo() << call;
     }
-    if (!word.empty()) {
+    if (!state.empty()) {
         orvsecutils::log(result.status == 0) << call << "=" << (on ? "on" : "off");
     }
     return result;

@@ -2,16 +2,16 @@
 
 #include <string>
 
-#include "tools/orvdiag/answer.h"
+#include "tools/orvdiag/commandresult.h"
 
 namespace orvdiag {
 
 /// Tries to write the log file at `path`. Returns why the library could not write it; empty if it could. Leaves neither
 /// a file nor a folder behind.
-std::string logobstacle(const std::string& path);
+std::string whylogisnotwritable(const std::string& path);
 
-/// Switches the log for this user if `word` is "on" or "off". Returns whether it is on, why, and whether its file can
+/// Switches the log for this user if `state` is "on" or "off". Returns whether it is on, why, and whether its file can
 /// be written.
-answer logging(const std::string& word);
+commandresult logging(const std::string& state);
 
 }  // namespace orvdiag

@@ -2,12 +2,12 @@
 
 #include <string>
 
-#include "tools/orvdiag/answer.h"
+#include "tools/orvdiag/commandresult.h"
 
 namespace orvdiag {
 
 /// Checks whether the login library in `folder` is complete, loads, and can use the login manager there. An empty
 /// `folder` means the tool's own.
-answer checklogin(const std::string& folder);
+commandresult checklogin(const std::string& folder);
 
 }  // namespace orvdiag

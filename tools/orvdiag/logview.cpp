@@ -30,24 +30,24 @@ BOOL WINAPI interrupt(DWORD event) {
 // The position of the level in the first line of a record, as in "11/21/2026 09:14:03+0100,info,host.exe,message"; npos
 // if the line does not begin a record.
 std::size_t levelat(std::string_view line) {
-    constexpr std::string_view form = "00/00/0000 00:00:00+0000,";
-    if (line.size() < form.size()) {
+    constexpr std::string_view pattern = "00/00/0000 00:00:00+0000,";
+    if (line.size() < pattern.size()) {
         return std::string_view::npos;
     }
-    for (std::size_t i = 0; i < form.size(); ++i) {
-        const bool right = form[i] == '0'   ? line[i] >= '0' && line[i] <= '9'
-                           : form[i] == '+' ? line[i] == '+' || line[i] == '-'
-                                            : line[i] == form[i];
-        if (!right) {
+    for (std::size_t i = 0; i < pattern.size(); ++i) {
+        const bool matches = pattern[i] == '0'   ? line[i] >= '0' && line[i] <= '9'
+                             : pattern[i] == '+' ? line[i] == '+' || line[i] == '-'
+                                                 : line[i] == pattern[i];
+        if (!matches) {
             return std::string_view::npos;
         }
     }
-    return form.size();
+    return pattern.size();
 }
 
 // Calls `take` with each line that passes the filter, including its line feed.
 template <class Take>
-void eachline(std::string_view text, recordfilter& filter, Take take) {
+void foreachline(std::string_view text, recordfilter& filter, Take take) {
     while (!text.empty()) {
         const std::string_view line = text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
         text.remove_prefix(line.size());
@@ -59,31 +59,31 @@ void eachline(std::string_view text, recordfilter& filter, Take take) {
 
 std::string filtered(std::string_view text, recordfilter& filter) {
     std::string result;
-    eachline(text, filter, [&](std::string_view line) { result += line; });
+    foreachline(text, filter, [&](std::string_view line) { result += line; });
     return result;
 }
 
-std::string whynot(const std::string& path, unsigned long failure) {
+std::string readfailure(const std::string& path, unsigned long failure) {
     return path.empty() ? "there is no log file: Windows reports no profile folder for this user"
-                        : "the log file cannot be read: " + systemwords(failure);
+                        : "the log file cannot be read: " + systemmessage(failure);
 }
 
 // The last `count` lines at present that pass the filter.
-std::deque<std::string> present(filetail& tail, std::size_t count, recordfilter& filter, bool unfinished) {
-    std::deque<std::string> kept;
+std::deque<std::string> lastpassinglines(filetail& tail, std::size_t count, recordfilter& filter, bool unfinished) {
+    std::deque<std::string> lines;
     const auto keep = [&](std::string_view line) {
-        kept.emplace_back(line);
-        if (kept.size() > count) {
-            kept.pop_front();
+        lines.emplace_back(line);
+        if (lines.size() > count) {
+            lines.pop_front();
         }
     };
     for (std::string text; !(text = tail.next()).empty();) {
-        eachline(text, filter, keep);
+        foreachline(text, filter, keep);
     }
     if (unfinished) {
-        eachline(tail.rest(), filter, keep);
+        foreachline(tail.rest(), filter, keep);
     }
-    return kept;
+    return lines;
 }
 
 }  // namespace
@@ -100,7 +100,7 @@ bool recordfilter::passes(std::string_view line) {
     const std::string_view rest = line.substr(std::min(end + 1, line.size()));
     passing =
         (levels.empty() || std::find(levels.begin(), levels.end(), line.substr(level, end - level)) != levels.end()) &&
-        (program.empty() || samebutcase(rest.substr(0, program.size() + 1), program + ","));
+        (program.empty() || equalsignorecase(rest.substr(0, program.size() + 1), program + ","));
     return passing;
 }
 
@@ -108,7 +108,7 @@ int showlog(logrequest request) {
     constexpr DWORD pausemilliseconds = 20;
     const std::string path = orvsecutils::logfilepath(orvsecutils::currentplatform());
     if (path.empty()) {
-        complain(whynot(path, 0));
+        printerror(readfailure(path, 0));
         return 1;
     }
     if (request.follow) {
@@ -118,12 +118,12 @@ int showlog(logrequest request) {
     recordfilter& filter = request.filter;
     filetail tail(path, request.follow);
     // Without a filter, only the last lines need to be read.
-    const bool all = filter.levels.empty() && filter.program.empty();
-    const unsigned long failure = tail.begin(all ? request.lines : std::nullopt);
+    const bool unfiltered = filter.levels.empty() && filter.program.empty();
+    const unsigned long failure = tail.begin(unfiltered ? request.lines : std::nullopt);
     if (failure != 0) {
-        complain(whynot(path, failure));
+        printerror(readfailure(path, failure));
     } else if (request.lines) {
-        for (const std::string& line : present(tail, *request.lines, filter, !request.follow)) {
+        for (const std::string& line : lastpassinglines(tail, *request.lines, filter, !request.follow)) {
             print(line);
         }
     } else {
@@ -146,17 +146,17 @@ int showlog(logrequest request) {
     return 0;
 }
 
-answer lastlines(std::size_t count) {
-    answer result = {0, std::string(), json::array()};
+commandresult lastlines(std::size_t count) {
+    commandresult result = {0, std::string(), json::array()};
     const std::string path = orvsecutils::logfilepath(orvsecutils::currentplatform());
     filetail tail(path, false);
     const unsigned long failure = path.empty() ? ERROR_PATH_NOT_FOUND : tail.begin(count);
     if (failure != 0) {
-        return {1, "None: " + whynot(path, failure) + ".\n", result.data};
+        return {1, "None: " + readfailure(path, failure) + ".\n", result.data};
     }
-    recordfilter all;
-    for (const std::string& line : present(tail, count, all, true)) {
-        const std::string text = readable(line);
+    recordfilter nofilter;
+    for (const std::string& line : lastpassinglines(tail, count, nofilter, true)) {
+        const std::string text = toutf8lossy(line);
         result.text += text;
         result.data.push_back(text.substr(0, text.find('\n')));
     }

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/orvdiag/answer.h"
+#include "tools/orvdiag/commandresult.h"
 
 namespace orvdiag {
 
@@ -35,6 +35,6 @@ struct logrequest {
 int showlog(logrequest request);
 
 /// The last lines of the log, at most `count`, or why there are none.
-answer lastlines(std::size_t count);
+commandresult lastlines(std::size_t count);
 
 }  // namespace orvdiag

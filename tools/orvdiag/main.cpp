@@ -14,17 +14,17 @@ namespace orvdiag {
 
 namespace {
 
-int run(const std::vector<std::string>& words) {
-    claimstandardoutput();
-    const request asked = parse(words);
-    if (!asked.complaint.empty()) {
-        complain(asked.complaint);
+int run(const std::vector<std::string>& arguments) {
+    reservestandardoutput();
+    const request parsed = parse(arguments);
+    if (!parsed.complaint.empty()) {
+        printerror(parsed.complaint);
         return 2;
     }
-    print(asked.text);
-    const int status = asked.command ? asked.command() : 0;
+    print(parsed.text);
+    const int status = parsed.command ? parsed.command() : 0;
     if (!print("")) {
-        complain("standard output cannot be written");
+        printerror("standard output cannot be written");
         return 1;
     }
     return status;
@@ -34,18 +34,18 @@ int run(const std::vector<std::string>& words) {
 
 }  // namespace orvdiag
 
-int wmain(int count, wchar_t** words) {
+int wmain(int count, wchar_t** arguments) {
     try {
-        if (count > 1 && words[1] == std::wstring(orvdiag::trialword)) {
-            return orvdiag::runtrial(count, words);
+        if (count > 1 && arguments[1] == std::wstring(orvdiag::trialargument)) {
+            return orvdiag::runtrial(count, arguments);
         }
-        std::vector<std::string> texts;
+        std::vector<std::string> utf8arguments;
         for (int i = 1; i < count; ++i) {
-            texts.push_back(orvdiag::readable(std::wstring_view(words[i])));
+            utf8arguments.push_back(orvdiag::toutf8lossy(std::wstring_view(arguments[i])));
         }
-        return orvdiag::run(texts);
+        return orvdiag::run(utf8arguments);
     } catch (const std::exception& failed) {
-        orvdiag::complain(failed.what());
+        orvdiag::printerror(failed.what());
         return 1;
     }
 }

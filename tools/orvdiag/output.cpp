@@ -31,7 +31,7 @@ bool write(HANDLE handle, std::string_view text) {
         }
         return true;
     }
-    const std::string bytes = orvsecutils::textfileform(text);
+    const std::string bytes = orvsecutils::withcrlf(text);
     for (std::size_t done = 0; done < bytes.size(); done += written) {
         if (!WriteFile(handle, bytes.data() + done, static_cast<DWORD>(bytes.size() - done), &written, nullptr) ||
             written == 0) {
@@ -43,7 +43,7 @@ bool write(HANDLE handle, std::string_view text) {
 
 }  // namespace
 
-void claimstandardoutput() {
+void reservestandardoutput() {
     // A duplicate, because redirecting the C library's descriptor below closes the original handle.
     const HANDLE process = GetCurrentProcess();
     if (!DuplicateHandle(process, GetStdHandle(STD_OUTPUT_HANDLE), process, &standardoutput, 0, FALSE,
@@ -58,7 +58,7 @@ bool print(std::string_view text) {
     return !failed;
 }
 
-void complain(std::string_view line) {
+void printerror(std::string_view line) {
     write(GetStdHandle(STD_ERROR_HANDLE), "orvdiag: " + std::string(line) + "\n");
 }
 

@@ -6,13 +6,13 @@ namespace orvdiag {
 
 /// Reserves standard output for print(): everything else that is written there from now on, such as the log's echo,
 /// goes to standard error. Call once, before anything is written.
-void claimstandardoutput();
+void reservestandardoutput();
 
 /// Writes UTF-8 text to standard output: to a console as UTF-16, which is independent of its code page; to a file or a
 /// pipe as UTF-8 with CR LF line ends. Returns false if this or an earlier call failed.
 bool print(std::string_view text);
 
 /// Writes one line about a failure to standard error, in the same encoding.
-void complain(std::string_view line);
+void printerror(std::string_view line);
 
 }  // namespace orvdiag

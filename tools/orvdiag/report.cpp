@@ -31,7 +31,7 @@ constexpr char personaldata[] =
 struct section {
     const char* title;
     const char* name;  // in JSON
-    answer (*ask)(const std::string& folder);
+    commandresult (*run)(const std::string& folder);
 };
 
 constexpr section sections[] = {
@@ -44,9 +44,9 @@ constexpr section sections[] = {
 };
 
 // If one section fails, the others are still written.
-answer ask(const section& row, const std::string& folder) {
+commandresult runsection(const section& row, const std::string& folder) {
     try {
-        return row.ask(folder);
+        return row.run(folder);
     } catch (const std::exception& failed) {
         return {1, std::string("This part failed: ") + failed.what() + "\n", failed.what()};
     }
@@ -57,37 +57,37 @@ std::string writefile(const std::wstring& path, const std::string& bytes) {
     const orvsecutils::filehandle file(
         CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     DWORD written = 0;
-    const bool good = file &&
-                      WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
-                      written == bytes.size();
-    return good ? std::string() : systemwords(GetLastError());
+    const bool complete = file &&
+                          WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
+                          written == bytes.size();
+    return complete ? std::string() : systemmessage(GetLastError());
 }
 
 }  // namespace
 
-answer writereport(const std::string& file, const std::string& folder, bool asjson) {
+commandresult writereport(const std::string& file, const std::string& folder, bool asjson) {
     const std::array<char, 24> time = orvsecutils::timetext(orvsecutils::currentwalltime());
     const std::string written(time.begin(), time.end());
     std::string text = std::string("Report of orvdiag ") + ORVDIAG_VERSION + ", " + written + "\n\n" + personaldata;
     json data = {
         {"tool", std::string("orvdiag ") + ORVDIAG_VERSION}, {"written", written}, {"personaldata", personaldata}};
     for (const section& row : sections) {
-        const answer found = ask(row, folder);
-        text += std::string("\n== ") + row.title + "\n\n" + found.text;
-        data[row.name] = found.data;
+        const commandresult result = runsection(row, folder);
+        text += std::string("\n== ") + row.title + "\n\n" + result.text;
+        data[row.name] = result.data;
     }
     if (asjson) {
         text = data.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
     }
     const std::wstring path = std::filesystem::absolute(orvsecutils::toutf16(file)).native();
-    const std::string shown = readable(path);
-    const std::string obstacle = writefile(path, orvsecutils::textfileform(readable(text)));
+    const std::string utf8path = toutf8lossy(path);
+    const std::string obstacle = writefile(path, orvsecutils::withcrlf(toutf8lossy(text)));
     if (!obstacle.empty()) {
         return {1,
-                "The report cannot be written to " + shown + ": " + obstacle + "\n",
-                {{"file", shown}, {"obstacle", obstacle}}};
+                "The report cannot be written to " + utf8path + ": " + obstacle + "\n",
+                {{"file", utf8path}, {"obstacle", obstacle}}};
     }
-    return {0, "Report: " + shown + "\n" + personaldata, {{"file", shown}, {"personaldata", personaldata}}};
+    return {0, "Report: " + utf8path + "\n" + personaldata, {{"file", utf8path}, {"personaldata", personaldata}}};
 }
 
 }  // namespace orvdiag

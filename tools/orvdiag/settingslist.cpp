@@ -23,8 +23,8 @@ std::string valuetext(const json& value) {
 }
 
 // Why the library does not use a value; empty if it does.
-std::string remark(const storedvalue& row, const std::vector<storedvalue>& rows) {
-    if (row.place == store::machine32) {
+std::string whyunused(const storedvalue& row, const std::vector<storedvalue>& rows) {
+    if (row.location == registrylocation::machine32) {
         return "not read: the library reads the 64-bit view";
     }
     if (row.badtext) {
@@ -35,20 +35,21 @@ std::string remark(const storedvalue& row, const std::vector<storedvalue>& rows)
         return known ? "ignored: malformed" : "ignored: the library reads no values of this kind";
     }
     const bool hidden =
-        row.place == store::machine && std::any_of(rows.begin(), rows.end(), [&](const auto& other) {
-            return other.place == store::user && !other.ignored && other.group == row.group && other.name == row.name;
+        row.location == registrylocation::machine && std::any_of(rows.begin(), rows.end(), [&](const auto& other) {
+            return other.location == registrylocation::user && !other.ignored && other.group == row.group &&
+                   other.name == row.name;
         });
     return hidden ? "hidden by the user's" : "";
 }
 
-const char* scope(store place) {
-    static constexpr const char* words[] = {"user", "machine", "machine, 32-bit view"};
-    return words[static_cast<std::size_t>(place)];
+const char* scope(registrylocation location) {
+    static constexpr const char* names[] = {"user", "machine", "machine, 32-bit view"};
+    return names[static_cast<std::size_t>(location)];
 }
 
 }  // namespace
 
-bool namesasecret(const std::string& name) {
+bool issecretname(const std::string& name) {
     std::string lower = name;
     std::transform(lower.begin(), lower.end(), lower.begin(), [](char letter) {
         return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
@@ -61,35 +62,35 @@ bool namesasecret(const std::string& name) {
     return false;
 }
 
-answer listing(const std::vector<storedvalue>& rows, bool forreport) {
-    answer result = {0, std::string(), json::array()};
+commandresult listing(const std::vector<storedvalue>& rows, bool forreport) {
+    commandresult result = {0, std::string(), json::array()};
     std::vector<std::vector<std::string>> lines = {{"NAME", "KIND", "VALUE", "SCOPE"}};
     for (const storedvalue& row : rows) {
-        const json value = forreport && namesasecret(row.name) ? json("(hidden)") : row.value;
+        const json value = forreport && issecretname(row.name) ? json("(hidden)") : row.value;
         const std::string name = oneline(forreport && !row.group.empty() ? row.group + "\\" + row.name : row.name);
-        const std::string more = remark(row, rows);
+        const std::string remark = whyunused(row, rows);
         lines.push_back({name, row.kind, value == "(hidden)" ? "(hidden)" : valuetext(value),
-                         scope(row.place) + (more.empty() ? "" : ", " + more)});
+                         scope(row.location) + (remark.empty() ? "" : ", " + remark)});
         result.data.push_back({{"group", row.group},
                                {"name", row.name},
                                {"kind", row.kind},
                                {"value", value},
-                               {"scope", scope(row.place)},
-                               {"remark", more}});
-        result.status = row.badtext && row.place != store::machine32 ? 1 : result.status;
+                               {"scope", scope(row.location)},
+                               {"remark", remark}});
+        result.status = row.badtext && row.location != registrylocation::machine32 ? 1 : result.status;
     }
     result.text = rows.empty() ? "There are no values.\n" : table(lines);
     return result;
 }
 
-answer settingsof(const std::string& group) {
+commandresult settingsof(const std::string& group) {
     const std::vector<storedvalue> rows = storedvalues(group);
-    answer result = listing(rows, false);
+    commandresult result = listing(rows, false);
     if (rows.empty()) {
-        const bool there = groupexists(group);
-        result.status = there ? 0 : 1;
-        result.text = there ? "The group " + oneline(group) + " holds no values.\n"
-                            : "There is no group " + oneline(group) + ", neither the user's nor the machine's.\n";
+        const bool exists = groupexists(group);
+        result.status = exists ? 0 : 1;
+        result.text = exists ? "The group " + oneline(group) + " holds no values.\n"
+                             : "There is no group " + oneline(group) + ", neither the user's nor the machine's.\n";
     }
     result.data = {{"group", group}, {"values", result.data}};
     return result;

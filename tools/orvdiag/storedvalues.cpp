@@ -29,17 +29,17 @@ bool hastwoviews() {
     return IsWow64Process(GetCurrentProcess(), &wow64) && wow64;
 }
 
-std::vector<store> stores() {
-    return hastwoviews() ? std::vector{store::user, store::machine, store::machine32}
-                         : std::vector{store::user, store::machine};
+std::vector<registrylocation> registrylocations() {
+    return hastwoviews() ? std::vector{registrylocation::user, registrylocation::machine, registrylocation::machine32}
+                         : std::vector{registrylocation::user, registrylocation::machine};
 }
 
 // The user's hive has only one view, so there the view's flag has no effect.
-registrykey open(store place, const std::string& group) {
+registrykey open(registrylocation location, const std::string& group) {
     HKEY key = nullptr;
-    RegOpenKeyExW(place == store::user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE,
+    RegOpenKeyExW(location == registrylocation::user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE,
                   orvsecutils::toutf16(grouppath(librarygroup(group))).c_str(), 0,
-                  KEY_READ | (place == store::machine32 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY), &key);
+                  KEY_READ | (location == registrylocation::machine32 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY), &key);
     return registrykey(key);
 }
 
@@ -49,7 +49,7 @@ std::string taketext(std::wstring_view text, storedvalue& row) {
         return orvsecutils::toutf8(text);
     } catch (const std::range_error&) {
         row.badtext = true;
-        return readable(text);
+        return toutf8lossy(text);
     }
 }
 
@@ -100,8 +100,8 @@ void decode(DWORD type, const std::vector<wchar_t>& data, DWORD bytes, storedval
     row.ignored = row.value.is_null();
 }
 
-void addvalues(const std::string& group, store place, std::vector<storedvalue>& rows) {
-    const registrykey key = open(place, group);
+void addvalues(const std::string& group, registrylocation location, std::vector<storedvalue>& rows) {
+    const registrykey key = open(location, group);
     DWORD longest = 0;
     if (!key || RegQueryInfoKeyW(key.get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
                                  &longest, nullptr, nullptr) != ERROR_SUCCESS) {
@@ -121,7 +121,7 @@ void addvalues(const std::string& group, store place, std::vector<storedvalue>& 
         if (result == ERROR_SUCCESS) {  // a value that cannot be read is skipped, the others are shown
             storedvalue row;
             row.group = group;
-            row.place = place;
+            row.location = location;
             row.name = taketext({name.data(), units}, row);
             decode(type, data, bytes, row);
             rows.push_back(std::move(row));
@@ -130,23 +130,24 @@ void addvalues(const std::string& group, store place, std::vector<storedvalue>& 
 }
 
 // Adds the paths of a group and of all groups below it.
-void addgroups(const std::string& group, store place, std::set<std::string>& groups) {
+void addgroups(const std::string& group, registrylocation location, std::set<std::string>& groups) {
     groups.insert(group);
-    const registrykey key = open(place, group);
+    const registrykey key = open(location, group);
     std::vector<wchar_t> name(namebufferunits);
     for (DWORD index = 0; key; ++index) {
         DWORD units = namebufferunits;
         if (RegEnumKeyExW(key.get(), index, name.data(), &units, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS) {
             return;
         }
-        addgroups((group.empty() ? "" : group + "\\") + readable(std::wstring_view(name.data(), units)), place, groups);
+        addgroups((group.empty() ? "" : group + "\\") + toutf8lossy(std::wstring_view(name.data(), units)), location,
+                  groups);
     }
 }
 
 }  // namespace
 
-std::string whose(store place) {
-    return place == store::user ? "user's" : "machine's";
+std::string whose(registrylocation location) {
+    return location == registrylocation::user ? "user's" : "machine's";
 }
 
 orvsecutils::settingsdef librarygroup(const std::string& name) {
@@ -155,25 +156,26 @@ orvsecutils::settingsdef librarygroup(const std::string& name) {
 }
 
 bool groupexists(const std::string& group) {
-    const std::vector<store> places = stores();
-    return std::any_of(places.begin(), places.end(), [&](store place) { return open(place, group) != nullptr; });
+    const std::vector<registrylocation> locations = registrylocations();
+    return std::any_of(locations.begin(), locations.end(),
+                       [&](registrylocation location) { return open(location, group) != nullptr; });
 }
 
 std::vector<storedvalue> storedvalues(const std::string& group) {
     std::vector<storedvalue> rows;
-    for (const store place : stores()) {
-        addvalues(group, place, rows);
+    for (const registrylocation location : registrylocations()) {
+        addvalues(group, location, rows);
     }
     std::sort(rows.begin(), rows.end(), [](const storedvalue& a, const storedvalue& b) {
-        return std::tie(a.name, a.place) < std::tie(b.name, b.place);
+        return std::tie(a.name, a.location) < std::tie(b.name, b.location);
     });
     return rows;
 }
 
 std::vector<storedvalue> allstoredvalues() {
     std::set<std::string> groups;
-    for (const store place : stores()) {
-        addgroups(std::string(), place, groups);
+    for (const registrylocation location : registrylocations()) {
+        addgroups(std::string(), location, groups);
     }
     std::vector<storedvalue> rows;
     for (const std::string& group : groups) {

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "tools/orvdiag/answer.h"
+#include "tools/orvdiag/commandresult.h"
 
 namespace orvdiag {
 
@@ -18,7 +18,7 @@ std::size_t width(const std::string& text) {
 
 }  // namespace
 
-std::string readable(std::wstring_view text) {
+std::string toutf8lossy(std::wstring_view text) {
     const int units = static_cast<int>(text.size());
     std::string result(static_cast<std::size_t>(units) * 3, '\0');
     result.resize(static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, text.data(), units, result.data(),
@@ -26,11 +26,11 @@ std::string readable(std::wstring_view text) {
     return result;
 }
 
-std::string readable(std::string_view bytes) {
+std::string toutf8lossy(std::string_view bytes) {
     const int size = static_cast<int>(bytes.size());
     std::wstring result(bytes.size(), L'\0');
     result.resize(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, result.data(), size)));
-    return readable(result);
+    return toutf8lossy(result);
 }
 
 std::string oneline(std::string_view text) {
@@ -51,20 +51,21 @@ std::string quoted(const std::string& text) {
     return oneline(json(text).dump(-1, ' ', false, json::error_handler_t::replace));
 }
 
-bool samebutcase(std::string_view a, std::string_view b) {
+bool equalsignorecase(std::string_view a, std::string_view b) {
     const auto lower = [](char letter) { return letter >= 'A' && letter <= 'Z' ? letter + 32 : letter; };
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                       [lower](char left, char right) { return lower(left) == lower(right); });
 }
 
-std::string systemwords(unsigned long code) {
-    wchar_t words[512];
-    DWORD units = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0, words,
-                                 static_cast<DWORD>(std::size(words)), nullptr);
-    while (units > 0 && words[units - 1] <= L' ') {
+std::string systemmessage(unsigned long code) {
+    wchar_t message[512];
+    DWORD units = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0, message,
+                                 static_cast<DWORD>(std::size(message)), nullptr);
+    while (units > 0 && message[units - 1] <= L' ') {
         --units;
     }
-    return readable(std::wstring_view(words, units)) + (units > 0 ? " " : "") + "(code " + std::to_string(code) + ")";
+    return toutf8lossy(std::wstring_view(message, units)) + (units > 0 ? " " : "") + "(code " + std::to_string(code) +
+           ")";
 }
 
 std::string table(const std::vector<std::vector<std::string>>& rows) {

@@ -8,10 +8,10 @@
 namespace orvdiag {
 
 /// The text in UTF-8. A lone surrogate becomes U+FFFD, because malformed text must be shown, not rejected.
-std::string readable(std::wstring_view text);
+std::string toutf8lossy(std::wstring_view text);
 
 /// The bytes as well-formed UTF-8; malformed parts become U+FFFD.
-std::string readable(std::string_view bytes);
+std::string toutf8lossy(std::string_view bytes);
 
 /// The text on one line: control characters become escapes such as "\u000a".
 std::string oneline(std::string_view text);
@@ -20,10 +20,10 @@ std::string oneline(std::string_view text);
 std::string quoted(const std::string& text);
 
 /// Whether two texts are equal when the case of ASCII letters is ignored.
-bool samebutcase(std::string_view a, std::string_view b);
+bool equalsignorecase(std::string_view a, std::string_view b);
 
 /// The system's message for one of its error codes, and the code.
-std::string systemwords(unsigned long code);
+std::string systemmessage(unsigned long code);
 
 /// The rows as lines, each column as wide as its longest text.
 std::string table(const std::vector<std::vector<std::string>>& rows);

@@ -24,8 +24,8 @@ namespace {
 
 constexpr DWORD sharedunits = 32768;
 constexpr DWORD patiencemilliseconds = 60000;
-constexpr wchar_t loadword[] = L"load";
-constexpr wchar_t assembliesword[] = L"assemblies";
+constexpr wchar_t loadtask[] = L"load";
+constexpr wchar_t assembliestask[] = L"assemblies";
 
 // Exit statuses of the trial process; any other means that it crashed.
 constexpr UINT succeeded = 0;
@@ -49,8 +49,8 @@ std::wstring systemfolder() {
     return folder;
 }
 
-// The words are passed in one command line without escaping, so none may contain a quote; paths and names never do.
-trial inanotherprocess(const std::vector<std::wstring>& words) {
+// The arguments are passed in one command line without escaping, so none may contain a quote; paths and names never do.
+trial runinanotherprocess(const std::vector<std::wstring>& arguments) {
     SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
     // The other process returns its text in shared memory: a pipe could fill up, and the runtime may write to standard
     // output and error.
@@ -60,13 +60,13 @@ trial inanotherprocess(const std::vector<std::wstring>& words) {
     const filehandle nowhere(CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                          &inherit, OPEN_EXISTING, 0, nullptr));
     if (!text || !nowhere) {
-        return {false, systemwords(GetLastError())};
+        return {false, systemmessage(GetLastError())};
     }
     const std::wstring program = ownpath();
-    std::wstring line =
-        L"\"" + program + L"\" " + trialword + L" " + std::to_wstring(reinterpret_cast<std::uintptr_t>(memory.get()));
-    for (const std::wstring& word : words) {
-        line += L" \"" + word + L"\"";
+    std::wstring commandline = L"\"" + program + L"\" " + trialargument + L" " +
+                               std::to_wstring(reinterpret_cast<std::uintptr_t>(memory.get()));
+    for (const std::wstring& argument : arguments) {
+        commandline += L" \"" + argument + L"\"";
     }
     STARTUPINFOW start = {};
     start.cb = sizeof start;
@@ -74,9 +74,9 @@ trial inanotherprocess(const std::vector<std::wstring>& words) {
     start.hStdInput = start.hStdOutput = start.hStdError = nowhere.get();
     PROCESS_INFORMATION info = {};
     // In the system's folder, because Windows also searches the current folder for DLLs.
-    if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr,
+    if (!CreateProcessW(program.c_str(), commandline.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr,
                         systemfolder().c_str(), &start, &info)) {
-        return {false, "the process to try it in cannot be started: " + systemwords(GetLastError())};
+        return {false, "the process to try it in cannot be started: " + systemmessage(GetLastError())};
     }
     const kernelhandle process(info.hProcess);
     const kernelhandle thread(info.hThread);
@@ -89,9 +89,9 @@ trial inanotherprocess(const std::vector<std::wstring>& words) {
     if (status != succeeded && status != failed) {
         wchar_t code[16];
         std::swprintf(code, std::size(code), L"0x%08lX", status);
-        return {false, "ends the process (status " + readable(std::wstring_view(code)) + ")"};
+        return {false, "ends the process (status " + toutf8lossy(std::wstring_view(code)) + ")"};
     }
-    return {status == succeeded, readable(std::wstring_view(text.get()))};
+    return {status == succeeded, toutf8lossy(std::wstring_view(text.get()))};
 }
 
 // The imports of the DLL at `path` that cannot be loaded, with the reasons.
@@ -112,7 +112,7 @@ std::wstring missingimports(const std::wstring& path) {
         if (!GetModuleHandleW(file.c_str()) &&
             !LoadLibraryExW((folder + file).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH) &&
             !LoadLibraryExW(file.c_str(), nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32)) {
-            text += L"; it needs " + file + L": " + orvsecutils::toutf16(systemwords(GetLastError()));
+            text += L"; it needs " + file + L": " + orvsecutils::toutf16(systemmessage(GetLastError()));
         }
     }
     return text;
@@ -123,7 +123,7 @@ bool load(const std::wstring& path, const std::wstring& exported, std::wstring& 
     const HMODULE library = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     if (!library) {
         const DWORD reason = GetLastError();
-        text = orvsecutils::toutf16(systemwords(reason)) + missingimports(path);
+        text = orvsecutils::toutf16(systemmessage(reason)) + missingimports(path);
         return false;
     }
     if (!GetProcAddress(library, std::string(exported.begin(), exported.end()).c_str())) {
@@ -137,30 +137,30 @@ bool load(const std::wstring& path, const std::wstring& exported, std::wstring& 
 
 trial tryloading(const std::wstring& path, const char* exported) {
     const std::string_view name = exported;
-    return inanotherprocess({loadword, path, std::wstring(name.begin(), name.end())});
+    return runinanotherprocess({loadtask, path, std::wstring(name.begin(), name.end())});
 }
 
 trial tryassemblies(const std::wstring& path, const std::wstring& library) {
-    return inanotherprocess({assembliesword, path, library});
+    return runinanotherprocess({assembliestask, path, library});
 }
 
-int runtrial(int count, wchar_t** words) {
-    const view shared = count < 6 ? nullptr : map(reinterpret_cast<HANDLE>(std::wcstoul(words[2], nullptr, 10)));
+int runtrial(int count, wchar_t** arguments) {
+    const view shared = count < 6 ? nullptr : map(reinterpret_cast<HANDLE>(std::wcstoul(arguments[2], nullptr, 10)));
     if (!shared) {
         return 2;
     }
     // A broken library must not put a message box on the customer's screen.
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
-    const std::wstring task = words[3];
+    const std::wstring task = arguments[3];
     std::wstring text;
     bool good = true;
-    if (task == loadword) {
-        good = load(words[4], words[5], text);
+    if (task == loadtask) {
+        good = load(arguments[4], arguments[5], text);
     } else {
         try {
-            OrvelLoginClientCLR::enterManagedPart(words[5], words[4]);
+            OrvelLoginClientCLR::enterManagedPart(arguments[5], arguments[4]);
             OrvelLoginClientCLR::executeInDefaultAppDomain(
-                words[4], L"OrvelLoginClientCLR.Inspection", L"Inspect",
+                arguments[4], L"OrvelLoginClientCLR.Inspection", L"Inspect",
                 std::to_wstring(reinterpret_cast<std::uintptr_t>(shared.get())) + L"," + std::to_wstring(sharedunits));
         } catch (const loginRuntimeException& failure) {
             good = false;

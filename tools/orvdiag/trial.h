@@ -21,9 +21,9 @@ trial tryloading(const std::wstring& path, const char* exported);
 trial tryassemblies(const std::wstring& path, const std::wstring& library);
 
 /// The first argument of such a process.
-inline constexpr wchar_t trialword[] = L"--trial";
+inline constexpr wchar_t trialargument[] = L"--trial";
 
 /// The main function of such a process.
-int runtrial(int count, wchar_t** words);
+int runtrial(int count, wchar_t** arguments);
 
 }  // namespace orvdiag

@@ -187,12 +187,12 @@ std::string platformwindows::executablefolder() const {
 }
 
 int platformwindows::runprocess(const std::string& file, const std::vector<std::string>& arguments) const {
-    const std::wstring wideFile = toutf16(file);
+    const std::wstring widefile = toutf16(file);
     const std::wstring parameters = toutf16(joinarguments(arguments));
     SHELLEXECUTEINFOW launch = {};
     launch.cbSize = sizeof launch;
     launch.fMask = SEE_MASK_NOCLOSEPROCESS;
-    launch.lpFile = wideFile.c_str();
+    launch.lpFile = widefile.c_str();
     launch.lpParameters = parameters.c_str();
     launch.nShow = SW_SHOW;
     ShellExecuteExW(&launch);

@@ -1,6 +1,6 @@
 namespace Host
 {
-    /// Managed code of the host's own: what runs in a process whose runtime was started before the library came.
+    /// The host's own managed code, which starts the runtime before the library is used.
     public static class HostAssembly
     {
         public static int Start(string ignored)

@@ -40,7 +40,7 @@ namespace OrvelLoginClient
             return "Old Works";
         }
 
-        /// As the assembly of the shared types has it, or an exception of the runtime's.
+        /// Throws the LoginManagerException of loginManagerUtils, or a TimeoutException if that assembly has none.
         public string getAccessToken()
         {
             Type own = typeof(langCode).Assembly.GetType("loginManagerUtils.LoginManagerException");

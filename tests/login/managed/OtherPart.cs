@@ -6,7 +6,7 @@ using System.Reflection;
 
 namespace OrvelLoginClientCLR
 {
-    /// A managed part of another version: as version 1.0 was, which takes an address alone and writes to it; or a later one.
+    /// A managed part of another version: like version 1.0, which expects only an address and writes to it, or a later one.
     public static unsafe class EntryPoint
     {
         public static int Enter(string argument)

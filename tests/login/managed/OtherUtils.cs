@@ -8,7 +8,7 @@ namespace loginManagerUtils
     }
 
 #if !WITHOUT_EXCEPTION
-    /// Of another make: the status is no field.
+    /// Of another version, in which the status is not a field.
     public class LoginManagerException : Exception
     {
         public LoginManagerException(string message) : base(message)

@@ -1,7 +1,7 @@
 #pragma once
 
 /// One way to call the library: the functions to measure, each of which repeats its call `calls` times.
-struct Way {
+struct Candidate {
     void (*getAccessToken)(int calls);
     void (*formatAccessUrl)(int calls);
     void (*isExpired)(int calls);

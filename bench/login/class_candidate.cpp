@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "Way.h"
+#include "Candidate.h"
 #include "login/LoginManagerClient.h"
 
 namespace {
@@ -25,7 +25,7 @@ void repeat(int calls, Call call) {
 
 }  // namespace
 
-extern "C" __declspec(dllexport) Way way() {
+extern "C" __declspec(dllexport) Candidate candidate() {
     client().login(L"ada@example.com", L"analytical engine");
     client().DunmoreLoginBrowser(L"https://dunmore.example.com", L"bench");
     token = client().getDNMAccessToken();

@@ -10,7 +10,7 @@ namespace orvdiag {
 using json = nlohmann::ordered_json;
 
 /// The result of a command, as text and as JSON.
-struct answer {
+struct commandresult {
     int status;        ///< the process's exit status: 0, or 1 if something is missing or wrong
     std::string text;  ///< lines, each ending in a line feed
     json data;         ///< the same as JSON

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "Way.h"
+#include "Candidate.h"
 #include "orvelloginc.h"
 
 namespace {
@@ -25,7 +25,7 @@ void signIn(int calls, const wchar_t* password) {
 
 }  // namespace
 
-extern "C" __declspec(dllexport) Way way() {
+extern "C" __declspec(dllexport) Candidate candidate() {
     orvellogin_create(nullptr, nullptr, nullptr, nullptr, 0, &client, nullptr);
     signIn(1, L"analytical engine");
     orvellogin_DunmoreLoginBrowser(client, L"https://dunmore.example.com", -1, L"bench", -1, nullptr);
