@@ -218,7 +218,6 @@ TEST(Copies, FindTheirFilesUnderALongPath) {
     orvellogin_failure failure = newFailure();
     function<decltype(orvellogin_create)>(copy, "orvellogin_create")(nullptr, nullptr, nullptr, nullptr, 0, &client,
                                                                      &failure);
-    EXPECT_NE(std::string(failure.text).find("is missing: " + temporary.path.u8string()), std::string::npos);
     EXPECT_NE(std::string(failure.text).find("xx\\OrvelLoginClientCLR.dll"), std::string::npos) << failure.text;
     FreeLibrary(copy);
     fs::remove(folder / L"copy.dll");
