@@ -91,7 +91,7 @@ namespace OrvelLoginClient
             if (command.StartsWith("throw ", StringComparison.Ordinal))
             {
                 string[] parts = command.Split(new[] { ' ' }, 3);
-                throw (Exception)Activator.CreateInstance(Type.GetType(parts[1], true), parts.Length > 2 ? parts[2] : "on request");
+                throw (Exception)Activator.CreateInstance(Type.GetType(parts[1], true), parts.Length > 2 ? parts[2].Replace("\\0", "\0") : "on request");
             }
             if (command == "wrapped")
                 throw new AggregateException("several",

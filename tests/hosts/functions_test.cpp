@@ -172,7 +172,7 @@ void ORVELLOGIN_CALL count(void* counter) {
 }
 
 TEST(Callbacks, GetTheContextsOfTheManagerCreatedLast) {
-    int counters[4] = {};
+    int counters[5] = {};
     Client first(L"", count, &counters[0], count, &counters[1]);
     first.signIn();
     orvellogin_logout(first.client, nullptr);
@@ -183,11 +183,15 @@ TEST(Callbacks, GetTheContextsOfTheManagerCreatedLast) {
     }
     first.signIn();
     orvellogin_logout(first.client, nullptr);
-    EXPECT_EQ(std::vector<int>(counters, counters + 4), (std::vector<int>{2, 1, 1, 1}));
+    const Client third(L"", count, &counters[2], count, &counters[4]);  // differs from the second in one context
+    orvellogin_stopDNMListener(third.client, nullptr);
+    first.signIn();
+    orvellogin_logout(first.client, nullptr);
+    EXPECT_EQ(std::vector<int>(counters, counters + 5), (std::vector<int>{2, 1, 2, 1, 1}));
     const Client silent(L"");
     orvellogin_stopDNMListener(silent.client, nullptr);
     first.signIn();
-    EXPECT_EQ(counters[2], 1);
+    EXPECT_EQ(counters[2], 2);
 }
 
 template <class Function>

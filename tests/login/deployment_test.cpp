@@ -143,10 +143,7 @@ TEST(Deployment, AClientOfAPlugInLeavesTheHostsExitStatusAlone) {
 }
 
 TEST(Deployment, HandlerServesAnyAssemblyByItsSimpleNameAndNothingElse) {
-    struct {
-        const wchar_t* name;
-        const char* found;
-    } const rows[] = {
+    const std::pair<const wchar_t*, const char*> rows[] = {
         {L"HostAssembly", "\\OrvelLoginManagerClient\\HostAssembly.dll\n"},
         {L"HostAssembly, Version=9.8.7.6, Culture=de, PublicKeyToken=b77a5c561934e089",
          "\\OrvelLoginManagerClient\\HostAssembly.dll\n"},
@@ -155,11 +152,11 @@ TEST(Deployment, HandlerServesAnyAssemblyByItsSimpleNameAndNothingElse) {
         {L"Above|x", "tenant: not found\n"},
         {L"../OrvelLoginManagerClient/HostAssembly", "tenant: not found\n"},
     };
-    for (const auto& row : rows) {
+    for (const auto& [name, found] : rows) {
         const Deployment deployment;
         fs::rename(deployment / L"HostAssembly.dll", deployment / L"OrvelLoginManagerClient\\HostAssembly.dll");
-        SetEnvironmentVariableW(L"ORVEL_STANDIN", (std::wstring(L"getTenantName=load ") + row.name).c_str());
-        EXPECT_THAT(deployment.run(L"construct tenant"), HasSubstr(row.found)) << row.found;
+        SetEnvironmentVariableW(L"ORVEL_STANDIN", (std::wstring(L"getTenantName=load ") + name).c_str());
+        EXPECT_THAT(deployment.run(L"construct tenant"), HasSubstr(found)) << found;
     }
     SetEnvironmentVariableW(L"ORVEL_STANDIN", nullptr);
 }

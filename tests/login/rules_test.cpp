@@ -110,26 +110,20 @@ TEST(Failures, SayTypeAndMessageInUtf8) {
 }
 
 TEST(Paths, LoseThePrefixThatTheRuntimeRejects) {
-    struct {
-        const wchar_t* path;
-        const wchar_t* stripped;
-    } const rows[] = {
+    const std::pair<const wchar_t*, const wchar_t*> rows[] = {
         {LR"(\\?\C:\a\b.dll)", LR"(C:\a\b.dll)"},
         {LR"(\\?\UNC\server\share\b.dll)", LR"(\\server\share\b.dll)"},
         {LR"(\\server\share\b.dll)", LR"(\\server\share\b.dll)"},
         {LR"(C:\?\b.dll)", LR"(C:\?\b.dll)"},
         {L"", L""},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(withoutLongPathPrefix(row.path), row.stripped);
+    for (const auto& [path, stripped] : rows) {
+        EXPECT_EQ(withoutLongPathPrefix(path), stripped);
     }
 }
 
 TEST(Failures, ExplainWhyTheRuntimeRefusesAFile) {
-    struct {
-        unsigned hresult;
-        const char* explanation;
-    } const rows[] = {
+    const std::pair<unsigned, const char*> rows[] = {
         {0x80131515, "the file is marked as coming from the internet; unblock the ZIP in its properties"},
         {0x80131513, "the file is of another version"},
         {0x80131522, "the file is of another version"},
@@ -137,9 +131,9 @@ TEST(Failures, ExplainWhyTheRuntimeRefusesAFile) {
         {0x8007000B, "the file is damaged, is not an assembly, or is for 64-bit processes"},
         {0x80004005, "the runtime gives no other reason than its code"},
     };
-    for (const auto& row : rows) {
-        EXPECT_THAT(methodRunFailure(L"A.B of C", static_cast<std::int32_t>(row.hresult)).what(),
-                    StartsWith(std::string("the runtime cannot run A.B of C: ") + row.explanation));
+    for (const auto& [hresult, explanation] : rows) {
+        EXPECT_THAT(methodRunFailure(L"A.B of C", static_cast<std::int32_t>(hresult)).what(),
+                    StartsWith(std::string("the runtime cannot run A.B of C: ") + explanation));
     }
 }
 

@@ -169,6 +169,7 @@ TEST_F(Settings, LoadingAndSavingLeavesNoHandleOpen) {
     const HANDLE before = firstfree();
     for (int i = 0; i < 1000; ++i) {
         EXPECT_TRUE(settings(definition).save());
+        EXPECT_TRUE(currentplatform().settingsexist(settingsscope::user, definition));
     }
     EXPECT_EQ(firstfree(), before);
 }

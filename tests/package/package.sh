@@ -34,6 +34,7 @@ END
 for notice in $(grep -o '`[a-z0-9A-Z-]*\.txt`' "$PACKAGE/NOTICES.md" | tr -d '`'); do
   expect "$notice is there" [ -s "$PACKAGE/notices/$notice" ]
 done
+expect "each notice has a text of its own" [ -z "$(md5sum "$PACKAGE"/notices/* | cut -c1-32 | sort | uniq -d)" ]
 
 echo "== its README, verbatim"
 blocks "$PACKAGE/README.md" cpp > host.cpp
@@ -88,5 +89,6 @@ for file in "$PACKAGE"/bin/orv*; do
   expect "addresses of ${file##*/} are found" grep -qE '\.cpp:[0-9]+$' \
     <(i686-w64-mingw32-addr2line -e "$debug" "$address")
 done
+expect "orvdiag.exe has its manifest" grep -q '^1 24 ' <(i686-w64-mingw32-windres -i "$PACKAGE/bin/orvdiag.exe" -O rc)
 strings "$PACKAGE/bin/OrvelLoginClientCLR.dll" | grep -qF "$version" || expect "the managed part carries its version" false
 rm -rf "$scratch"
