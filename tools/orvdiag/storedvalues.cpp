@@ -112,7 +112,7 @@ void addvalues(const std::string& group, registrylocation location, std::vector<
     for (DWORD index = 0;; ++index) {
         DWORD units = namebufferunits;
         DWORD type = REG_NONE;
-        auto bytes = static_cast<DWORD>(data.size() * sizeof(wchar_t));
+        DWORD bytes = data.size() * sizeof(wchar_t);
         const LSTATUS result = RegEnumValueW(key.get(), index, name.data(), &units, nullptr, &type,
                                              reinterpret_cast<BYTE*>(data.data()), &bytes);
         if (result == ERROR_NO_MORE_ITEMS) {
