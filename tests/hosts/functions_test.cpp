@@ -150,16 +150,22 @@ TEST(Functions, DescribeAFailureInTheFieldsThatTheCallerKnows) {
 
 TEST(Functions, TakeTextByLengthOrUpToAZeroUnit) {
     const Client client(L"formatAccessURL=echo");
-    const struct {
-        const wchar_t* text;
-        int length;
-        std::wstring echo;
-    } rows[] = {{L"ab\0c", -1, L"ab"}, {L"ab\0c", 4, std::wstring(L"ab\0c", 4)}, {L"abc", 1, L"a"}, {nullptr, 0, L""}};
+    const std::wstring longer(300, L'a'), other(300, L'b');
+    const std::tuple<const wchar_t*, int, std::wstring> rows[] = {{L"ab\0c", -1, L"ab"},
+                                                                  {L"ab\0c", 4, std::wstring(L"ab\0c", 4)},
+                                                                  {L"abc", 1, L"a"},
+                                                                  {nullptr, 0, L""},
+                                                                  {longer.c_str(), -1, longer},
+                                                                  {other.c_str(), 300, other}};
     wchar_t* text;
-    for (const auto& row : rows) {
-        ASSERT_EQ(orvellogin_formatAccessUrl(client.client, row.text, row.length, &text, nullptr), orvellogin_ok);
+    std::vector<std::pair<wchar_t*, std::wstring>> texts;  // all kept until the last was returned
+    for (const auto& [argument, length, echo] : rows) {
+        ASSERT_EQ(orvellogin_formatAccessUrl(client.client, argument, length, &text, nullptr), orvellogin_ok);
         EXPECT_EQ(text[SysStringLen(text)], 0);
-        EXPECT_EQ(taken(text), row.echo);
+        texts.emplace_back(text, echo);
+    }
+    for (const auto& [returned, echo] : texts) {
+        EXPECT_EQ(taken(returned), echo);
     }
     orvellogin_setOrvelOfflineMode(client.client, 5);
     EXPECT_EQ(orvellogin_isOrvelOfflineMode(client.client), 1);

@@ -344,11 +344,11 @@ TEST_F(WmiOnFakes, RowsHoldTextsOnlyAndTheFirstOfAName) {
     wmirow row;
     for (const auto& [name, type, content] : properties) {
         variant property;
-        V_BSTR(&property.value) = makebstr(content).release();
+        V_BSTR(&property.value) = makebstr(content + L"\0"s).release();
         V_VT(&property.value) = type;
         addproperty(row, makebstr(name).get(), property.value);
     }
-    EXPECT_THAT(row, ElementsAre(Pair("b", "1"), Pair("e", ""), Pair("Ä", "日")));
+    EXPECT_THAT(row, ElementsAre(Pair("b", "1\0"s), Pair("e", "\0"s), Pair("Ä", "日\0"s)));
     variant cleared;  // must release the object that it refers to
     V_VT(&cleared.value) = VT_UNKNOWN;
     fake.give(&V_UNKNOWN(&cleared.value), S_OK);

@@ -9,8 +9,7 @@ status_of() { # COMMAND...: its status, with its output in the file `output`
 }
 for script in "$source"/script/*; do
   name=${script##*/}
-  [ -f "$script" ] || continue
-  [ -x "$script" ] || continue
+  [[ -f $script && -x $script ]] || continue
   same "the status of $name --help" 0 "$(status_of "$script" --help)"
   same "how the help of $name begins" "$name" "$("$script" --help 2> /dev/null | sed 's/[: ].*//;q')"
   same "the status of $name --nonsense" 2 "$(status_of "$script" --nonsense)"

@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <filesystem>
-#include <stdexcept>
 #include <string>
 
 /// A new folder in the user's temporary folder, with letters of several scripts in its name; removed at the end with
@@ -15,9 +14,7 @@ public:
         : path(std::filesystem::temp_directory_path() /
                (L"orvel ñ 日本 вход \xD83D\xDE00 " + std::to_wstring(GetCurrentProcessId()) + L"-" +
                 std::to_wstring(GetTickCount64()) + L"-" + std::to_wstring(++count))) {
-        if (!std::filesystem::create_directory(path)) {
-            throw std::runtime_error("the temporary folder exists already");
-        }
+        std::filesystem::create_directory(path);
     }
 
     ~temporary_folder() {
