@@ -7,13 +7,20 @@ using loginManagerUtils;
 
 namespace OrvelLoginClient
 {
+    class DerivedLoginManagerException : LoginManagerException
+    {
+        public DerivedLoginManagerException(loginManagerStatusCode status) : base(status, "on request")
+        {
+        }
+    }
+
     /// Lets tests control the stand-in. The environment variable ORVEL_STANDIN, read whenever a manager is created, holds
     /// `member=command` pairs separated by ";". A member is one of the manager's members or of the record's fields, or
     /// "events" for how events are raised.
     ///
     ///     null          returns null
     ///     echo          returns the argument (login: as userName and firstName)
-    ///     status N      throws a LoginManagerException with that status
+    ///     status N      throws a LoginManagerException with that status; for 3 an exception derived from it
     ///     throw TYPE    throws an exception of that type in mscorlib; the rest is its message, by default "on request"
     ///     wrapped       throws an exception that wraps two others, the first of which has a cause
     ///     chain N L     throws N exceptions, each wrapping the next, with messages of L letters
@@ -87,7 +94,10 @@ namespace OrvelLoginClient
             if (commands == null || !commands.TryGetValue(member, out command))
                 return null;
             if (command.StartsWith("status ", StringComparison.Ordinal))
-                throw new LoginManagerException((loginManagerStatusCode)int.Parse(command.Substring(7), CultureInfo.InvariantCulture), "on request");
+            {
+                var status = (loginManagerStatusCode)int.Parse(command.Substring(7), CultureInfo.InvariantCulture);
+                throw (int)status == 3 ? new DerivedLoginManagerException(status) : new LoginManagerException(status, "on request");
+            }
             if (command.StartsWith("throw ", StringComparison.Ordinal))
             {
                 string[] parts = command.Split(new[] { ' ' }, 3);

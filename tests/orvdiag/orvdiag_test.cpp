@@ -236,7 +236,7 @@ TEST_F(Orvdiag, ListsAGroupWithAllItsFaults) {
     plant(user, L"c", REG_MULTI_SZ, bytesof(L"1\0\"2\0\0"sv), "Größe");
     plant(user, L"d", REG_BINARY, "123", "Größe");
     plant(user, L"e", 0x77, "", "Größe");
-    plant(user, L"f", REG_SZ, "odd", "Größe");
+    plant(user, L"f", REG_SZ, std::string(1001, 'o'), "Größe");  // the longest
     plant(machine, L"a", REG_SZ, bytesof(L" \0"sv), "Größe");
     plant(machine, L"d", REG_DWORD, zero, "Größe");
     plant(machine32, L"a", REG_SZ, broken, "Größe");
