@@ -203,6 +203,7 @@ TEST_F(Orvdiag, SaysWhyLoggingIsOffAndWhetherItCouldBeSwitchedOn) {
 
 TEST_F(Orvdiag, SaysWhetherTheLogCanBeWritten) {
     EXPECT_THAT(run(L"logging").output, EndsWith("It can be written.\r\n"));
+    EXPECT_EQ(json::parse(run(L"logging --json").output)["writable"], true);
     EXPECT_FALSE(exists(profile / "Orvel")) << "trying leaves nothing behind";
     create_directories(box.log());  // in the file's place
     EXPECT_THAT(run(L"logging").output, AllOf(HasSubstr("It cannot be written: "), EndsWith("(code 5)\r\n")));
