@@ -365,6 +365,7 @@ TEST_F(Login, NamesWhatIsWrongInAFolder) {
         {library, native.substr(0, 1024), 1, "FAIL orvellogin.dll is cut short: 1024 of at least "},
         {library, contentof(built / "orvdiag.exe"), 1, "FAIL orvellogin.dll is damaged or not a DLL\r\n"},
         {library, contentof("C:\\windows\\sysnative\\version.dll"), 1, "FAIL orvellogin.dll is for 64-bit programs"},
+        {library, contentof(built / "ending.dll"), 1, "cannot be loaded: ends the process (status 0x00000000)"},
         {library, assembly, 1, "FAIL orvellogin.dll is a managed assembly, not this library\r\n"},
         {library, "MZ" + std::string(58, '\0') + "\xFF\xFF\xFF\x7F", 1, "FAIL orvellogin.dll is damaged or not"},
         {part, assembly, 1, "warn OrvelLoginClientCLR.dll file version 34.0.0.5070; not the same version as the "},

@@ -27,9 +27,10 @@ constexpr DWORD patiencemilliseconds = 60000;
 constexpr wchar_t loadtask[] = L"load";
 constexpr wchar_t assembliestask[] = L"assemblies";
 
-// Exit statuses of the trial process; any other means that it crashed.
-constexpr UINT succeeded = 0;
-constexpr UINT failed = 1;
+// Exit statuses of the trial process; any other means that it ended before it was done. Not 0 and 1, because the
+// library may end the process itself.
+constexpr UINT succeeded = 0x20000000;  // the bit that the system leaves to applications
+constexpr UINT failed = 0x20000001;
 
 using view = std::unique_ptr<wchar_t, orvsecutils::releasing<UnmapViewOfFile>>;
 
