@@ -33,14 +33,12 @@ struct Client {
     }
     ~Client() { orvellogin_destroy(client); }
 
-    orvellogin_result signIn() {
+    void signIn() {
         orvellogin_response user;
         user.size = sizeof user;
-        const orvellogin_result result =
-            orvellogin_loginWithPassword(client, L"ada@example.com", -1, L"analytical engine", -1, &user, nullptr);
+        orvellogin_loginWithPassword(client, L"ada@example.com", -1, L"analytical engine", -1, &user, nullptr);
         orvellogin_clearResponse(&user);
         EXPECT_EQ(user.userName, nullptr) << "so that it can be cleared again";
-        return result;
     }
 
     orvellogin_client* client;
@@ -167,10 +165,38 @@ TEST(Functions, TakeTextByLengthOrUpToAZeroUnit) {
     for (const auto& [returned, echo] : texts) {
         EXPECT_EQ(taken(returned), echo);
     }
+}
+
+int ORVELLOGIN_CALL receive(wchar_t** place, const wchar_t* units, int length) {
+    reinterpret_cast<std::wstring*>(place)->assign(units, length);
+    return 1;
+}
+
+TEST(Functions, GiveEachTextToTheReceiver) {
+    const Client client(L"getTenantName=null");
+    orvellogin_setReceiver(client.client, receive);
+    std::wstring text = L"before";
+    const auto place = reinterpret_cast<wchar_t**>(&text);
+    orvellogin_getTenantName(client.client, place, nullptr);
+    EXPECT_EQ(text, L"");
+    orvellogin_getTenantId(client.client, place, nullptr);
+    EXPECT_EQ(text, L"R1132100");
     orvellogin_setOrvelOfflineMode(client.client, 5);
     EXPECT_EQ(orvellogin_isOrvelOfflineMode(client.client), 1);
-    EXPECT_EQ(orvellogin_formatAccessUrl(client.client, L"u", 1, &text, nullptr), orvellogin_ok);
-    EXPECT_EQ(taken(text), L"");
+    orvellogin_getTenantId(client.client, place, nullptr);
+    EXPECT_EQ(text, L"");
+}
+
+TEST(Functions, SignInAgainForAnyFlagButZero) {
+    Client client(L"");
+    client.signIn();
+    for (const int flag : {1, -1, 2}) {
+        orvellogin_response user;
+        user.size = sizeof user;
+        orvellogin_getLoggedInUser(client.client, flag, &user, nullptr);
+        EXPECT_STREQ(user.statusDescription, L"Ada signed in again");
+        orvellogin_clearResponse(&user);
+    }
 }
 
 void ORVELLOGIN_CALL count(void* counter) {

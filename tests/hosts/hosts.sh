@@ -75,10 +75,19 @@ if [ "$compiler" = mingw ]; then
     -I "$package/include" "$source/examples/signin/main.cpp"
 fi
 
+# A text with a zero unit keeps its length; the exit status is the length that the manager got.
 if [ "$compiler" = csharp ]; then
+  call='FormatAccessUrl("a\0b").Length'
   echo 'class Null { static void Main() { new Orvel.Login.LoginManagerClient().FormatAccessUrl(null); } }' > null.cs
-  mcs -platform:x86 -out:null "$PACKAGE/bindings/csharp/OrvelLogin.cs" null.cs
+  echo "class Zero { static int Main() { return new Orvel.Login.LoginManagerClient().$call; } }" > zero.cs
+  for name in null zero; do mcs -platform:x86 -out:$name "$PACKAGE/bindings/csharp/OrvelLogin.cs" $name.cs; done
   refuses 'System.ArgumentNullException: ' "$source/script/wine-run" null
+  expect 'a zero unit' ' (3)' "$(ends zero 'formatAccessURL=echo')"
+elif [ "$compiler" = pascal ]; then
+  call="Length(TLoginManagerClient.Create(nil, nil, nil, nil, 0).FormatAccessUrl('a'#0'b'))"
+  echo "program zero; uses OrvelLogin; begin Halt($call) end." > zero.pas
+  fpc -Twin32 -Fu"$PACKAGE/bindings/pascal" -FU. -ozero zero.pas
+  expect 'a zero unit' ' (3)' "$(ends zero 'formatAccessURL=echo')"
 fi
 
 null='System.ArgumentNullException: NULLPTR is not supported for this conversion.

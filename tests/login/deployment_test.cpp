@@ -23,6 +23,7 @@ class Deployment {
 public:
     Deployment() {
         const fs::path built = program::ownfolder();
+        fs::create_directory(folder);
         for (const wchar_t* name : {L"orvellogin.dll", L"OrvelLoginClientCLR.dll"}) {
             fs::copy_file(built / name, folder / name);
         }
@@ -45,7 +46,8 @@ public:
                       fs::copy_options::overwrite_existing);
     }
 
-    program start(const std::wstring& steps) const { return program(folder / L"probe.exe", steps, folder); }
+    /// Its current folder is not the one it lies in, because nothing may be taken from there.
+    program start(const std::wstring& steps) const { return program(folder / L"probe.exe", steps, temporary.path); }
 
     /// What the probe prints for these steps.
     std::string run(const std::wstring& steps) const { return start(steps).wait().output; }
@@ -53,7 +55,7 @@ public:
 private:
     // No code page can represent its name, so a path that is converted to one on the way is detected.
     const temporary_folder temporary;
-    const fs::path& folder = temporary.path;
+    const fs::path folder = temporary.path / L"host";
 };
 
 const wchar_t* const manager = L"OrvelLoginManagerClient\\OrvelLoginClient.dll";
@@ -149,12 +151,14 @@ TEST(Deployment, HandlerServesAnyAssemblyByItsSimpleNameAndNothingElse) {
          "\\OrvelLoginManagerClient\\HostAssembly.dll\n"},
         {L"HostAssembly.resources, Version=1.0.0.0, Culture=de, PublicKeyToken=null", "tenant: not found\n"},
         {L"Missing", "tenant: not found\n"},
+        {L"Current", "tenant: not found\n"},
         {L"Above|x", "tenant: not found\n"},
         {L"../OrvelLoginManagerClient/HostAssembly", "tenant: not found\n"},
     };
     for (const auto& [name, found] : rows) {
         const Deployment deployment;
         fs::rename(deployment / L"HostAssembly.dll", deployment / L"OrvelLoginManagerClient\\HostAssembly.dll");
+        deployment.spoil(L"..\\Current.dll");  // in the current folder
         SetEnvironmentVariableW(L"ORVEL_STANDIN", (std::wstring(L"getTenantName=load ") + name).c_str());
         EXPECT_THAT(deployment.run(L"construct tenant"), HasSubstr(found)) << found;
     }

@@ -15,13 +15,14 @@
 #include "login/LoginManagerClient.h"
 #include "orvsecutils/platform/unicode.h"
 #include "result_of.h"
+#include "tests/support/program.h"
 
 namespace {
 
 std::unique_ptr<LoginManagerClient> client;
 
 std::wstring carryOut(const std::wstring& step) {
-    const std::filesystem::path folder = std::filesystem::current_path();
+    const std::filesystem::path folder = program::ownfolder();
     if (step == L"start") {
         OrvelLoginClientCLR::executeInDefaultAppDomain(folder / L"HostAssembly.dll", L"Host.HostAssembly", L"Start",
                                                        L"");
