@@ -314,6 +314,8 @@ TEST(Copies, DISABLED_Start) {
     std::thread one([&] { start(&orvellogin_create); });
     start(createOfCopy);
     one.join();
+    const std::wstring lock = L"Local\\orvellogin-runtime-" + std::to_wstring(GetCurrentProcessId());
+    EXPECT_EQ(OpenMutexW(SYNCHRONIZE, FALSE, lock.c_str()), nullptr) << "left open";
 }
 
 TEST(Copies, StartTheRuntimeAtTheSameMoment) {

@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -19,39 +21,38 @@
 
 namespace {
 
+const std::filesystem::path folder = program::ownfolder();
 std::unique_ptr<LoginManagerClient> client;
 
-std::wstring carryOut(const std::wstring& step) {
-    const std::filesystem::path folder = program::ownfolder();
-    if (step == L"start") {
-        OrvelLoginClientCLR::executeInDefaultAppDomain(folder / L"HostAssembly.dll", L"Host.HostAssembly", L"Start",
-                                                       L"");
-    } else if (step == L"construct") {
-        client = std::make_unique<LoginManagerClient>(nullptr, nullptr, uiLangFallback);
-    } else if (step == L"login") {
-        return client->login(L"ada@example.com", L"analytical engine").userName;
-    } else if (step == L"tenant") {
-        return client->getTenantName();
-    } else if (step == L"token") {
-        return client->getAccessToken();
-    } else if (step == L"platform") {
-        return client->getPlatFormURL();
-    } else if (step == L"kelpa") {
-        return client->getKelpaURL();
-    } else if (step == L"plugin") {
-        const FARPROC signIn = GetProcAddress(LoadLibraryW(L"plugin.dll"), "signIn");
-        reinterpret_cast<void (*)()>(reinterpret_cast<void*>(signIn))();
-    } else if (step == L"exit") {
-        std::exit(7);
-    } else if (step == L"destroy") {
-        client.reset();
-    } else if (step == L"repair") {
-        std::filesystem::rename(folder / L"elsewhere", folder / L"OrvelLoginManagerClient");
-    } else {
-        return L"unknown step";
-    }
-    return L"done";
+using Step = std::function<std::wstring()>;
+
+// A step that has no result.
+Step plain(void (*action)()) {
+    return [action] {
+        action();
+        return std::wstring(L"done");
+    };
 }
+
+const std::map<std::wstring, Step> steps = {
+    {L"start", plain([] {
+         OrvelLoginClientCLR::executeInDefaultAppDomain(folder / L"HostAssembly.dll", L"Host.HostAssembly", L"Start",
+                                                        L"");
+     })},
+    {L"construct", plain([] { client = std::make_unique<LoginManagerClient>(nullptr, nullptr, uiLangFallback); })},
+    {L"login", [] { return client->login(L"ada@example.com", L"analytical engine").userName; }},
+    {L"tenant", [] { return client->getTenantName(); }},
+    {L"token", [] { return client->getAccessToken(); }},
+    {L"platform", [] { return client->getPlatFormURL(); }},
+    {L"kelpa", [] { return client->getKelpaURL(); }},
+    {L"plugin", plain([] {
+         const FARPROC signIn = GetProcAddress(LoadLibraryW(L"plugin.dll"), "signIn");
+         reinterpret_cast<void (*)()>(reinterpret_cast<void*>(signIn))();
+     })},
+    {L"destroy", plain([] { client.reset(); })},
+    {L"repair", plain([] { rename(folder / L"elsewhere", folder / L"OrvelLoginManagerClient"); })},
+    {L"exit", plain([] { std::exit(7); })},
+};
 
 }  // namespace
 
@@ -59,7 +60,7 @@ int wmain(int count, wchar_t** arguments) {
     _setmode(_fileno(stdout), _O_BINARY);
     for (int i = 1; i < count; ++i) {
         const std::wstring step = arguments[i];
-        std::printf("%s: %s\n", orvsecutils::toutf8(step).c_str(), resultOf([&] { return carryOut(step); }).c_str());
+        std::printf("%s: %s\n", orvsecutils::toutf8(step).c_str(), resultOf(steps.at(step)).c_str());
     }
     return 0;
 }

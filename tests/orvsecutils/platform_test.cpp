@@ -3,7 +3,6 @@
 #include <objidl.h>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <sstream>
