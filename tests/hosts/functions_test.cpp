@@ -187,6 +187,23 @@ TEST(Functions, GiveEachTextToTheReceiver) {
     EXPECT_EQ(text, L"");
 }
 
+TEST(Functions, LeaveARecordEmptyAfterAFailure) {
+    const Client good(L"login=status 4;getLoggedInUser=status 4");
+    orvellogin_client* const c = good.client;
+    const std::function<orvellogin_result(orvellogin_response*)> calls[] = {
+        [&](auto* user) { return orvellogin_login(c, user, nullptr); },
+        [&](auto* user) { return orvellogin_loginWithPassword(c, L"u", -1, L"p", -1, user, nullptr); },
+        [&](auto* user) { return orvellogin_getLoggedInUser(c, 0, user, nullptr); }};
+    for (const auto& call : calls) {
+        orvellogin_response user;
+        std::memset(&user, 0xAA, sizeof user);
+        user.size = sizeof user;
+        EXPECT_EQ(call(&user), orvellogin_reported);
+        EXPECT_EQ(user.statusDescription, nullptr);
+        EXPECT_EQ(user.domainName, nullptr);
+    }
+}
+
 TEST(Functions, SignInAgainForAnyFlagButZero) {
     Client client(L"");
     client.signIn();

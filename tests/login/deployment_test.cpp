@@ -5,12 +5,10 @@
 
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <string>
 #include <vector>
 
-#include "compiler_runtime.h"
-#include "tests/support/program.h"
+#include "tests/support/deploy.h"
 #include "tests/support/temporary_folder.h"
 
 namespace fs = std::filesystem;
@@ -18,32 +16,25 @@ using testing::HasSubstr;
 
 namespace {
 
-/// A folder with all that a host needs, removed at the end.
+/// A deployed host: a folder with all that it needs, removed at the end.
 class Deployment {
 public:
     Deployment() {
-        const fs::path built = program::ownfolder();
-        fs::create_directory(folder);
-        for (const wchar_t* name : {L"orvellogin.dll", L"OrvelLoginClientCLR.dll"}) {
-            fs::copy_file(built / name, folder / name);
-        }
-        for (const char* name : compilerRuntime) {
-            fs::copy_file(built / name, folder / name);
-        }
-        for (const wchar_t* name : {L"probe.exe", L"HostAssembly.dll"}) {
-            fs::copy_file(program::ownfolder() / L"deployment" / name, folder / name);
-        }
-        fs::copy(built / L"OrvelLoginManagerClient", folder / L"OrvelLoginManagerClient");
+        deploy(folder);
+        replace(L"probe.exe", L"probe.exe");
+        replace(L"HostAssembly.dll", L"HostAssembly.dll");
     }
 
     fs::path operator/(const wchar_t* name) const { return folder / name; }
 
-    void spoil(const wchar_t* name) const { std::ofstream(folder / name, std::ios::trunc) << "no assembly"; }
-
-    /// Replaces a file by another version of it, built for these tests.
+    /// Puts a file built for these tests in place of a file; or text if `other` is empty, or nothing if it is null.
     void replace(const wchar_t* name, const wchar_t* other) const {
-        fs::copy_file(program::ownfolder() / L"deployment" / other, folder / name,
-                      fs::copy_options::overwrite_existing);
+        fs::remove_all(folder / name);
+        if (other && *other) {
+            fs::copy_file(program::ownfolder() / L"deployment" / other, folder / name);
+        } else if (other) {
+            std::ofstream(folder / name) << "no assembly";
+        }
     }
 
     /// Its current folder is not the one it lies in, because nothing may be taken from there.
@@ -58,85 +49,75 @@ private:
     const fs::path folder = temporary.path / L"host";
 };
 
+const wchar_t* const subfolder = L"OrvelLoginManagerClient";
 const wchar_t* const manager = L"OrvelLoginManagerClient\\OrvelLoginClient.dll";
 const wchar_t* const managerTypes = L"OrvelLoginManagerClient\\loginManagerUtils.dll";
-const wchar_t* const managedPart = L"OrvelLoginClientCLR.dll";
+const wchar_t* const part = L"OrvelLoginClientCLR.dll";
 
 TEST(Deployment, IsUsedAsFarAsPossibleAndItsFaultsAreNamed) {
-    const auto oldManager = [](const Deployment& d) { d.replace(manager, L"old\\OrvelLoginClient.dll"); };
+    using Changes = std::vector<std::pair<const wchar_t*, const wchar_t*>>;
+    const Changes old = {{manager, L"old\\OrvelLoginClient.dll"}};
+    const Changes property = {old[0], {managerTypes, L"property\\loginManagerUtils.dll"}};
+    const Changes noException = {old[0], {managerTypes, L"none\\loginManagerUtils.dll"}};
     struct {
-        const char* fault;
-        std::function<void(const Deployment&)> prepare;
+        Changes changes;
         const wchar_t* steps;
         std::vector<const char*> printed;  // in this order, with anything between
     } const rows[] = {
-        {"none",
-         [](const Deployment&) {},
+        {{},
          L"start construct login destroy",
          {"start: done\nconstruct: done\nlogin: ada@example.com\ndestroy: done\n"}},
-        {"no sub-folder",
-         [](const Deployment& d) { fs::remove_all(d / L"OrvelLoginManagerClient"); },
+        {{{subfolder, nullptr}},
          L"construct login tenant destroy",
          {"construct: done\nlogin: System.IO.FileNotFoundException: ", "OrvelLoginClient",
           "\ntenant: System.IO.FileNotFoundException: ", "OrvelLoginClient", "\ndestroy: done\n"}},
-        {"sub-folder comes later",
-         [](const Deployment& d) { fs::rename(d / L"OrvelLoginManagerClient", d / L"elsewhere"); },
-         L"construct login repair login",
-         {"login: System.IO.FileNotFoundException: ", "repair: done\nlogin: ada@example.com\n"}},
-        {"manager no assembly",
-         [](const Deployment& d) { d.spoil(manager); },
-         L"construct login",
-         {"login: System.BadImageFormatException: "}},
-        {"managed part no assembly",
-         [](const Deployment& d) { d.spoil(managedPart); },
-         L"construct",
-         {"construct: the runtime cannot run OrvelLoginClientCLR.EntryPoint"}},
-        {"no managed part",
-         [](const Deployment& d) { fs::remove(d / managedPart); },
+        {{},
+         L"hide construct login show login",
+         {"login: System.IO.FileNotFoundException: ", "show: done\nlogin: ada@example.com\n"}},
+        {{{manager, L""}}, L"construct login", {"login: System.BadImageFormatException: "}},
+        {{{part, L""}}, L"construct", {"construct: the runtime cannot run OrvelLoginClientCLR.EntryPoint"}},
+        {{{part, nullptr}},
          L"construct",
          {"construct: the managed part of the login library is missing: ",
           "\\OrvelLoginClientCLR.dll (HRESULT 0x80070002)\n"}},
-        {"managed part of version 1.0",
-         [](const Deployment& d) { d.replace(managedPart, L"earlier\\OrvelLoginClientCLR.dll"); },
+        {{{part, L"earlier\\OrvelLoginClientCLR.dll"}},
          L"construct",
          {"construct: these two files do not belong together: ",
           "\\orvellogin.dll (version " PROJECT_VERSION ".0) and ",
           "\\OrvelLoginClientCLR.dll (version 0.9.8.7); take both from one package"}},
-        {"managed part of a later version",
-         [](const Deployment& d) { d.replace(managedPart, L"later\\OrvelLoginClientCLR.dll"); },
+        {{{part, L"later\\OrvelLoginClientCLR.dll"}},
          L"construct",
          {"construct: these two files do not belong together: ", "(version 0.9.8.7)"}},
-        {"manager that lacks members",
-         oldManager,
+        {old,
          L"construct tenant kelpa login platform tenant destroy",
          {"construct: done\ntenant: Old Works\nkelpa: System.MissingMethodException: ",
           "\nlogin: System.MissingFieldException: ",
           "\nplatform: OrvelLoginClient.SilentException: \ntenant: Old Works\ndestroy: done\n"}},
-        {"status that is a property",
-         [&](const Deployment& d) { oldManager(d), d.replace(managerTypes, L"property\\loginManagerUtils.dll"); },
+        {property,
          L"construct token tenant token destroy",
          {"construct: done\ntoken: loginManagerUtils.LoginManagerException: refused\ntenant: Old Works\n"
           "token: loginManagerUtils.LoginManagerException: refused\ndestroy: done\n"}},
-        {"no exception class",
-         [&](const Deployment& d) { oldManager(d), d.replace(managerTypes, L"none\\loginManagerUtils.dll"); },
+        {noException,
          L"construct token tenant destroy",
          {"token: System.TimeoutException: refused\ntenant: Old Works\ndestroy: done\n"}},
     };
     for (const auto& row : rows) {
         const Deployment deployment;
-        row.prepare(deployment);
+        for (const auto& [name, other] : row.changes) {
+            deployment.replace(name, other);
+        }
         const std::string printed = deployment.run(row.steps);
         std::size_t at = 0;
         for (const char* expected : row.printed) {
             at = printed.find(expected, at);
-            ASSERT_NE(at, std::string::npos) << row.fault << ": no " << expected << " in\n" << printed;
+            ASSERT_NE(at, std::string::npos) << "no " << expected << " in\n" << printed;
         }
     }
 }
 
 TEST(Deployment, AClientOfAPlugInLeavesTheHostsExitStatusAlone) {
     const Deployment deployment;
-    fs::copy_file(program::ownfolder() / L"deployment" / L"plugin.dll", deployment / L"plugin.dll");
+    deployment.replace(L"plugin.dll", L"plugin.dll");
     for (const wchar_t* steps : {L"exit", L"plugin exit"}) {
         const program::result ended = deployment.start(steps).wait();
         EXPECT_EQ(ended.status, 7u);
@@ -158,7 +139,7 @@ TEST(Deployment, HandlerServesAnyAssemblyByItsSimpleNameAndNothingElse) {
     for (const auto& [name, found] : rows) {
         const Deployment deployment;
         fs::rename(deployment / L"HostAssembly.dll", deployment / L"OrvelLoginManagerClient\\HostAssembly.dll");
-        deployment.spoil(L"..\\Current.dll");  // in the current folder
+        deployment.replace(L"..\\Current.dll", L"");  // in the current folder
         SetEnvironmentVariableW(L"ORVEL_STANDIN", (std::wstring(L"getTenantName=load ") + name).c_str());
         EXPECT_THAT(deployment.run(L"construct tenant"), HasSubstr(found)) << found;
     }

@@ -50,7 +50,8 @@ const std::map<std::wstring, Step> steps = {
          reinterpret_cast<void (*)()>(reinterpret_cast<void*>(signIn))();
      })},
     {L"destroy", plain([] { client.reset(); })},
-    {L"repair", plain([] { rename(folder / L"elsewhere", folder / L"OrvelLoginManagerClient"); })},
+    {L"hide", plain([] { rename(folder / L"OrvelLoginManagerClient", folder / L"hidden"); })},
+    {L"show", plain([] { rename(folder / L"hidden", folder / L"OrvelLoginManagerClient"); })},
     {L"exit", plain([] { std::exit(7); })},
 };
 

@@ -4,6 +4,7 @@
 #include "orvsecutils/platform/platform.h"
 #include "orvsecutils/platform/unicode.h"
 #include "tests/orvsecutils/sandbox.h"
+#include "tests/support/deploy.h"
 #include "tools/orvdiag/commandline.h"
 #include "tools/orvdiag/facts.h"
 #include "tools/orvdiag/filetail.h"
@@ -327,14 +328,7 @@ TEST_F(Orvdiag, FollowsTheLogWithoutFallingBehind) {
 
 class Login : public Orvdiag {
 protected:
-    Login() {
-        create_directories(folder);
-        for (const char* file : {"orvellogin.dll", "OrvelLoginClientCLR.dll", "libgcc_s_dw2-1.dll", "libstdc++-6.dll",
-                                 "libwinpthread-1.dll"}) {
-            copy_file(built / file, folder / file);
-        }
-        copy(built / "OrvelLoginManagerClient", folder / "OrvelLoginManagerClient");
-    }
+    Login() { deploy(folder); }
 
     const fs::path folder = profile / L"日 é";
 };
