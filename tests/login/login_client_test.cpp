@@ -320,6 +320,7 @@ TEST(Callbacks, ArriveOnTheThreadThatRaisesTheEvent) {
         EXPECT_EQ(calls.signIns, 1);
         EXPECT_EQ(calls.thread == GetCurrentThreadId(), sameThread);
         client.logout();
+        EXPECT_EQ(client.getAccessToken() + client.getCASCookie(), L"");
         EXPECT_EQ(calls.signOuts, 1);
         EXPECT_EQ(calls.thread == GetCurrentThreadId(), sameThread);
     }
