@@ -71,11 +71,13 @@ find "$PACKAGE/include" -name '*.h' | while IFS= read -r header; do
 done
 
 echo "== the files"
-strings() { i686-w64-mingw32-strings -el "$1" | paste -sd'|'; }
+resources() { i686-w64-mingw32-windres -i "$1" -O rc; }
 for file in "$PACKAGE"/bin/orv*; do
-  for entry in "|CompanyName|The Orvel login library authors|" "|ProductVersion|$version|" \
-    "|LegalCopyright|Copyright (c) 2026 the Orvel login library authors. MIT licence.|" "|OriginalFilename|${file##*/}|"; do
-    case "|$(strings "$file")|" in *"$entry"*) ;; *) expect "${file##*/} has $entry" false ;; esac
+  for entry in ' FILEVERSION '"${version//./, }, 0" 'BLOCK "040904B0"' '"Translation", 0x409, 1200' \
+    '"CompanyName", "The Orvel login library authors"' '"ProductVersion", "'"$version"'"' \
+    '"LegalCopyright", "Copyright (c) 2026 the Orvel login library authors. MIT licence."' \
+    '"OriginalFilename", "'"${file##*/}"'"'; do
+    expect "${file##*/} has $entry" grep -qF "$entry" <(resources "$file")
   done
   i686-w64-mingw32-objdump -p "$file" > headers
   for pair in MajorOSystemVersion:6 MinorOSystemVersion:1 MajorSubsystemVersion:6 MinorSubsystemVersion:1; do
@@ -89,6 +91,6 @@ for file in "$PACKAGE"/bin/orv*; do
   expect "addresses of ${file##*/} are found" grep -qE '\.cpp:[0-9]+$' \
     <(i686-w64-mingw32-addr2line -e "$debug" "$address")
 done
-expect "orvdiag.exe has its manifest" grep -q '^1 24 ' <(i686-w64-mingw32-windres -i "$PACKAGE/bin/orvdiag.exe" -O rc)
-strings "$PACKAGE/bin/OrvelLoginClientCLR.dll" | grep -qF "$version" || expect "the managed part carries its version" false
+expect "orvdiag.exe has its manifest" grep -q '^1 24 ' <(resources "$PACKAGE/bin/orvdiag.exe")
+expect "the managed part carries its version" grep -qF "\"$version.0\"" <(resources "$PACKAGE/bin/OrvelLoginClientCLR.dll")
 rm -rf "$scratch"
