@@ -106,7 +106,9 @@ TEST(Failures, SayTypeAndMessageInUtf8) {
     const loginRuntimeException failure = managedFailure(L"A.B", L"\x43a\xd83e\xdd89 \xd800!", 5);
     EXPECT_STREQ(failure.what(), "A.B: \xd0\xba\xf0\x9f\xa6\x89 \xef\xbf\xbd!");
     EXPECT_EQ(failure.message, L"\x43a\xd83e\xdd89 \xd800!");
-    EXPECT_STREQ(nativeFailure(L"no", static_cast<std::int32_t>(0x80131700)).what(), "no (HRESULT 0x80131700)");
+    const loginRuntimeException native = nativeFailure(L"no", static_cast<std::int32_t>(0x80131700));
+    EXPECT_STREQ(native.what(), "no (HRESULT 0x80131700)");
+    EXPECT_EQ(native.message, L"no (HRESULT 0x80131700)");
 }
 
 TEST(Paths, LoseThePrefixThatTheRuntimeRejects) {
