@@ -20,6 +20,8 @@ same "a program's own status" 7 "$(status_of "$source/script/wine-run" cmd /c ex
 # script/test alone, in a checkout with nothing to set up and a single test, which leaves a program running.
 mkdir -p checkout/build/mingw-x86-release
 cp -r "$source/script" "$source/CMakePresets.json" checkout
+same "the status of a build that fails" 1 "$(status_of checkout/script/build)"
+expect "it says why" grep -q CMakeLists.txt output
 for step in setup lint check-tests build; do
   printf '#!/bin/bash\n' > checkout/script/$step
 done
