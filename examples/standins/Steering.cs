@@ -28,7 +28,6 @@ namespace OrvelLoginClient
     ///     divide        divides by zero, to test that the host's floating-point control does not make it raise an error
     ///     handlers      returns which handlers the manager was created with: "none", "login", "logout" or "login logout"
     ///     alive         returns the number of managers after a garbage collection
-    ///     huge          returns a text of 40 million letters
     ///     load NAME     loads an assembly by that display name; returns its location, or "not found"
     ///     collect       runs the garbage collector
     ///     wait NAME     waits until the event of that name is set
@@ -39,7 +38,6 @@ namespace OrvelLoginClient
     {
         public static string Handlers; // of the manager created last
         public static int Alive;
-        static string huge;
         static Dictionary<string, string> commands; // null if there are none, so that benchmarks pay for no look-up
 
         public static void Read()
@@ -82,8 +80,6 @@ namespace OrvelLoginClient
             }
             if (command == "handlers")
                 return Handlers;
-            if (command == "huge")
-                return huge ?? (huge = new string('h', 40000000));
             return command.StartsWith("load ", StringComparison.Ordinal) ? Load(command.Substring(5)) : fallback;
         }
 

@@ -1,6 +1,6 @@
 // The plain functions as a host in C calls them, and more than one copy of the library in a process.
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <windows.h>
 
 #include <oleauto.h>
@@ -25,6 +25,14 @@ orvellogin_failure newFailure(int size = sizeof(orvellogin_failure)) {
     return failure;
 }
 
+struct Response : orvellogin_response {
+    Response() {
+        std::memset(this, 0xAA, sizeof *this);
+        size = sizeof *this;
+    }
+    ~Response() { orvellogin_clearResponse(this); }
+};
+
 struct Client {
     explicit Client(const wchar_t* commands, orvellogin_callback login = nullptr, void* loginContext = nullptr,
                     orvellogin_callback logout = nullptr, void* logoutContext = nullptr) {
@@ -34,8 +42,7 @@ struct Client {
     ~Client() { orvellogin_destroy(client); }
 
     void signIn() {
-        orvellogin_response user;
-        user.size = sizeof user;
+        Response user;
         orvellogin_loginWithPassword(client, L"ada@example.com", -1, L"analytical engine", -1, &user, nullptr);
         orvellogin_clearResponse(&user);
         EXPECT_EQ(user.userName, nullptr) << "so that it can be cleared again";
@@ -64,7 +71,8 @@ TEST(Functions, RefuseBadCalls) {
     wchar_t* text;
     int number;
     orvellogin_client* made;
-    orvellogin_response user;
+    Response user, small;
+    --small.size;
     const struct {
         const char* name;
         std::function<orvellogin_result(orvellogin_failure*)> call;
@@ -80,10 +88,9 @@ TEST(Functions, RefuseBadCalls) {
          [&](auto* f) { return orvellogin_isDunmorePlatformTokenExpired(nullptr, L"", 0, &number, f); }},
         {"test, no text", [&](auto* f) { return orvellogin_isDunmorePlatformTokenExpired(c, nullptr, 1, &number, f); }},
         {"second text", [&](auto* f) { return orvellogin_DunmoreLoginBrowser(c, L"", 0, nullptr, 1, f); }},
-        {"record, no client", [&](auto* f) { return user.size = sizeof user, orvellogin_login(nullptr, &user, f); }},
+        {"record, no client", [&](auto* f) { return orvellogin_login(nullptr, &user, f); }},
         {"record, no place", [&](auto* f) { return orvellogin_login(c, nullptr, f); }},
-        {"record, size",
-         [&](auto* f) { return user.size = sizeof user - 1, orvellogin_getLoggedInUser(c, 0, &user, f); }},
+        {"record, size", [&](auto* f) { return orvellogin_getLoggedInUser(c, 0, &small, f); }},
         {"create, no place",
          [&](auto* f) { return orvellogin_create(nullptr, nullptr, nullptr, nullptr, 0, nullptr, f); }},
     };
@@ -101,10 +108,10 @@ TEST(Functions, RefuseBadCalls) {
         EXPECT_TRUE(!text || text == std::wstring(L"unset"));
         EXPECT_TRUE(number == 0 || number == 7);
     }
-    orvellogin_failure small = newFailure(offsetof(orvellogin_failure, text) - 1);
-    EXPECT_EQ(orvellogin_create(nullptr, nullptr, nullptr, nullptr, 0, &made, &small), orvellogin_badCall);
+    orvellogin_failure tooSmall = newFailure(offsetof(orvellogin_failure, text) - 1);
+    EXPECT_EQ(orvellogin_create(nullptr, nullptr, nullptr, nullptr, 0, &made, &tooSmall), orvellogin_badCall);
     EXPECT_EQ(made, nullptr);
-    EXPECT_EQ(small.code, static_cast<int>(0xAAAAAAAA));
+    EXPECT_EQ(tooSmall.code, static_cast<int>(0xAAAAAAAA));
     orvellogin_destroy(nullptr);
     orvellogin_free(nullptr);
     orvellogin_clearFailure(nullptr);
@@ -195,9 +202,7 @@ TEST(Functions, LeaveARecordEmptyAfterAFailure) {
         [&](auto* user) { return orvellogin_loginWithPassword(c, L"u", -1, L"p", -1, user, nullptr); },
         [&](auto* user) { return orvellogin_getLoggedInUser(c, 0, user, nullptr); }};
     for (const auto& call : calls) {
-        orvellogin_response user;
-        std::memset(&user, 0xAA, sizeof user);
-        user.size = sizeof user;
+        Response user;
         EXPECT_EQ(call(&user), orvellogin_reported);
         EXPECT_EQ(user.statusDescription, nullptr);
         EXPECT_EQ(user.domainName, nullptr);
@@ -208,11 +213,9 @@ TEST(Functions, SignInAgainForAnyFlagButZero) {
     Client client(L"");
     client.signIn();
     for (const int flag : {1, -1, 2}) {
-        orvellogin_response user;
-        user.size = sizeof user;
+        Response user;
         orvellogin_getLoggedInUser(client.client, flag, &user, nullptr);
         EXPECT_STREQ(user.statusDescription, L"Ada signed in again");
-        orvellogin_clearResponse(&user);
     }
 }
 
@@ -221,26 +224,22 @@ void ORVELLOGIN_CALL count(void* counter) {
 }
 
 TEST(Callbacks, GetTheContextsOfTheManagerCreatedLast) {
-    int counters[5] = {};
+    int counters[3] = {};
     Client first(L"", count, &counters[0], count, &counters[1]);
-    first.signIn();
-    orvellogin_logout(first.client, nullptr);
-    {
-        Client second(L"", count, &counters[2], count, &counters[3]);
-        first.signIn();  // the second has no manager yet
-        orvellogin_stopDNMListener(second.client, nullptr);
-    }
-    first.signIn();
-    orvellogin_logout(first.client, nullptr);
-    const Client third(L"", count, &counters[2], count, &counters[4]);  // differs from the second in one context
-    orvellogin_stopDNMListener(third.client, nullptr);
-    first.signIn();
-    orvellogin_logout(first.client, nullptr);
-    EXPECT_EQ(std::vector<int>(counters, counters + 5), (std::vector<int>{2, 1, 2, 1, 1}));
+    const auto signInAndOut = [&] {
+        first.signIn();
+        orvellogin_logout(first.client, nullptr);
+    };
+    signInAndOut();
+    const Client second(L"", count, &counters[0], count, &counters[2]);  // differs in one context
+    signInAndOut();                                                      // the second has no manager yet
+    orvellogin_stopDNMListener(second.client, nullptr);
+    signInAndOut();
+    EXPECT_THAT(counters, testing::ElementsAre(3, 2, 1));
     const Client silent(L"");
     orvellogin_stopDNMListener(silent.client, nullptr);
-    first.signIn();
-    EXPECT_EQ(counters[2], 2);
+    signInAndOut();
+    EXPECT_THAT(counters, testing::ElementsAre(3, 2, 1));
 }
 
 template <class Function>

@@ -211,22 +211,6 @@ TEST(Failures, OfAnAbortedThreadAreFailuresOfOneCall) {
     }
 }
 
-TEST(Failures, OfAllocatingAResultAreNotNulls) {
-    Steered client(L"getTenantName=huge");
-    EXPECT_EQ(client.getTenantName().size(), 40000000u);
-    std::vector<void*> reserved;
-    for (std::size_t size = 1u << 30; size >= 1u << 24; size /= 2) {
-        while (void* const taken = VirtualAlloc(nullptr, size, MEM_RESERVE, PAGE_NOACCESS)) {
-            reserved.push_back(taken);
-        }
-    }
-    const std::string failure = resultOf([&] { return client.getTenantName().substr(0, 1); });
-    for (void* taken : reserved) {
-        VirtualFree(taken, 0, MEM_RELEASE);
-    }
-    EXPECT_THAT(failure, StartsWith("System.OutOfMemoryException: "));
-}
-
 TEST(Construction, ByTwoFirstCallsAtOnceLeaksOneManager) {
     const HANDLE gate = CreateEventW(nullptr, TRUE, FALSE, L"two first calls");
     {

@@ -4,7 +4,6 @@
 
 #include <gmock/gmock.h>
 
-#include <atomic>
 #include <sstream>
 #include <thread>
 
@@ -229,21 +228,6 @@ TEST_F(Files, FoldersAreMadeUnlessSomethingIsInTheWay) {
     }
     std::filesystem::remove(toutf16(longpath));  // too long for remove_all
     EXPECT_EQ(contentof(toutf16(plain)), "content") << "the file in the way is left alone";
-}
-
-TEST_F(Files, FoldersMayBeMadeByOthersAtTheSameMoment) {
-    std::atomic<int> arrived{0}, refused{0};
-    const auto make = [&] {
-        for (int round = 1; round <= 100; ++round) {
-            for (++arrived; arrived < 2 * round;) {
-            }
-            refused += !windows.createdirectory(folder + "\\outer" + std::to_string(round) + "\\inner");
-        }
-    };
-    std::thread other(make);
-    make();
-    other.join();
-    EXPECT_EQ(refused, 0);
 }
 
 TEST_F(Files, TimesAndNamesOfEntriesAreReported) {
