@@ -1,6 +1,7 @@
 #include <windows.h>
 
 #include <objidl.h>
+#include <shlobj.h>
 
 #include <gmock/gmock.h>
 
@@ -144,6 +145,9 @@ protected:
 }  // namespace
 
 TEST(Facts, AgreeWithOtherSources) {
+    { const sandbox restored; }  // a test that was killed leaves the profile folder moved
+    wchar_t profile[MAX_PATH] = L"";
+    SHGetFolderPathW(nullptr, CSIDL_PROFILE, nullptr, 0, profile);
     // The host's locale does not matter.
     const std::locale before = std::locale::global(std::locale(std::locale(), new digitgrouping));
     const DWORD build = GetVersion();
@@ -151,7 +155,7 @@ TEST(Facts, AgreeWithOtherSources) {
     const std::pair<std::string, std::string> facts[] = {
         {windows.computername(), registrytext(L"SYSTEM\\CurrentControlSet\\Services\\Tcpip\\Parameters", L"Hostname")},
         {windows.username(), environment(L"USERNAME")},
-        {windows.profilefolder(), environment(L"USERPROFILE")},
+        {windows.profilefolder(), toutf8(profile)},
         {windows.localappdatafolder(), environment(L"LOCALAPPDATA")},
         {windows.roamingappdatafolder(), environment(L"APPDATA")},
         {windows.programfilesfolder(), environment(L"ProgramFiles")},
