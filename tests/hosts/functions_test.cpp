@@ -123,7 +123,8 @@ TEST(Functions, RefuseBadCalls) {
 TEST(Functions, DescribeAFailureInTheFieldsThatTheCallerKnows) {
     const Client client(L"getTenantId=throw System.TimeoutException κείμενο;Logout=status 4");
     wchar_t* text;
-    for (const int size : {int(sizeof(orvellogin_failure)), int(offsetof(orvellogin_failure, text))}) {
+    constexpr int whole = sizeof(orvellogin_failure);
+    for (const int size : {whole, whole + 4, int(offsetof(orvellogin_failure, text))}) {
         orvellogin_failure failure = newFailure(size);
         char* const unset = failure.text;
         EXPECT_EQ(orvellogin_getTenantId(client.client, &text, &failure), orvellogin_failed);
@@ -132,7 +133,7 @@ TEST(Functions, DescribeAFailureInTheFieldsThatTheCallerKnows) {
         EXPECT_EQ(static_cast<unsigned>(failure.hresult), 0x80131505u);  // COR_E_TIMEOUT
         EXPECT_STREQ(failure.typeName, L"System.TimeoutException");
         EXPECT_STREQ(failure.message, L"κείμενο");
-        if (size == sizeof failure) {
+        if (size >= whole) {
             EXPECT_STREQ(failure.text, "System.TimeoutException: κείμενο");
         } else {
             EXPECT_EQ(failure.text, unset);
@@ -149,7 +150,7 @@ TEST(Functions, DescribeAFailureInTheFieldsThatTheCallerKnows) {
         EXPECT_EQ(taken(text), L"https://space.example.com/");
         EXPECT_EQ(failure.code, 0);
         EXPECT_EQ(failure.message, nullptr);
-        EXPECT_EQ(failure.text, size == sizeof failure ? nullptr : unset);
+        EXPECT_EQ(failure.text, size >= whole ? nullptr : unset);
     }
 }
 
@@ -214,6 +215,7 @@ TEST(Functions, SignInAgainForAnyFlagButZero) {
     client.signIn();
     for (const int flag : {1, -1, 2}) {
         Response user;
+        user.size += 4;  // with a field of a later header
         orvellogin_getLoggedInUser(client.client, flag, &user, nullptr);
         EXPECT_STREQ(user.statusDescription, L"Ada signed in again");
     }
@@ -320,27 +322,35 @@ TEST(Copies, KeepWorkingBesideEachOtherAfterACollection) {
 // For the test below, in a process of its own.
 TEST(Copies, DISABLED_Start) {
     const auto createOfCopy = function<decltype(orvellogin_create)>(LoadLibraryW(COPY), "orvellogin_create");
-    // As left by a thread that was terminated during a start.
+    // A thread that takes its time and is then terminated during its start.
     const std::wstring lock = L"Local\\orvellogin-runtime-" + std::to_wstring(GetCurrentProcessId());
-    HANDLE abandoned;
-    std::thread([&] { abandoned = CreateMutexW(nullptr, TRUE, lock.c_str()); }).join();
+    HANDLE mutex;
     std::atomic<int> ready{0};
+    std::atomic<bool> ended{false};
+    std::thread terminated([&] {
+        mutex = CreateMutexW(nullptr, TRUE, lock.c_str());
+        ++ready;
+        Sleep(300);
+        ended = true;
+    });
     const auto start = [&](decltype(orvellogin_create)* create) {
-        for (++ready; ready < 2;) {
+        for (++ready; ready < 3;) {
         }
         orvellogin_client* client;
         EXPECT_EQ(create(nullptr, nullptr, nullptr, nullptr, 0, &client, nullptr), orvellogin_ok);
+        EXPECT_TRUE(ended);
     };
     std::thread one([&] { start(&orvellogin_create); });
     start(createOfCopy);
     one.join();
-    CloseHandle(abandoned);
+    terminated.join();
+    CloseHandle(mutex);
     EXPECT_EQ(OpenMutexW(SYNCHRONIZE, FALSE, lock.c_str()), nullptr) << "left open";
 }
 
 TEST(Copies, StartTheRuntimeAtTheSameMoment) {
     const temporary_folder folder;
-    for (int run = 0; run < 30; ++run) {  // without the process-wide lock, one in five crashes here
+    for (int run = 0; run < 20; ++run) {  // without the process-wide lock, one in five crashes here
         program child(L"functions_test.exe", L"--gtest_also_run_disabled_tests --gtest_filter=*_Start", folder.path);
         EXPECT_EQ(child.wait().status, 0u) << run;
     }
