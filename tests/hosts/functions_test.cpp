@@ -300,28 +300,9 @@ TEST(Copies, CanBeUnloadedUntilTheManagedSideMayCallBack) {
     }
 }
 
-TEST(Copies, KeepWorkingBesideEachOtherAfterACollection) {
-    SetEnvironmentVariableW(L"ORVEL_STANDIN", L"stopDNMListener=collect");
-    const HMODULE copy = LoadLibraryW(COPY);
-    orvellogin_client* clients[2];
-    ASSERT_EQ(orvellogin_create(nullptr, nullptr, nullptr, nullptr, 0, &clients[0], nullptr), orvellogin_ok);
-    ASSERT_EQ(function<decltype(orvellogin_create)>(copy, "orvellogin_create")(nullptr, nullptr, nullptr, nullptr, 0,
-                                                                               &clients[1], nullptr),
-              orvellogin_ok);
-    const auto stopOfCopy = function<decltype(orvellogin_stopDNMListener)>(copy, "orvellogin_stopDNMListener");
-    const HMODULE ofClass = LoadLibraryW(L"orvellogin.dll");
-    alignas(8) unsigned char object[64];
-    function<Construct>(ofClass, construct)(object, 0, nullptr, nullptr, 0);
-    for (int round = 0; round < 3; ++round) {
-        EXPECT_EQ(orvellogin_stopDNMListener(clients[0], nullptr), orvellogin_ok);
-        EXPECT_EQ(stopOfCopy(clients[1], nullptr), orvellogin_ok);
-        function<Member>(ofClass, stopDNMListener)(object, 0);
-    }
-}
-
 // For the test below, in a process of its own.
 TEST(Copies, DISABLED_Start) {
-    const auto createOfCopy = function<decltype(orvellogin_create)>(LoadLibraryW(COPY), "orvellogin_create");
+    const HMODULE copy = LoadLibraryW(COPY);
     // A thread that takes its time and is then terminated during its start.
     const std::wstring lock = L"Local\\orvellogin-runtime-" + std::to_wstring(GetCurrentProcessId());
     HANDLE mutex;
@@ -333,15 +314,17 @@ TEST(Copies, DISABLED_Start) {
         Sleep(300);
         ended = true;
     });
-    const auto start = [&](decltype(orvellogin_create)* create) {
+    const auto start = [&](decltype(orvellogin_create)* create, decltype(orvellogin_stopDNMListener)* stop) {
         for (++ready; ready < 3;) {
         }
         orvellogin_client* client;
         EXPECT_EQ(create(nullptr, nullptr, nullptr, nullptr, 0, &client, nullptr), orvellogin_ok);
         EXPECT_TRUE(ended);
+        EXPECT_EQ(stop(client, nullptr), orvellogin_ok);
     };
-    std::thread one([&] { start(&orvellogin_create); });
-    start(createOfCopy);
+    std::thread one([&] { start(orvellogin_create, orvellogin_stopDNMListener); });
+    start(function<decltype(orvellogin_create)>(copy, "orvellogin_create"),
+          function<decltype(orvellogin_stopDNMListener)>(copy, "orvellogin_stopDNMListener"));
     one.join();
     terminated.join();
     CloseHandle(mutex);

@@ -80,9 +80,26 @@ if [ "$compiler" = csharp ]; then
   call='FormatAccessUrl("a\0b").Length'
   echo 'class Null { static void Main() { new Orvel.Login.LoginManagerClient().FormatAccessUrl(null); } }' > null.cs
   echo "class Zero { static int Main() { return new Orvel.Login.LoginManagerClient().$call; } }" > zero.cs
-  for name in null zero; do mcs -platform:x86 -out:$name "$PACKAGE/bindings/csharp/OrvelLogin.cs" $name.cs; done
+  cat > leak.cs << 'END'
+class Leak {
+  [System.Runtime.InteropServices.DllImport("kernel32")]
+  static extern bool K32GetProcessMemoryInfo(int process, int[] counters, int bytes);
+  static int Main() {
+    var client = new Orvel.Login.LoginManagerClient();
+    int[] before = new int[10], after = new int[10];
+    for (int i = 0; i < 40000; i++) {
+      client.Login("ada@example.com", "analytical engine");
+      try { client.Login("ada@example.com", ""); } catch (Orvel.Login.LoginManagerException) { }
+      K32GetProcessMemoryInfo(-1, i < 10000 ? before : after, 40);
+    }
+    return (after[3] - before[3]) / 3000000; // working sets
+  }
+}
+END
+  for name in null zero leak; do mcs -platform:x86 -out:$name "$PACKAGE/bindings/csharp/OrvelLogin.cs" $name.cs; done
   refuses 'System.ArgumentNullException: ' "$source/script/wine-run" null
   expect 'a zero unit' ' (3)' "$(ends zero 'formatAccessURL=echo')"
+  expect 'memory after 30000 sign-ins' ' (0)' "$(ends leak '')"
 elif [ "$compiler" = pascal ]; then
   call="Length(TLoginManagerClient.Create(nil, nil, nil, nil, 0).FormatAccessUrl('a'#0'b'))"
   echo "program zero; uses OrvelLogin; begin Halt($call) end." > zero.pas

@@ -246,8 +246,8 @@ TEST_F(Orvdiag, ListsAGroupWithAllItsFaults) {
     EXPECT_EQ(
         json::parse(good.output)["values"][1].dump(),
         R"({"group":"Größe","name":"a","kind":"text","value":" ","scope":"machine","remark":"hidden by the user's"})");
-    plant(user, L"\xD800", REG_DWORD, one, "Größe");
-    plant(machine, L"g", REG_MULTI_SZ, broken + zero, "Größe");
+    plant(user, L"d\xD800", REG_DWORD, one, "Größe");
+    plant(machine, L"ab", REG_MULTI_SZ, broken + zero, "Größe");
     const program::result bad = run(L"settings Größe");
     EXPECT_EQ(bad.status, 1u);
     const std::string malformed = "malformed: not valid UTF-16, so the library cannot read the group\r\n";
@@ -257,14 +257,16 @@ TEST_F(Orvdiag, ListsAGroupWithAllItsFaults) {
         "a     number    1               user\r\n"
         "a     text      \" \"             machine, hidden by the user's\r\n"
         "a     text      \"x\uFFFD\"            machine, 32-bit view, not read: the library reads the 64-bit view\r\n"
-        "b     text      \"Windows_NT日!\"  user\r\n"
-        "c     list      [\"1\", \"\\\"2\"]    user\r\n"
-        "d     binary                    user, ignored: the library reads no values of this kind\r\n"
-        "d     number    0               machine\r\n"
-        "e     type 119                  user, ignored: the library reads no values of this kind\r\n"
-        "f     text                      user, ignored: malformed\r\n"
-        "g     list      [\"x\uFFFD\"]          machine, " +
-            malformed + "\uFFFD     number    1               user, " + malformed);
+        "ab    list      [\"x\uFFFD\"]          machine, " +
+            malformed +
+            "b     text      \"Windows_NT日!\"  user\r\n"
+            "c     list      [\"1\", \"\\\"2\"]    user\r\n"
+            "d     binary                    user, ignored: the library reads no values of this kind\r\n"
+            "d     number    0               machine\r\n"
+            "d\uFFFD    number    1               user, " +
+            malformed +
+            "e     type 119                  user, ignored: the library reads no values of this kind\r\n"
+            "f     text                      user, ignored: malformed\r\n");
 }
 
 TEST_F(Orvdiag, ShowsTheLog) {

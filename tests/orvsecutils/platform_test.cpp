@@ -250,6 +250,8 @@ TEST_F(Files, TimesAndNamesOfEntriesAreReported) {
     std::vector<fileentry> entries = {{"old", 0}};
     EXPECT_FALSE(windows.findfiles(folder + "\\*.none", entries));
     EXPECT_THAT(entries, IsEmpty());
+    EXPECT_TRUE(windows.findfiles(folder + "\\*.txt", entries));
+    EXPECT_THAT(entries, SizeIs(1));
     EXPECT_TRUE(windows.findfiles(folder + "\\*", entries));
     EXPECT_TRUE(currentplatform().filetimes(path, creation, access, write));
     // Wine reports the time of the last write as the time of creation.

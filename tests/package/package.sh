@@ -92,5 +92,6 @@ for file in "$PACKAGE"/bin/orv*; do
     <(i686-w64-mingw32-addr2line -e "$debug" "$address")
 done
 expect "orvdiag.exe has its manifest" grep -q '^1 24 ' <(resources "$PACKAGE/bin/orvdiag.exe")
+expect "an example carries the version" grep -qF "\"$version\"" <(resources "$build/bin/signin-window.exe")
 expect "the managed part carries its version" grep -qF "\"$version.0\"" <(resources "$PACKAGE/bin/OrvelLoginClientCLR.dll")
 rm -rf "$scratch"

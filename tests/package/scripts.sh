@@ -20,8 +20,24 @@ same "a program's own status" 7 "$(status_of "$source/script/wine-run" cmd /c ex
 # script/test alone, in a checkout with nothing to set up and a single test, which leaves a program running.
 mkdir -p checkout/build/mingw-x86-release
 cp -r "$source/script" "$source/CMakePresets.json" checkout
-same "the status of a build that fails" 1 "$(status_of checkout/script/build)"
-expect "it says why" grep -q CMakeLists.txt output
+mkdir checkout/{docs,tests,other}
+printf '  "%s" [\n' tests other > checkout/docs/architecture.dot
+echo '#include "other/b.h"' > checkout/tests/a.h
+same "the status of an include without an arrow" 1 "$(status_of checkout/script/check-architecture)"
+echo '  "tests" -> "other"' >> checkout/docs/architecture.dot
+same "the status with the arrow" 0 "$(status_of checkout/script/check-architecture)"
+git -C checkout init -q
+git -C checkout add tests script
+echo 'int  a;' > checkout/a.cpp
+git -C checkout add a.cpp
+same "the status of lint for a source with two blanks" 1 "$(status_of checkout/script/lint)"
+same "the status of lint --fix" 0 "$(status_of checkout/script/lint --fix)"
+same "the source" 'int a;' "$(cat checkout/a.cpp)"
+same "the status of one line of tests" 0 "$(status_of checkout/script/check-tests)"
+seq 9999 >> checkout/tests/a.h
+same "the status of too many" 1 "$(status_of checkout/script/check-tests)"
+same "the status of a build that fails" 1 "$(status_of checkout/script/build mingw-x86-debug)"
+expect "it says why, and for the preset" grep -q CMAKE_BUILD_TYPE=.Debug output
 for step in setup lint check-tests build; do
   printf '#!/bin/bash\n' > checkout/script/$step
 done
