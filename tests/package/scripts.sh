@@ -17,27 +17,30 @@ done
 expect "wine-run reports that there is no such program" [ "$(status_of "$source/script/wine-run" no.exe)" != 0 ]
 same "a program's own status" 7 "$(status_of "$source/script/wine-run" cmd /c exit 7)"
 
-# script/test alone, in a checkout with nothing to set up and a single test, which leaves a program running.
+expect "the caller's WINEDEBUG counts" grep -q trace: <(WINEDEBUG=+module "$source/script/wine-run" cmd /c exit 2>&1)
+same "a command's status with a display" 5 "$(status_of "$source/script/with-display" bash -c 'printenv WINE_DISPLAY; exit 5')"
+expect "the display is gone" [ ! -e "/tmp/.X11-unix/X$(tr -d : < output)" ]
+
 mkdir -p checkout/build/mingw-x86-release
-cp -r "$source/script" "$source/CMakePresets.json" checkout
-mkdir checkout/{docs,tests,other}
-printf '  "%s" [\n' tests other > checkout/docs/architecture.dot
-echo '#include "other/b.h"' > checkout/tests/a.h
-same "the status of an include without an arrow" 1 "$(status_of checkout/script/check-architecture)"
-echo '  "tests" -> "other"' >> checkout/docs/architecture.dot
-same "the status with the arrow" 0 "$(status_of checkout/script/check-architecture)"
+tar -C "$source" --exclude=./build --exclude=./.git -cf - . | tar -C checkout -xf -
 git -C checkout init -q
-git -C checkout add tests script
-echo 'int  a;' > checkout/a.cpp
-git -C checkout add a.cpp
-same "the status of lint for a source with two blanks" 1 "$(status_of checkout/script/lint)"
-same "the status of lint --fix" 0 "$(status_of checkout/script/lint --fix)"
-same "the source" 'int a;' "$(cat checkout/a.cpp)"
-same "the status of one line of tests" 0 "$(status_of checkout/script/check-tests)"
-seq 9999 >> checkout/tests/a.h
-same "the status of too many" 1 "$(status_of checkout/script/check-tests)"
-same "the status of a build that fails" 1 "$(status_of checkout/script/build mingw-x86-debug)"
-expect "it says why, and for the preset" grep -q CMAKE_BUILD_TYPE=.Debug output
+git -C checkout add .
+refuses() { # FILE TEXT SCRIPT [ARGUMENT]: the script fails when the text was added to the file
+  cp "checkout/$1" kept
+  printf '%s\n' "$2" >> "checkout/$1"
+  same "the status of $3 with ${2:0:50}" 1 "$(status_of "checkout/script/$3" "${@:4}")"
+  cp kept "checkout/$1"
+}
+refuses docs/architecture.dot '"orvsecutils/log" -> "tools/orvdiag"' check-architecture
+refuses orvsecutils/log/log.cpp '#include "login/ManagedPart.h"' check-architecture
+refuses login/include/login/uiLang.h 'int undocumented();' docs --check
+refuses README.md '[dead](docs/dead.md)' docs --check
+refuses tests/login/probe.cpp "$(seq 9999)" check-tests
+refuses login/Handshake.cpp 'int  a;' lint
+refuses cmake/mingw-x86.cmake "message(FATAL_ERROR for-\${CMAKE_BUILD_TYPE})" build mingw-x86-debug
+expect "a failed build says why" grep -q for-Debug output
+
+# script/test alone, in this checkout with nothing to set up and a single test, which leaves a program running.
 for step in setup lint check-tests build; do
   printf '#!/bin/bash\n' > checkout/script/$step
 done
