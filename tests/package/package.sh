@@ -91,7 +91,12 @@ for file in "$PACKAGE"/bin/orv*; do
   expect "addresses of ${file##*/} are found" grep -qE '\.cpp:[0-9]+$' \
     <(i686-w64-mingw32-addr2line -e "$debug" "$address")
 done
-expect "orvdiag.exe has its manifest" grep -q '^1 24 ' <(resources "$PACKAGE/bin/orvdiag.exe")
+# Wine tells each program the version of Windows that is set for it, but as Windows does, none that its manifest lacks.
+key='HKCU\Software\Wine\AppDefaults\orvdiag.exe'
+"$source/script/wine-run" reg add "$key" /v Version /d win10 /f > /dev/null
+facts=$("$source/script/wine-run" "$PACKAGE/bin/orvdiag.exe" facts)
+"$source/script/wine-run" reg delete "$key" /f > /dev/null
+expect "orvdiag.exe is told of Windows 10" grep -q '^osversion  *10,0' <<< "$facts"
 expect "an example carries the version" grep -qF "\"$version\"" <(resources "$build/bin/signin-window.exe")
 expect "the managed part carries its version" grep -qF "\"$version.0\"" <(resources "$PACKAGE/bin/OrvelLoginClientCLR.dll")
 rm -rf "$scratch"
