@@ -58,3 +58,4 @@ ln -s "$source/build/wine-prefix" checkout/build/wine-prefix
 same "the status of the demo" 0 "$(status_of checkout/script/demo)"
 expect "the demo shows a sign-in, the facts and the log" [ "$(grep -oE '^  nobody is|^profilefolder|logging\(on\)=on' output | sort -u | wc -l)" = 3 ]
 expect "logging is off again" grep -q '^Logging is off' <("$source/script/wine-run" "$build/bin/orvdiag.exe" logging)
+rm -rf "$scratch"
