@@ -393,9 +393,11 @@ TEST_F(Login, NamesWhatIsWrongInAFolder) {
         fs::remove(folder / file);
         fs::rename(folder / "kept", folder / file, absent);
     }
-    fs::rename(folder / library, folder / other);
+    fs::remove(folder / library);
+    fs::remove(folder / libgcc);
+    copy_file(built / other, folder / other);
     EXPECT_THAT(run(L"login none").output, HasSubstr("there is no such folder"));
-    EXPECT_THAT(check(), AllOf(Not(HasSubstr(library)), Not(HasSubstr("\n"s + "FAIL " + libgcc))));
+    EXPECT_THAT(check(), AllOf(StartsWith("0"), Not(HasSubstr(library)), HasSubstr(other)));
 }
 
 TEST_F(Login, WritesAReportWithoutSecrets) {
