@@ -23,7 +23,7 @@ namespace OrvelLoginClient
     ///     status N      throws a LoginManagerException with that status; for 3 an exception derived from it
     ///     throw TYPE    throws an exception of that type in mscorlib; the rest is its message, by default "on request"
     ///     wrapped       throws an exception that wraps two others, the first of which has a cause
-    ///     chain N L     throws N exceptions, each wrapping the next, with messages of L letters
+    ///     chain N L     throws N exceptions, each wrapping the next, with messages of L owls (🦉)
     ///     abort         aborts the thread
     ///     divide        divides by zero, to test that the host's floating-point control does not make it raise an error
     ///     handlers      returns which handlers the manager was created with: "none", "login", "logout" or "login logout"
@@ -105,7 +105,7 @@ namespace OrvelLoginClient
             if (command.StartsWith("chain ", StringComparison.Ordinal))
             {
                 string[] numbers = command.Split(' ');
-                var message = new string('m', int.Parse(numbers[2], CultureInfo.InvariantCulture));
+                var message = new string('m', int.Parse(numbers[2], CultureInfo.InvariantCulture)).Replace("m", "🦉");
                 Exception chain = null;
                 for (int i = int.Parse(numbers[1], CultureInfo.InvariantCulture); i > 0; i--)
                     chain = new TimeoutException(message, chain);

@@ -186,8 +186,8 @@ TEST(Environment, DecidesLanguageAndFileTimes) {
     const bool summer = GetTimeZoneInformation(&zone) == TIME_ZONE_ID_DAYLIGHT,
                hassummer = zone.DaylightDate.wMonth != 0;
     for (const std::int64_t seconds :
-         {1705320000LL, 1721044800LL, 4102488000LL}) {  // January and July 2024, January 2100
-        const bool wassummer = hassummer && seconds == 1721044800;
+         {1705320001LL, 1721044859LL, 4102488000LL}) {  // January and July 2024, January 2100
+        const bool wassummer = hassummer && seconds == 1721044859;
         EXPECT_EQ(calendartime(filetime(seconds)), seconds + 3600 * (summer - wassummer)) << seconds;
     }
     EXPECT_EQ(calendartime({}), -1) << "in the year 1601";
