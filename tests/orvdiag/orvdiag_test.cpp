@@ -373,10 +373,12 @@ TEST_F(Login, NamesWhatIsWrongInAFolder) {
         {client, later, 0,
          "\nwarn OrvelLoginManagerClient\\OrvelLoginClient.dll file version 34.0.0.5070; assembly version 35.0.0.5070 "
          "instead of 34.0.0.5070; has all 22 members that the library calls\r\n"},
-        {client, contentof(OLD_MANAGER), 1,
+        {client, contentof(built / "deployment/old/OrvelLoginClient.dll"), 1,
          "33.1.0.0 instead of 34.0.0.5070; lacks LoginManagerClient: LoginResponse login(), L"},
         {"OrvelLoginManagerClient", "", 1, "FAIL OrvelLoginManagerClient\\OrvelLoginClient.dll is missing\r\n"},
         {utils, "", 1, "; cannot be used by the runtime: System.IO.FileNotFoundException"},
+        {utils, contentof(built / "deployment/none/loginManagerUtils.dll"), 1,
+         "; lacks LoginManagerException: loginManagerStatusCode status\r\n"},
         {utils, native, 1, "\\loginManagerUtils.dll is not a managed assembly\r\n"},
         {utils, assembly, 1, "holds another assembly, OrvelLoginClient"},
     };
