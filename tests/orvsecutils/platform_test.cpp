@@ -318,6 +318,7 @@ TEST_F(WmiOnFakes, AFailureKeepsTheRowsReadBefore) {
     EXPECT_TRUE(connection->query("q", rows));
     fake.result = E_FAIL;
     EXPECT_TRUE(connection->query("q", rows)) << "rows from before count";
+    EXPECT_TRUE(wmiconnection().query("q", rows)) << "also without a connection";
     EXPECT_THAT(rows, ElementsAre(ElementsAre(Pair("name", "x"))));
     rows.clear();
     EXPECT_FALSE(connection->query("q", rows));
