@@ -98,19 +98,20 @@ class Leak {
   static int Main() {
     var client = new Orvel.Login.LoginManagerClient();
     int[] before = new int[10], after = new int[10];
-    for (int i = 0; i < 40000; i++) {
-      client.Login("ada@example.com", "analytical engine");
-      try { client.Login("ada@example.com", ""); } catch (Orvel.Login.LoginManagerException) { }
-      K32GetProcessMemoryInfo(-1, i < 10000 ? before : after, 40);
+    for (int i = 0; i < 300; i++) {
+      client.Login(new string('u', 50000), "");
+      try { client.GetTenantName(); } catch (Orvel.Login.LoginRuntimeException) { }
+      System.GC.Collect();
+      K32GetProcessMemoryInfo(-1, i < 100 ? before : after, 40);
     }
-    return (after[3] - before[3]) / 3000000; // working sets
+    return (after[3] - before[3]) / 4000000; // working sets
   }
 }
 END
   for name in null rest leak; do mcs -platform:x86 -out:$name "$PACKAGE/bindings/csharp/OrvelLogin.cs" $name.cs; done
   refuses 'System.ArgumentNullException: ' "$source/script/wine-run" null
   expect 'the rest' "$expected" "$(ends rest 'formatAccessURL=echo')"
-  expect 'memory after 30000 sign-ins' ' (0)' "$(ends leak '')"
+  expect 'memory after 300 long records and failures' ' (0)' "$(ends leak 'login=echo;getTenantName=chain 1 20000')"
 elif [ "$compiler" = pascal ]; then
   cat > rest.pas << 'END'
 program rest;
