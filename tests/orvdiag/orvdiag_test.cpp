@@ -239,6 +239,7 @@ TEST_F(Orvdiag, ListsAGroupWithAllItsFaults) {
     plant(user, L"d", REG_BINARY, "123", "Größe");
     plant(user, L"e", 0x77, "", "Größe");
     plant(user, L"f", REG_SZ, std::string(1001, 'o'), "Größe");  // the longest
+    plant(user, L"g", REG_MULTI_SZ, "odd", "Größe");
     plant(machine, L"a", REG_SZ, bytesof(L" \0"sv), "Größe");
     plant(machine, L"d", REG_DWORD, zero, "Größe");
     plant(machine32, L"a", REG_SZ, broken, "Größe");
@@ -267,7 +268,8 @@ TEST_F(Orvdiag, ListsAGroupWithAllItsFaults) {
             "d\uFFFD    number    1               user, " +
             malformed +
             "e     type 119                  user, ignored: the library reads no values of this kind\r\n"
-            "f     text                      user, ignored: malformed\r\n");
+            "f     text                      user, ignored: malformed\r\n"
+            "g     list                      user, ignored: malformed\r\n");
 }
 
 TEST_F(Orvdiag, ShowsTheLog) {

@@ -14,6 +14,7 @@ for script in "$source"/script/*; do
   same "how the help of $name begins" "$name" "$("$script" --help 2> /dev/null | sed 's/[: ].*//;q')"
   same "the status of $name --nonsense" 2 "$(status_of "$script" --nonsense)"
 done
+same "the status of build with a surplus argument" 2 "$(status_of "$source/script/build" mingw-x86-release x)"
 expect "wine-run reports that there is no such program" [ "$(status_of "$source/script/wine-run" no.exe)" != 0 ]
 same "a program's own status" 7 "$(status_of "$source/script/wine-run" cmd /c exit 7)"
 
