@@ -93,7 +93,7 @@ class Rest {
 END
   for name in null rest; do mcs -platform:x86 -out:$name "$PACKAGE/bindings/csharp/OrvelLogin.cs" $name.cs; done
   refuses 'System.ArgumentNullException: ' "$source/script/wine-run" null
-  expect 'the rest' "$expected" "$(ends rest 'formatAccessURL=echo')"
+  expect 'what the examples do not show' "$expected" "$(ends rest 'formatAccessURL=echo')"
 elif [ "$compiler" = pascal ]; then
   cat > rest.pas << 'END'
 program rest;
@@ -110,7 +110,7 @@ begin
 end.
 END
   fpc -Twin32 -Fu"$PACKAGE/bindings/pascal" -FU. -orest rest.pas
-  expect 'the rest' "$expected" "$(ends rest 'formatAccessURL=echo')"
+  expect 'what the examples do not show' "$expected" "$(ends rest 'formatAccessURL=echo')"
 fi
 
 null='System.ArgumentNullException: NULLPTR is not supported for this conversion.

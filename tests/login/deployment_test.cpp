@@ -110,7 +110,8 @@ TEST(Deployment, IsUsedAsFarAsPossibleAndItsFaultsAreNamed) {
         std::size_t at = 0;
         for (const char* expected : row.printed) {
             at = printed.find(expected, at);
-            ASSERT_NE(at, std::string::npos) << "no " << expected << " in\n" << printed;
+            ASSERT_NE(at, std::string::npos) << testing::PrintToString(row.changes) << ": no " << expected << " in\n"
+                                             << printed;
         }
     }
 }

@@ -73,11 +73,12 @@ done
 echo "== the files"
 resources() { i686-w64-mingw32-windres -i "$1" -O rc; }
 for file in "$PACKAGE"/bin/orv*; do
+  resources "$file" > resources.rc
   for entry in ' FILEVERSION '"${version//./, }, 0" 'BLOCK "040904B0"' '"Translation", 0x409, 1200' \
     '"CompanyName", "The Orvel login library authors"' '"ProductVersion", "'"$version"'"' \
     '"LegalCopyright", "Copyright (c) 2026 the Orvel login library authors. MIT licence."' \
     '"OriginalFilename", "'"${file##*/}"'"'; do
-    expect "${file##*/} has $entry" grep -qF "$entry" <(resources "$file")
+    expect "${file##*/} has $entry" grep -qF "$entry" resources.rc
   done
   i686-w64-mingw32-objdump -p "$file" > headers
   for pair in MajorOSystemVersion:6 MinorOSystemVersion:1 MajorSubsystemVersion:6 MinorSubsystemVersion:1; do
