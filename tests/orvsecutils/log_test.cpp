@@ -8,6 +8,7 @@
 #include "orvsecutils/log/debugsettings.h"
 #include "orvsecutils/log/log.h"
 #include "orvsecutils/platform/unicode.h"
+#include "tests/orvsecutils/failing_new.h"
 #include "tests/orvsecutils/sandbox.h"
 
 using namespace orvsecutils;
@@ -66,6 +67,18 @@ void logpartialrecord(int) {
     new loginfo;
 }
 
+// Repeats one record: first its first allocation fails, then its second, and so on, until none fails.
+void logwithoutmemory(int) {
+    for (long allocation = 1, left = 0; left == 0; ++allocation) {
+        memory::countdown = allocation;
+        try {
+            loginfo() << "whole";
+        } catch (const std::bad_alloc&) {
+        }
+        left = memory::countdown.exchange(0);
+    }
+}
+
 void logfromthreads(int) {
     const auto write = [](char writer) {
         for (int line = 0; line < 500; ++line) {
@@ -77,11 +90,9 @@ void logfromthreads(int) {
     other.join();
 }
 
-const std::map<std::string, void (*)(int)> tasks = {{"logonerecord", logonerecord},
-                                                    {"logallshapes", logallshapes},
-                                                    {"changeswitch", changeswitch},
-                                                    {"logpartialrecord", logpartialrecord},
-                                                    {"logfromthreads", logfromthreads}};
+const std::map<std::string, void (*)(int)> tasks = {
+    {"logonerecord", logonerecord},         {"logallshapes", logallshapes},     {"changeswitch", changeswitch},
+    {"logpartialrecord", logpartialrecord}, {"logfromthreads", logfromthreads}, {"logwithoutmemory", logwithoutmemory}};
 
 class Log : public Test {
 protected:
@@ -140,6 +151,13 @@ TEST_F(Log, ReadsTheSwitchOncePerProcess) {
     EXPECT_EQ(child(L"changeswitch 1").output, "");
     EXPECT_TRUE(debugsettings().logging());
     EXPECT_THAT(box.logged(), SizeIs(2));
+}
+
+TEST_F(Log, RecordsAreWholeOrLostWhenMemoryRunsOut) {
+    child(L"logwithoutmemory");
+    // A failure after the constructor may lose the message only.
+    EXPECT_THAT(box.logged(), Each(AnyOf(info, info + "whole")));
+    EXPECT_EQ(box.logged().back(), info + "whole");
 }
 
 TEST_F(Log, SaysWhenTheFileCannotBeOpened) {

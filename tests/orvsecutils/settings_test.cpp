@@ -2,10 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include <atomic>
-#include <cstdlib>
 #include <functional>
-#include <new>
 #include <stdexcept>
 
 #include "orvsecutils/log/log.h"
@@ -15,34 +12,13 @@
 #include "orvsecutils/platform/windows/handles.h"
 #include "orvsecutils/platform/windows/registry.h"
 #include "orvsecutils/settings/settings.h"
+#include "tests/orvsecutils/failing_new.h"
 #include "tests/support/rawkey.h"
 
 using namespace orvsecutils;
 using namespace std::string_literals;
 using namespace std::string_view_literals;
 using namespace testing;
-
-// The allocation that fails: 1 for the next; 0 for none. And the number of allocations that are not freed yet.
-static std::atomic<long> countdown{0}, live{0};
-
-// Not inlined, because the compiler would warn about mismatched pairs of malloc and delete.
-[[gnu::noinline]] void* operator new(std::size_t bytes) {
-    void* const block = countdown > 0 && --countdown == 0 ? nullptr : std::malloc(bytes + 1);
-    if (!block) {
-        throw std::bad_alloc();
-    }
-    ++live;
-    return block;
-}
-
-[[gnu::noinline]] void operator delete(void* block) noexcept {
-    live -= block != nullptr;
-    std::free(block);
-}
-
-[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept {
-    operator delete(block);
-}
 
 namespace {
 
@@ -204,8 +180,8 @@ void faileach(const char* what, const std::function<void()>& action) {
     for (long allocation = 1; failed; ++allocation) {
         SCOPED_TRACE(std::string(what) + ", allocation " + std::to_string(allocation));
         failed = false;
-        const long before = live;
-        countdown = allocation;
+        const long before = memory::live;
+        memory::countdown = allocation;
         try {
             action();
         } catch (const std::bad_alloc&) {
@@ -214,9 +190,9 @@ void faileach(const char* what, const std::function<void()>& action) {
             failed = true;
             EXPECT_EQ(error.code, platformerror::generalfailure);
         }
-        EXPECT_EQ(countdown == 0, failed) << "a failed allocation must be reported";
-        countdown = 0;
-        EXPECT_EQ(live, before) << "allocations that are not freed";
+        EXPECT_EQ(memory::countdown == 0, failed) << "a failed allocation must be reported";
+        memory::countdown = 0;
+        EXPECT_EQ(memory::live, before) << "allocations that are not freed";
         EXPECT_TRUE(failed || allocation > 1) << "nothing was allocated";
     }
 }
