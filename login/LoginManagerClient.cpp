@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "login/LoginManagerClientCLR.h"
-#include "login/ManagedPart.h"
-#include "login/Wiping.h"
+#include "login/boundary/ManagedPart.h"
+#include "login/hosting/Wiping.h"
 
 using OrvelLoginClientCLR::LoginManagerClientCLR;
 using OrvelLoginClientCLR::WipedAtEnd;

@@ -1,8 +1,8 @@
 #include "login/LoginManagerClientCLR.h"
 
-#include "login/ClrRuntime.h"
-#include "login/LibraryFile.h"
-#include "login/RuntimeFailure.h"
+#include "login/hosting/ClrRuntime.h"
+#include "login/hosting/LibraryFile.h"
+#include "login/hosting/RuntimeFailure.h"
 
 namespace OrvelLoginClientCLR {
 

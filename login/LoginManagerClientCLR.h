@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "login/FloatingPointControl.h"
 #include "login/LoginResponse.h"
-#include "login/ManagedPart.h"
+#include "login/boundary/ManagedPart.h"
+#include "login/hosting/FloatingPointControl.h"
 #include "login/loginManagerException.h"
 #include "login/uiLang.h"
 

@@ -25,8 +25,8 @@
 #include "orvsecutils/log/walltime.h"
 #include "orvsecutils/platform/platform.h"
 #include "orvsecutils/platform/windows/com.h"
-#include "tests/orvsecutils/sandbox.h"
 #include "tests/support/program.h"
+#include "tests/support/sandbox.h"
 #include "tests/support/temporary_folder.h"
 
 using namespace orvsecutils;

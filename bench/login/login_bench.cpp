@@ -14,8 +14,8 @@
 
 #include "../timing.h"
 #include "Candidate.h"
-#include "login/ClrRuntime.h"
 #include "login/LoginManagerClient.h"
+#include "login/hosting/ClrRuntime.h"
 #include "tests/support/program.h"
 #include "tests/support/temporary_folder.h"
 

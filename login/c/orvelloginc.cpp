@@ -16,8 +16,8 @@
 
 #include "login/LoginManagerClient.h"
 #include "login/LoginManagerClientCLR.h"
-#include "login/RuntimeFailure.h"
-#include "login/Wiping.h"
+#include "login/hosting/RuntimeFailure.h"
+#include "login/hosting/Wiping.h"
 
 using namespace OrvelLoginClientCLR;
 

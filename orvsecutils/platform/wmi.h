@@ -42,4 +42,8 @@ protected:
     wmi() = default;
 };
 
+/// The MAC address of the last IP-enabled network adapter that WMI lists, among those that have one. Empty if there is
+/// none, or if `connection` is null. Throws as wmi::query() does.
+std::string adapteraddress(const wmi* connection);
+
 }  // namespace orvsecutils

@@ -41,7 +41,7 @@ case $compiler in
         $(PKG_CONFIG_PATH=$package/lib/pkgconfig pkg-config --cflags --libs $name)"
     done
     ;;
-  clang-cl) configure_and_build "-DCMAKE_TOOLCHAIN_FILE=$source/cmake/clang-cl/clang-cl.cmake" "-DHOSTS=$hosts" ;;
+  clang-cl) configure_and_build "-DCMAKE_TOOLCHAIN_FILE=$source/tests/hosts/clang-cl/clang-cl.cmake" "-DHOSTS=$hosts" ;;
   *) eval "$(commands_of "$heading")" ;;
 esac
 cp -r "$build/bin/OrvelLoginManagerClient" .

@@ -13,8 +13,8 @@
 #include <memory>
 #include <string>
 
-#include "login/ClrRuntime.h"
 #include "login/LoginManagerClient.h"
+#include "login/hosting/ClrRuntime.h"
 #include "orvsecutils/platform/unicode.h"
 #include "result_of.h"
 #include "tests/support/program.h"

@@ -9,7 +9,7 @@
 #include "orvsecutils/log/log.h"
 #include "orvsecutils/platform/unicode.h"
 #include "tests/orvsecutils/failing_new.h"
-#include "tests/orvsecutils/sandbox.h"
+#include "tests/support/sandbox.h"
 
 using namespace orvsecutils;
 using namespace std::string_view_literals;

@@ -9,12 +9,12 @@
 #include <thread>
 
 #include "orvsecutils/platform/platform.h"
-#include "orvsecutils/platform/rules.h"
 #include "orvsecutils/platform/unicode.h"
 #include "orvsecutils/platform/windows/com.h"
 #include "orvsecutils/platform/windows/filetime.h"
 #include "orvsecutils/platform/windows/wmiconnection.h"
-#include "tests/orvsecutils/sandbox.h"
+#include "orvsecutils/platform/wmi.h"
+#include "tests/support/sandbox.h"
 
 using namespace orvsecutils;
 using namespace std::string_literals;

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "login/LibraryFile.h"
+#include "login/hosting/LibraryFile.h"
 #include "orvsecutils/platform/unicode.h"
 
 namespace orvdiag {

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "login/ClrRuntime.h"
-#include "login/Handshake.h"
+#include "login/boundary/Handshake.h"
+#include "login/hosting/ClrRuntime.h"
 #include "login/loginRuntimeException.h"
 #include "orvsecutils/platform/unicode.h"
 #include "orvsecutils/platform/windows/handles.h"

@@ -11,11 +11,13 @@
 #include <initializer_list>
 #include <utility>
 
-#include "orvsecutils/platform/rules.h"
+#include "orvsecutils/platform/joining.h"
+#include "orvsecutils/platform/languagecode.h"
 #include "orvsecutils/platform/unicode.h"
 #include "orvsecutils/platform/windows/filetime.h"
 #include "orvsecutils/platform/windows/handles.h"
 #include "orvsecutils/platform/windows/registry.h"
+#include "orvsecutils/platform/wmi.h"
 
 namespace orvsecutils {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "login/ManagedPart.h"
+#include "login/boundary/ManagedPart.h"
 
 namespace OrvelLoginClientCLR {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "login/ManagedString.h"
+#include "login/boundary/ManagedString.h"
 
 /// The interface between the native side and the managed part `OrvelLoginClientCLR.dll`. C# half: `login/managed/`.
 ///

@@ -7,10 +7,12 @@
 
 #include "orvsecutils/log/recordheader.h"
 #include "orvsecutils/log/walltime.h"
+#include "orvsecutils/platform/joining.h"
+#include "orvsecutils/platform/languagecode.h"
 #include "orvsecutils/platform/platformerror.h"
-#include "orvsecutils/platform/rules.h"
 #include "orvsecutils/platform/unicode.h"
 #include "orvsecutils/platform/windows/registryformat.h"
+#include "orvsecutils/platform/wmi.h"
 
 using namespace orvsecutils;
 using namespace std::string_literals;

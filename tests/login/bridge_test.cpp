@@ -9,11 +9,11 @@
 #include <new>
 #include <string>
 
-#include "login/LibraryFile.h"
 #include "login/LoginManagerClient.h"
 #include "login/LoginManagerClientCLR.h"
-#include "login/RuntimeFailure.h"
-#include "login/Wiping.h"
+#include "login/hosting/LibraryFile.h"
+#include "login/hosting/RuntimeFailure.h"
+#include "login/hosting/Wiping.h"
 #include "result_of.h"
 
 using namespace OrvelLoginClientCLR;

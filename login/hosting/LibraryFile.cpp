@@ -1,4 +1,4 @@
-#include "login/LibraryFile.h"
+#include "login/hosting/LibraryFile.h"
 
 #include <windows.h>
 

@@ -1,10 +1,10 @@
-#include "login/ManagedPart.h"
+#include "login/boundary/ManagedPart.h"
 
-#include "login/ClrRuntime.h"
-#include "login/FloatingPointControl.h"
-#include "login/Handshake.h"
-#include "login/LibraryFile.h"
-#include "login/RuntimeFailure.h"
+#include "login/boundary/Handshake.h"
+#include "login/hosting/ClrRuntime.h"
+#include "login/hosting/FloatingPointControl.h"
+#include "login/hosting/LibraryFile.h"
+#include "login/hosting/RuntimeFailure.h"
 
 namespace OrvelLoginClientCLR {
 

@@ -1,4 +1,4 @@
-#include "login/ClrRuntime.h"
+#include "login/hosting/ClrRuntime.h"
 
 #include <windows.h>
 
@@ -8,9 +8,9 @@
 
 #include <memory>
 
-#include "login/ClrHosting.h"
-#include "login/FloatingPointControl.h"
-#include "login/RuntimeFailure.h"
+#include "login/hosting/ClrHosting.h"
+#include "login/hosting/FloatingPointControl.h"
+#include "login/hosting/RuntimeFailure.h"
 
 using Microsoft::WRL::ComPtr;
 

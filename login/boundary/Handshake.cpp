@@ -1,12 +1,12 @@
-#include "login/Handshake.h"
+#include "login/boundary/Handshake.h"
 
 #include <windows.h>
 
 #include <corerror.h>
 
-#include "login/ClrRuntime.h"
-#include "login/LibraryFile.h"
-#include "login/RuntimeFailure.h"
+#include "login/hosting/ClrRuntime.h"
+#include "login/hosting/LibraryFile.h"
+#include "login/hosting/RuntimeFailure.h"
 
 namespace OrvelLoginClientCLR {
 

@@ -1,8 +1,4 @@
-#include "orvsecutils/platform/rules.h"
-
-#include <string_view>
-
-#include "orvsecutils/platform/unicode.h"
+#include "orvsecutils/platform/languagecode.h"
 
 namespace orvsecutils {
 
@@ -45,45 +41,6 @@ int languagecode(std::uint16_t languageid) {
         }
     }
     return english;
-}
-
-std::string joinarguments(const std::vector<std::string>& arguments) {
-    std::string text;
-    for (const std::string& argument : arguments) {
-        if (!text.empty()) {
-            text += ' ';
-        }
-        text += argument;
-    }
-    return text;
-}
-
-std::string joindependencies(const wchar_t* list) {
-    std::string joined;
-    while (list && *list) {
-        const std::wstring_view name(list);
-        if (!joined.empty()) {
-            joined += '\0';
-        }
-        joined += toutf8(name);
-        list += name.size() + 1;
-    }
-    return joined;
-}
-
-std::string adapteraddress(const wmi* connection) {
-    std::vector<wmirow> rows;
-    if (connection) {
-        connection->query("SELECT MACAddress FROM Win32_NetworkAdapterConfiguration WHERE IPEnabled=TRUE", rows);
-    }
-    std::string address;
-    for (const wmirow& row : rows) {
-        const auto found = row.find("MACAddress");
-        if (found != row.end()) {
-            address = found->second;  // the last adapter wins, as in every version, so that the result does not change
-        }
-    }
-    return address;
 }
 
 }  // namespace orvsecutils

@@ -1,4 +1,4 @@
-#include "login/ManagedString.h"
+#include "login/boundary/ManagedString.h"
 
 #include <windows.h>
 
@@ -7,8 +7,8 @@
 #include <new>
 #include <utility>
 
-#include "login/RuntimeFailure.h"
-#include "login/Wiping.h"
+#include "login/hosting/RuntimeFailure.h"
+#include "login/hosting/Wiping.h"
 
 namespace OrvelLoginClientCLR {
 

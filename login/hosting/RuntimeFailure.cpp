@@ -1,4 +1,4 @@
-#include "login/RuntimeFailure.h"
+#include "login/hosting/RuntimeFailure.h"
 
 #include <windows.h>
 

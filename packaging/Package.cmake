@@ -15,7 +15,7 @@ if(TARGET orvdiag)
 endif()
 install(EXPORT orvellogin FILE orvelloginTargets.cmake NAMESPACE orvellogin:: DESTINATION ${package_files})
 configure_package_config_file(
-  cmake/orvelloginConfig.cmake.in ${orvellogin_BINARY_DIR}/orvelloginConfig.cmake
+  packaging/orvelloginConfig.cmake.in ${orvellogin_BINARY_DIR}/orvelloginConfig.cmake
   INSTALL_DESTINATION ${package_files} PATH_VARS CMAKE_INSTALL_LIBDIR)
 write_basic_package_version_file(
   ${orvellogin_BINARY_DIR}/orvelloginConfigVersion.cmake COMPATIBILITY SameMajorVersion ARCH_INDEPENDENT)
@@ -27,7 +27,7 @@ install(FILES
 file(RELATIVE_PATH up /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 string(REGEX REPLACE "/$" "" up "${up}")
 function(add_pkg_config name description cflags libs)
-  configure_file(cmake/orvellogin.pc.in ${orvellogin_BINARY_DIR}/${name}.pc @ONLY)
+  configure_file(packaging/orvellogin.pc.in ${orvellogin_BINARY_DIR}/${name}.pc @ONLY)
   install(FILES ${orvellogin_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endfunction()
 # The import library by its path, because with -static, -l does not find import libraries.
@@ -47,7 +47,7 @@ endfunction()
 file(READ README.md readme)
 string(REGEX MATCH "\n```cpp\n(.*)\n```\n" host "${readme}")
 string(REGEX REPLACE "\n```\n.*" "" host "${CMAKE_MATCH_1}")
-configure_file(cmake/package-readme.md.in ${orvellogin_BINARY_DIR}/package/README.md @ONLY)
+configure_file(packaging/package-readme.md.in ${orvellogin_BINARY_DIR}/package/README.md @ONLY)
 install_in_zip(FILES ${orvellogin_BINARY_DIR}/package/README.md CHANGELOG.md LICENSE NOTICES.md SECURITY.md DESTINATION .)
 install_in_zip(FILES
   docs/crashes.md docs/diagnostics.md docs/integration.md docs/settings.md docs/troubleshooting.md

@@ -1,4 +1,4 @@
-#include "login/FloatingPointControl.h"
+#include "login/hosting/FloatingPointControl.h"
 
 #include <windows.h>
 
