@@ -33,11 +33,11 @@ refuses() { # FILE TEXT SCRIPT [ARGUMENT]: the script fails when the text was ad
   cp kept "checkout/$1"
 }
 refuses docs/architecture.dot '"orvsecutils/log" -> "tools/orvdiag"' check-architecture
-refuses orvsecutils/log/log.cpp '#include "login/ManagedPart.h"' check-architecture
+refuses orvsecutils/log/log.cpp '#include "login/boundary/ManagedPart.h"' check-architecture
 refuses login/include/login/uiLang.h 'int undocumented();' docs --check
 refuses README.md '[dead](docs/dead.md)' docs --check
 refuses tests/login/probe.cpp "$(seq 9999)" check-tests
-refuses login/Handshake.cpp 'int  a;' lint
+refuses login/boundary/Handshake.cpp 'int  a;' lint
 refuses cmake/mingw-x86.cmake "message(FATAL_ERROR for-\${CMAKE_BUILD_TYPE})" build mingw-x86-debug
 expect "a failed build says why" grep -q for-Debug output
 
