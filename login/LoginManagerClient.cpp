@@ -2,13 +2,15 @@
 
 #include <memory>
 #include <new>
-#include <utility>
 
 #include "login/LoginManagerClientCLR.h"
 #include "login/boundary/ManagedPart.h"
 #include "login/hosting/Wiping.h"
 
+using OrvelLoginClientCLR::emptyOffline;
 using OrvelLoginClientCLR::LoginManagerClientCLR;
+using OrvelLoginClientCLR::ManagerMembers;
+using OrvelLoginClientCLR::Member;
 using OrvelLoginClientCLR::WipedAtEnd;
 
 LoginManagerClient::LoginManagerClient(void (*loginCallBackIn)(), void (*logoutCallBackIn)(), uiLang langIn)
@@ -42,101 +44,105 @@ LoginManagerClientCLR* LoginManagerClient::getLoginMgrClient() {
     return stored;
 }
 
+std::wstring LoginManagerClient::string(Member member, const std::wstring* argument) {
+    // From the unbound row, because binding it would load the outside assemblies.
+    const bool empty = offlineMode && (OrvelLoginClientCLR::unboundMembers.*member).offlineRule == emptyOffline;
+    return empty ? std::wstring() : getLoginMgrClient()->string(member, argument);
+}
+
 // Only the members that sign in and out check for a null bridge (a failed allocation), because a host calls one of them
 // first; the others are called after a sign-in, when the bridge exists.
 
 LoginResponse LoginManagerClient::login() {
     LoginManagerClientCLR* client = getLoginMgrClient();
-    return client ? client->login() : LoginResponse();
+    return client ? client->record(&ManagerMembers::login) : LoginResponse();
 }
 
 LoginResponse LoginManagerClient::login(std::wstring userName, std::wstring password) {
     const WipedAtEnd wiped(password);
     LoginManagerClientCLR* client = getLoginMgrClient();
-    return client ? client->login(userName, password) : LoginResponse();
+    return client ? client->record(&ManagerMembers::loginWithPassword, &userName, &password) : LoginResponse();
 }
 
 LoginResponse LoginManagerClient::getLoggedInUser(bool LastLoginFlag) {
     LoginManagerClientCLR* client = getLoginMgrClient();
-    if (!client) {
-        return LoginResponse();
-    }
-    return LastLoginFlag ? client->login() : client->getLoggedInUser();
+    return client ? client->record(LastLoginFlag ? &ManagerMembers::login : &ManagerMembers::getLoggedInUser)
+                  : LoginResponse();
 }
 
 void LoginManagerClient::logout() {
     if (LoginManagerClientCLR* client = getLoginMgrClient()) {
-        client->logout();
+        client->command(&ManagerMembers::Logout);
     }
 }
 
 std::wstring LoginManagerClient::formatAccessUrl(std::wstring targeturl) {
-    return offlineMode ? std::wstring() : getLoginMgrClient()->formatAccessUrl(std::move(targeturl));
+    return string(&ManagerMembers::formatAccessURL, &targeturl);
 }
 
 std::wstring LoginManagerClient::getAccessToken() {
-    return offlineMode ? std::wstring() : getLoginMgrClient()->getAccessToken();
+    return string(&ManagerMembers::getAccessToken);
 }
 
 std::wstring LoginManagerClient::getPlatFormURL() {
-    return offlineMode ? std::wstring() : getLoginMgrClient()->getPlatFormURL();
+    return string(&ManagerMembers::getPlatformURL);
 }
 
 std::wstring LoginManagerClient::getRegistryURL() {
-    return offlineMode ? std::wstring() : getLoginMgrClient()->getRegistryURL();
+    return string(&ManagerMembers::getRegistryURL);
 }
 
 std::wstring LoginManagerClient::getKelpaURL() {
-    return offlineMode ? std::wstring() : getLoginMgrClient()->getKelpaURL();
+    return string(&ManagerMembers::getKelpaURL);
 }
 
 std::wstring LoginManagerClient::getTenantName() {
-    return offlineMode ? std::wstring() : getLoginMgrClient()->getTenantName();
+    return string(&ManagerMembers::getTenantName);
 }
 
 std::wstring LoginManagerClient::getPassportURL() {
-    return offlineMode ? std::wstring() : getLoginMgrClient()->getPassportURL();
+    return string(&ManagerMembers::getPassportURL);
 }
 
 std::wstring LoginManagerClient::getCASCookie() {
-    return offlineMode ? std::wstring() : getLoginMgrClient()->getCASCookie();
+    return string(&ManagerMembers::getCASCookie);
 }
 
 std::wstring LoginManagerClient::getmyAppsURL() {
-    return offlineMode ? std::wstring() : getLoginMgrClient()->getmyAppsURL();
+    return string(&ManagerMembers::getmyAppsURL);
 }
 
 std::wstring LoginManagerClient::getTenantId() {
-    return offlineMode ? std::wstring() : getLoginMgrClient()->getTenantId();
+    return string(&ManagerMembers::getTenantId);
 }
 
 std::wstring LoginManagerClient::getTenantIds() {
-    return offlineMode ? std::wstring() : getLoginMgrClient()->getTenantIds();
+    return string(&ManagerMembers::getTenantIds);
 }
 
 std::wstring LoginManagerClient::getLoginTicket(std::wstring spaceurl) {
-    return offlineMode ? std::wstring() : getLoginMgrClient()->getLoginTicket(std::move(spaceurl));
+    return string(&ManagerMembers::getLoginTicket, &spaceurl);
 }
 
 std::wstring LoginManagerClient::getSpaceURL() {
-    return offlineMode ? std::wstring() : getLoginMgrClient()->getSpaceURL();
+    return string(&ManagerMembers::getSpaceURL);
 }
 
 void LoginManagerClient::stopDNMListener() {
-    getLoginMgrClient()->stopDNMListener();
+    getLoginMgrClient()->command(&ManagerMembers::stopDNMListener);
 }
 
 void LoginManagerClient::DunmoreLoginBrowser(std::wstring serverDNM, std::wstring clientId) {
-    getLoginMgrClient()->DunmoreLoginBrowser(serverDNM, clientId);
+    getLoginMgrClient()->command(&ManagerMembers::DunmoreLoginBrowser, &serverDNM, &clientId);
 }
 
 std::wstring LoginManagerClient::getDNMAccessToken() {
-    return getLoginMgrClient()->getDNMAccessToken();
+    return string(&ManagerMembers::getDNMAccessToken);
 }
 
 bool LoginManagerClient::isDunmorePlatformTokenExpired(std::wstring t) {
     const WipedAtEnd wiped(t);
-    return getLoginMgrClient()->isDunmorePlatformTokenExpired(t);
+    return getLoginMgrClient()->test(&ManagerMembers::isDunmorePlatformTokenExpired, t);
 }
 
 void LoginManagerClient::setOrvelOfflineMode(bool orvelOfflineMode) {

@@ -47,39 +47,22 @@ private:
     ManagerHandle handle = 0;
 };
 
-/// The bridge to one managed login manager. The contracts of the members are those of `LoginManagerClient`, without the
-/// offline flag.
+/// The bridge to one managed login manager. Each function calls a member of one shape; the member's row says what
+/// becomes of the manager's exception and of a null. `first`, `second`, `argument`: the strings that the member takes.
 class LoginManagerClientCLR {
 public:
     LoginManagerClientCLR(void (*loginCallBack)(), void (*logoutCallBack)(), uiLang langIn);
 
-    LoginResponse login();
-    LoginResponse login(const std::wstring& userName, const std::wstring& password);
-    LoginResponse getLoggedInUser();
-    void logout();
-    std::wstring getAccessToken();
-    std::wstring formatAccessUrl(std::wstring targeturl);
-    std::wstring getPlatFormURL();
-    std::wstring getRegistryURL();
-    std::wstring getPassportURL();
-    std::wstring getCASCookie();
-    std::wstring getmyAppsURL();
-    std::wstring getKelpaURL();
-    std::wstring getTenantName();
-    std::wstring getTenantId();
-    std::wstring getTenantIds();
-    std::wstring getSpaceURL();
-    std::wstring getLoginTicket(std::wstring spaceurl);
-    void stopDNMListener();
-    void DunmoreLoginBrowser(const std::wstring& serverDNM, const std::wstring& clientId);
-    std::wstring getDNMAccessToken();
-    bool isDunmorePlatformTokenExpired(const std::wstring& t);
+    LoginResponse record(Member member, const std::wstring* first = nullptr, const std::wstring* second = nullptr);
+    std::wstring string(Member member, const std::wstring* argument = nullptr);
+    void command(Member member, const std::wstring* first = nullptr, const std::wstring* second = nullptr);
+    bool test(Member member, const std::wstring& argument);
 
     /// The manager, for the plain functions, which call its members themselves and keep failures as data.
     ManagerHandle manager() const { return managedClient.get(); }
 
 private:
-    std::wstring plainGetter(const ManagedMember& member);
+    void call(Member member, void* result, const std::wstring* first = nullptr, const std::wstring* second = nullptr);
 
     ManagedClient managedClient;
 };

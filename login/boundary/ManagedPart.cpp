@@ -31,7 +31,7 @@ ManagerMembers bindManagerMembers() {
 
 }  // namespace
 
-bool callManaged(ManagedCall member, ManagerHandle manager, const TextArgument* first, const TextArgument* second,
+bool callManaged(ManagedCall member, ManagerHandle manager, const StringArgument* first, const StringArgument* second,
                  void* result, ManagedFailure& failure) {
     refuseWhileProcessIsEnding();
     const ManagedCodeScope managed;

@@ -103,31 +103,8 @@ struct orvellogin_client {
 
 namespace {
 
-using Member = ManagedMember ManagerMembers::*;
-
-// Whether the manager's own exception becomes orvellogin_reported, or orvellogin_failed like any other exception.
-enum class ExceptionRule { translated, untranslated };
-
-// What a null from the manager becomes.
-enum class NullRule { empty, failure };
-
-// Whether a function returns an empty text while offline, or ignores the flag.
-enum class OfflineRule { empty, ignored };
-
-struct Field {
-    wchar_t* orvellogin_response::*target;
-    ManagedString ManagedRecord::*source;
-    NullRule nullRule;
-};
-constexpr Field fields[] = {
-    {&orvellogin_response::statusDescription, &ManagedRecord::statusDescription, NullRule::failure},
-    {&orvellogin_response::userName, &ManagedRecord::userName, NullRule::failure},
-    {&orvellogin_response::firstName, &ManagedRecord::firstName, NullRule::failure},
-    {&orvellogin_response::lastName, &ManagedRecord::lastName, NullRule::failure},
-    {&orvellogin_response::rowId, &ManagedRecord::rowId, NullRule::failure},
-    {&orvellogin_response::aliasName, &ManagedRecord::aliasName, NullRule::failure},
-    {&orvellogin_response::domainName, &ManagedRecord::domainName, NullRule::empty},
-};
+using Field = RecordField<orvellogin_response>;
+constexpr auto& fields = recordFields<orvellogin_response>;
 
 // The smallest size of a failure: only its last field, the text, is optional.
 constexpr int withoutText = offsetof(orvellogin_failure, text);
@@ -214,21 +191,21 @@ orvellogin_result guarded(orvellogin_failure* failure, Body body) {
         failure, [](void* bodyIn) { return (*static_cast<Body*>(bodyIn))(); }, &body);
 }
 
-TextArgument argument(const wchar_t* text, int length) {
+StringArgument argument(const wchar_t* text, int length) {
     require(length >= -1 && (text || length == 0), "a text is null, or its length is below -1");
     return {text, length == -1 ? static_cast<std::int32_t>(std::wcslen(text)) : length};
 }
 
 // Calls a member of the manager, which is created if necessary.
-orvellogin_result callMember(orvellogin_client& client, Member member, ExceptionRule exceptionRule,
-                             orvellogin_failure* failure, void* result, const TextArgument* first = nullptr,
-                             const TextArgument* second = nullptr) {
+orvellogin_result callMember(orvellogin_client& client, Member member, orvellogin_failure* failure, void* result,
+                             const StringArgument* first = nullptr, const StringArgument* second = nullptr) {
     const ManagerHandle manager = client.bridge().manager();
+    const ManagedMember& row = managerMembers().*member;
     ManagedFailure exception;
-    if (callManaged((managerMembers().*member).call, manager, first, second, result, exception)) {
+    if (callManaged(row.call, manager, first, second, result, exception)) {
         return orvellogin_ok;
     }
-    if (exception.isManagerException && exceptionRule == ExceptionRule::translated) {
+    if (exception.isManagerException && row.exceptionRule == translated) {
         return reported(failure, getStatusCode(exception.status));
     }
     return failed(failure, managedFailure(exception.typeName.toNativeOrEmpty(), exception.message.toNativeOrEmpty(),
@@ -236,17 +213,17 @@ orvellogin_result callMember(orvellogin_client& client, Member member, Exception
 }
 
 // The body of a function that returns a text, and may take one (`first`).
-orvellogin_result getText(orvellogin_client* client, Member member, ExceptionRule exceptionRule, NullRule nullRule,
-                          OfflineRule offlineRule, wchar_t** result, orvellogin_failure* failure,
-                          const TextArgument* first = nullptr) {
+orvellogin_result getText(orvellogin_client* client, Member member, wchar_t** result, orvellogin_failure* failure,
+                          const StringArgument* first = nullptr) {
     require(client && result, "the client or the place for the result is null");
     ManagedString text;
-    if (offlineRule == OfflineRule::ignored || !client->client.isOrvelOfflineMode()) {
-        const orvellogin_result outcome = callMember(*client, member, exceptionRule, failure, &text, first);
+    const ManagedMember& row = unboundMembers.*member;
+    if (row.offlineRule == calledOffline || !client->client.isOrvelOfflineMode()) {
+        const orvellogin_result outcome = callMember(*client, member, failure, &text, first);
         if (outcome != orvellogin_ok) {
             return outcome;
         }
-        if (text.isNull() && nullRule == NullRule::failure) {
+        if (text.isNull() && row.nullRule == nullFails) {
             return failed(failure, nullStringFailure());
         }
     }
@@ -270,34 +247,26 @@ void reset(const orvellogin_client* client, orvellogin_response* response) {
     }
 }
 
-orvellogin_result textFunction(orvellogin_client* client, Member member, ExceptionRule exceptionRule, NullRule nullRule,
-                               OfflineRule offlineRule, wchar_t** result, orvellogin_failure* failure) {
+orvellogin_result textFunction(orvellogin_client* client, Member member, wchar_t** result,
+                               orvellogin_failure* failure) {
     reset(client, result);
-    return guarded(failure,
-                   [&] { return getText(client, member, exceptionRule, nullRule, offlineRule, result, failure); });
+    return guarded(failure, [&] { return getText(client, member, result, failure); });
 }
 
-orvellogin_result textOfTextFunction(orvellogin_client* client, Member member, ExceptionRule exceptionRule,
-                                     const wchar_t* text, int length, wchar_t** result, orvellogin_failure* failure) {
+orvellogin_result textOfTextFunction(orvellogin_client* client, Member member, const wchar_t* text, int length,
+                                     wchar_t** result, orvellogin_failure* failure) {
     reset(client, result);
     return guarded(failure, [&] {
-        const TextArgument first = argument(text, length);
-        return getText(client, member, exceptionRule, NullRule::failure, OfflineRule::empty, result, failure, &first);
+        const StringArgument first = argument(text, length);
+        return getText(client, member, result, failure, &first);
     });
 }
 
-// The ten getters of addresses and of the tenant.
-orvellogin_result plainGetter(orvellogin_client* client, Member member, wchar_t** result, orvellogin_failure* failure) {
-    return textFunction(client, member, ExceptionRule::untranslated, NullRule::empty, OfflineRule::empty, result,
-                        failure);
-}
-
 // A function that returns nothing.
-orvellogin_result callWithoutResult(orvellogin_client* client, Member member, ExceptionRule exceptionRule,
-                                    orvellogin_failure* failure) {
+orvellogin_result callWithoutResult(orvellogin_client* client, Member member, orvellogin_failure* failure) {
     return guarded(failure, [&] {
         require(client, "the client is null");
-        return callMember(*client, member, exceptionRule, failure, nullptr);
+        return callMember(*client, member, failure, nullptr);
     });
 }
 
@@ -315,7 +284,7 @@ orvellogin_result storeRecord(const orvellogin_client& client, ManagedRecord& fr
     }
     // Checked before anything is stored, so that a failure leaves every field null.
     for (const Field& field : fields) {
-        if ((from.*field.source).isNull() && field.nullRule == NullRule::failure) {
+        if ((from.*field.source).isNull() && field.nullRule == nullFails) {
             return failed(failure, nullStringFailure());
         }
     }
@@ -334,13 +303,12 @@ orvellogin_result storeRecord(const orvellogin_client& client, ManagedRecord& fr
 
 // The body of a function that returns a record.
 orvellogin_result getRecord(orvellogin_client* client, Member member, orvellogin_response* response,
-                            orvellogin_failure* failure, const TextArgument* first = nullptr,
-                            const TextArgument* second = nullptr) {
+                            orvellogin_failure* failure, const StringArgument* first = nullptr,
+                            const StringArgument* second = nullptr) {
     require(client, "the client is null");
     require(response && response->size >= static_cast<int>(sizeof *response), "the response is null or too small");
     ManagedRecord record;
-    const orvellogin_result outcome =
-        callMember(*client, member, ExceptionRule::translated, failure, &record, first, second);
+    const orvellogin_result outcome = callMember(*client, member, failure, &record, first, second);
     return outcome == orvellogin_ok ? storeRecord(*client, record, *response, failure) : outcome;
 }
 
@@ -409,8 +377,8 @@ orvellogin_result ORVELLOGIN_CALL orvellogin_loginWithPassword(orvellogin_client
                                                                orvellogin_failure* failure) {
     reset(client, response);
     return guarded(failure, [&] {
-        const TextArgument user = argument(userName, userNameLength);
-        const TextArgument secret = argument(password, passwordLength);
+        const StringArgument user = argument(userName, userNameLength);
+        const StringArgument secret = argument(password, passwordLength);
         return getRecord(client, &ManagerMembers::loginWithPassword, response, failure, &user, &secret);
     });
 }
@@ -424,81 +392,78 @@ orvellogin_result ORVELLOGIN_CALL orvellogin_getLoggedInUser(orvellogin_client* 
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_logout(orvellogin_client* client, orvellogin_failure* failure) {
-    return callWithoutResult(client, &ManagerMembers::Logout, ExceptionRule::translated, failure);
+    return callWithoutResult(client, &ManagerMembers::Logout, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_formatAccessUrl(orvellogin_client* client, const wchar_t* targetUrl,
                                                              int targetUrlLength, wchar_t** url,
                                                              orvellogin_failure* failure) {
-    return textOfTextFunction(client, &ManagerMembers::formatAccessURL, ExceptionRule::translated, targetUrl,
-                              targetUrlLength, url, failure);
+    return textOfTextFunction(client, &ManagerMembers::formatAccessURL, targetUrl, targetUrlLength, url, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getAccessToken(orvellogin_client* client, wchar_t** token,
                                                             orvellogin_failure* failure) {
-    return textFunction(client, &ManagerMembers::getAccessToken, ExceptionRule::translated, NullRule::empty,
-                        OfflineRule::empty, token, failure);
+    return textFunction(client, &ManagerMembers::getAccessToken, token, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getPlatFormURL(orvellogin_client* client, wchar_t** url,
                                                             orvellogin_failure* failure) {
-    return plainGetter(client, &ManagerMembers::getPlatformURL, url, failure);
+    return textFunction(client, &ManagerMembers::getPlatformURL, url, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getRegistryURL(orvellogin_client* client, wchar_t** url,
                                                             orvellogin_failure* failure) {
-    return plainGetter(client, &ManagerMembers::getRegistryURL, url, failure);
+    return textFunction(client, &ManagerMembers::getRegistryURL, url, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getKelpaURL(orvellogin_client* client, wchar_t** url,
                                                          orvellogin_failure* failure) {
-    return plainGetter(client, &ManagerMembers::getKelpaURL, url, failure);
+    return textFunction(client, &ManagerMembers::getKelpaURL, url, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getTenantName(orvellogin_client* client, wchar_t** name,
                                                            orvellogin_failure* failure) {
-    return plainGetter(client, &ManagerMembers::getTenantName, name, failure);
+    return textFunction(client, &ManagerMembers::getTenantName, name, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getPassportURL(orvellogin_client* client, wchar_t** url,
                                                             orvellogin_failure* failure) {
-    return plainGetter(client, &ManagerMembers::getPassportURL, url, failure);
+    return textFunction(client, &ManagerMembers::getPassportURL, url, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getCASCookie(orvellogin_client* client, wchar_t** cookie,
                                                           orvellogin_failure* failure) {
-    return plainGetter(client, &ManagerMembers::getCASCookie, cookie, failure);
+    return textFunction(client, &ManagerMembers::getCASCookie, cookie, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getmyAppsURL(orvellogin_client* client, wchar_t** url,
                                                           orvellogin_failure* failure) {
-    return plainGetter(client, &ManagerMembers::getmyAppsURL, url, failure);
+    return textFunction(client, &ManagerMembers::getmyAppsURL, url, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getTenantId(orvellogin_client* client, wchar_t** id,
                                                          orvellogin_failure* failure) {
-    return plainGetter(client, &ManagerMembers::getTenantId, id, failure);
+    return textFunction(client, &ManagerMembers::getTenantId, id, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getTenantIds(orvellogin_client* client, wchar_t** ids,
                                                           orvellogin_failure* failure) {
-    return plainGetter(client, &ManagerMembers::getTenantIds, ids, failure);
+    return textFunction(client, &ManagerMembers::getTenantIds, ids, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getSpaceURL(orvellogin_client* client, wchar_t** url,
                                                          orvellogin_failure* failure) {
-    return plainGetter(client, &ManagerMembers::getSpaceURL, url, failure);
+    return textFunction(client, &ManagerMembers::getSpaceURL, url, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getLoginTicket(orvellogin_client* client, const wchar_t* spaceUrl,
                                                             int spaceUrlLength, wchar_t** ticket,
                                                             orvellogin_failure* failure) {
-    return textOfTextFunction(client, &ManagerMembers::getLoginTicket, ExceptionRule::untranslated, spaceUrl,
-                              spaceUrlLength, ticket, failure);
+    return textOfTextFunction(client, &ManagerMembers::getLoginTicket, spaceUrl, spaceUrlLength, ticket, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_stopDNMListener(orvellogin_client* client, orvellogin_failure* failure) {
-    return callWithoutResult(client, &ManagerMembers::stopDNMListener, ExceptionRule::untranslated, failure);
+    return callWithoutResult(client, &ManagerMembers::stopDNMListener, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_DunmoreLoginBrowser(orvellogin_client* client, const wchar_t* server,
@@ -506,17 +471,15 @@ orvellogin_result ORVELLOGIN_CALL orvellogin_DunmoreLoginBrowser(orvellogin_clie
                                                                  int clientIdLength, orvellogin_failure* failure) {
     return guarded(failure, [&] {
         require(client, "the client is null");
-        const TextArgument first = argument(server, serverLength);
-        const TextArgument second = argument(clientId, clientIdLength);
-        return callMember(*client, &ManagerMembers::DunmoreLoginBrowser, ExceptionRule::translated, failure, nullptr,
-                          &first, &second);
+        const StringArgument first = argument(server, serverLength);
+        const StringArgument second = argument(clientId, clientIdLength);
+        return callMember(*client, &ManagerMembers::DunmoreLoginBrowser, failure, nullptr, &first, &second);
     });
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getDNMAccessToken(orvellogin_client* client, wchar_t** token,
                                                                orvellogin_failure* failure) {
-    return textFunction(client, &ManagerMembers::getDNMAccessToken, ExceptionRule::untranslated, NullRule::failure,
-                        OfflineRule::ignored, token, failure);
+    return textFunction(client, &ManagerMembers::getDNMAccessToken, token, failure);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_isDunmorePlatformTokenExpired(orvellogin_client* client,
@@ -527,9 +490,8 @@ orvellogin_result ORVELLOGIN_CALL orvellogin_isDunmorePlatformTokenExpired(orvel
     }
     return guarded(failure, [&] {
         require(client && expired, "the client or the place for the result is null");
-        const TextArgument first = argument(token, tokenLength);
-        return callMember(*client, &ManagerMembers::isDunmorePlatformTokenExpired, ExceptionRule::untranslated, failure,
-                          expired, &first);
+        const StringArgument first = argument(token, tokenLength);
+        return callMember(*client, &ManagerMembers::isDunmorePlatformTokenExpired, failure, expired, &first);
     });
 }
 

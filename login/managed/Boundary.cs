@@ -1,11 +1,63 @@
 using System;
 using System.Runtime.InteropServices;
+using OrvelLoginClient;
 
+// The structures that the native side and this part exchange. Native half: login/boundary/Boundary.h, with the same fields in
+// the same order; strings: NativeString.cs.
 namespace OrvelLoginClientCLR
 {
-    /// Text from the native side. Layout: `TextArgument` in login/ManagedPart.h.
+    /// The exception with which a member ended; Failure.cs fills it in.
     [StructLayout(LayoutKind.Sequential)]
-    unsafe struct Text
+    partial struct Failure
+    {
+        public int isManagerException;
+        public int status;
+        public int hresult;
+        public NativeString typeName;
+        public NativeString message;
+    }
+
+    /// A response record.
+    [StructLayout(LayoutKind.Sequential)]
+    struct Record
+    {
+        public int present;
+        public NativeString statusDescription;
+        public NativeString userName;
+        public NativeString firstName;
+        public NativeString lastName;
+        public NativeString rowId;
+        public NativeString aliasName;
+        public NativeString domainName;
+
+        public void Fill(LoginResponse response)
+        {
+            if (response == null)
+                return;
+            present = 1;
+            statusDescription.Set(response.statusDescription);
+            userName.Set(response.userName);
+            firstName.Set(response.firstName);
+            lastName.Set(response.lastName);
+            rowId.Set(response.rowId);
+            aliasName.Set(response.aliasName);
+            domainName.Set(response.domainName);
+        }
+    }
+
+    /// The arguments for creating a manager, and the result.
+    [StructLayout(LayoutKind.Sequential)]
+    struct Creation
+    {
+        public IntPtr loginHandler;
+        public IntPtr logoutHandler;
+        public int language;
+        public IntPtr manager;
+    }
+
+    /// A string from the native side.
+    [StructLayout(LayoutKind.Sequential)]
+    unsafe struct StringArgument
     {
         public char* chars;
         public int length;
@@ -16,12 +68,43 @@ namespace OrvelLoginClientCLR
         }
     }
 
-    /// The signature of every call from the native side: `ManagedCall` in login/ManagedPart.h.
+    /// A row of the native side's table of members. The rules are the native side's.
+    [StructLayout(LayoutKind.Sequential)]
+    unsafe struct ManagedMember
+    {
+        public char* name;
+        public int exceptionRule;
+        public int nullRule;
+        public int offlineRule;
+        public IntPtr call;
+    }
+
+    /// The sizes that the native side uses, and the calls that it gets.
+    [StructLayout(LayoutKind.Sequential)]
+    unsafe struct Handshake
+    {
+        public int handshakeSize;
+        public int failureSize;
+        public int recordSize;
+        public int creationSize;
+        public int stringSize;
+        public int memberSize;
+        public IntPtr registerResolveHandler;
+        public IntPtr bindManagerMembers;
+
+        public bool Fits()
+        {
+            return handshakeSize == sizeof(Handshake) && failureSize == sizeof(Failure) && recordSize == sizeof(Record) &&
+                creationSize == sizeof(Creation) && stringSize == sizeof(StringArgument) && memberSize == sizeof(ManagedMember);
+        }
+    }
+
+    /// The signature of every call from the native side: `ManagedCall`.
     [UnmanagedFunctionPointer(CallingConvention.Cdecl)]
-    unsafe delegate int NativeCall(IntPtr manager, Text* first, Text* second, void* result, Failure* failure);
+    unsafe delegate int NativeCall(IntPtr manager, StringArgument* first, StringArgument* second, void* result, Failure* failure);
 
     /// The implementation of a call. It may throw.
-    unsafe delegate void Body(IntPtr manager, Text* first, Text* second, void* result);
+    unsafe delegate void Body(IntPtr manager, StringArgument* first, StringArgument* second, void* result);
 
     static unsafe class Boundary
     {

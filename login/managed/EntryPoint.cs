@@ -5,33 +5,13 @@ using System.Runtime.InteropServices;
 
 namespace OrvelLoginClientCLR
 {
-    /// The sizes that the native side uses, and the calls that it gets. Layout: `Handshake` in login/Handshake.h.
-    [StructLayout(LayoutKind.Sequential)]
-    unsafe struct Handshake
-    {
-        public int handshakeSize;
-        public int failureSize;
-        public int recordSize;
-        public int creationSize;
-        public int textSize;
-        public int memberSize;
-        public IntPtr registerResolveHandler;
-        public IntPtr bindManagerMembers;
-
-        public bool Fits()
-        {
-            return handshakeSize == sizeof(Handshake) && failureSize == sizeof(Failure) && recordSize == sizeof(Record) &&
-                creationSize == sizeof(Creation) && textSize == sizeof(Text) && memberSize == sizeof(BoundMember);
-        }
-    }
-
     /// The entry point for the native side. This class must not refer to types of the outside assemblies, because it runs
     /// before they can be found. It also avoids the class library, because the first use of each of its classes costs
     /// milliseconds of the host's first call.
     public static unsafe class EntryPoint
     {
-        /// Version of the interface with the native side: `interfaceVersion` in login/ManagedPart.h.
-        const int InterfaceVersion = 2;
+        /// Version of the interface with the native side: `interfaceVersion` in login/boundary/Boundary.h.
+        const int InterfaceVersion = 3;
 
         // Native code holds pointers to these delegates, so they must live as long as the process.
         static readonly NativeCall registerResolveHandler = Boundary.Guarded((m, a, b, r) => RegisterResolveHandler());
@@ -78,7 +58,7 @@ namespace OrvelLoginClientCLR
         [MethodImpl(MethodImplOptions.NoInlining)]
         static void Bind(void* table, int count)
         {
-            ManagerMembers.Bind((BoundMember*)table, count);
+            ManagerMembers.Bind((ManagedMember*)table, count);
         }
 
         /// The resolve handler: looks for an assembly that the runtime cannot find, by its simple name, in the folder

@@ -1,23 +1,14 @@
 using System;
 using System.Reflection;
 using System.Runtime.CompilerServices;
-using System.Runtime.InteropServices;
 using System.Text;
 using System.Threading;
 using loginManagerUtils;
 
 namespace OrvelLoginClientCLR
 {
-    /// The exception with which a member ended. Layout: `ManagedFailure` in login/ManagedPart.h.
-    [StructLayout(LayoutKind.Sequential)]
-    struct Failure
+    partial struct Failure
     {
-        public int isManagerException;
-        public int status;
-        public int hresult;
-        public NativeString typeName;
-        public NativeString message;
-
         /// Fills this from `e`; called in the handler that caught it. Never throws: an exception's own properties may throw,
         /// and memory may be exhausted, so each part is filled in if possible.
         public int Report(Exception e)

@@ -13,31 +13,9 @@ namespace OrvelLoginClientCLR
         const string Client = "OrvelLoginClient";
         const string Utils = "loginManagerUtils";
 
-        /// Everything that the library calls: assembly, type, and member in the format of Signature().
-        static readonly string[,] called =
+        /// What the library uses besides the manager's members: assembly, type, and field in the format of Signature().
+        static readonly string[,] fields =
         {
-            { Client, "LoginManagerClient", "Void .ctor(LoginHandlerDelegate, LogoutHandlerDelegate, langCode)" },
-            { Client, "LoginManagerClient", "LoginResponse login()" },
-            { Client, "LoginManagerClient", "LoginResponse login(String, String)" },
-            { Client, "LoginManagerClient", "LoginResponse getLoggedInUser()" },
-            { Client, "LoginManagerClient", "Void Logout()" },
-            { Client, "LoginManagerClient", "String getAccessToken()" },
-            { Client, "LoginManagerClient", "String formatAccessURL(String)" },
-            { Client, "LoginManagerClient", "String getPlatformURL()" },
-            { Client, "LoginManagerClient", "String getRegistryURL()" },
-            { Client, "LoginManagerClient", "String getPassportURL()" },
-            { Client, "LoginManagerClient", "String getCASCookie()" },
-            { Client, "LoginManagerClient", "String getmyAppsURL()" },
-            { Client, "LoginManagerClient", "String getKelpaURL()" },
-            { Client, "LoginManagerClient", "String getTenantName()" },
-            { Client, "LoginManagerClient", "String getTenantId()" },
-            { Client, "LoginManagerClient", "String getTenantIds()" },
-            { Client, "LoginManagerClient", "String getSpaceURL()" },
-            { Client, "LoginManagerClient", "String getLoginTicket(String)" },
-            { Client, "LoginManagerClient", "Void stopDNMListener()" },
-            { Client, "LoginManagerClient", "static Void DunmoreLoginBrowser(String, String)" },
-            { Client, "LoginManagerClient", "static String getDNMAccessToken()" },
-            { Client, "LoginManagerClient", "static Boolean isDunmorePlatformTokenExpired(String)" },
             { Client, "LoginResponse", "String statusDescription" },
             { Client, "LoginResponse", "String userName" },
             { Client, "LoginResponse", "String firstName" },
@@ -49,9 +27,9 @@ namespace OrvelLoginClientCLR
         };
 
         /// Writes the result into a buffer, as lines of assembly, keyword and value, separated by tabs. The keywords are
-        /// "name", "version" and "file" of an assembly that could be opened; "members", the number of the manager's members
-        /// found; "lacks", a member that is missing; "failure", the exception for an assembly that cannot be opened or read.
-        /// The argument holds the buffer's address and its size in UTF-16 units, separated by a comma.
+        /// "name", "version" and "file" of an assembly that could be opened; "lacks", a member that is missing; "failure", the
+        /// exception for an assembly that cannot be opened or read. The argument holds the buffer's address and its size in
+        /// UTF-16 code units, separated by a comma.
         public static int Inspect(string buffer)
         {
             string[] parts = buffer.Split(',');
@@ -84,19 +62,23 @@ namespace OrvelLoginClientCLR
             lines.Add(wanted + "\tname\t" + assembly.GetName().Name);
             lines.Add(wanted + "\tversion\t" + assembly.GetName().Version);
             lines.Add(wanted + "\tfile\t" + assembly.Location);
-            int members = 0;
-            for (int i = 0; i < called.GetLength(0); i++)
+            if (wanted == Client)
             {
-                string type = called[i, 1], member = called[i, 2];
-                if (called[i, 0] != wanted)
-                    continue;
-                Type found = assembly.GetType(wanted + "." + type);
-                if (found == null || !Signatures(found).Contains(member))
-                    lines.Add(wanted + "\tlacks\t" + type + ": " + member);
-                else if (type == "LoginManagerClient")
-                    members++;
+                foreach (string member in ManagerMembers.Signatures())
+                    Check(assembly, wanted, "LoginManagerClient", member, lines);
             }
-            lines.Add(wanted + "\tmembers\t" + members);
+            for (int i = 0; i < fields.GetLength(0); i++)
+            {
+                if (fields[i, 0] == wanted)
+                    Check(assembly, wanted, fields[i, 1], fields[i, 2], lines);
+            }
+        }
+
+        static void Check(Assembly assembly, string wanted, string type, string member, List<string> lines)
+        {
+            Type found = assembly.GetType(wanted + "." + type);
+            if (found == null || !Signatures(found).Contains(member))
+                lines.Add(wanted + "\tlacks\t" + type + ": " + member);
         }
 
         static HashSet<string> Signatures(Type type)

@@ -3,7 +3,7 @@ using System.Runtime.InteropServices;
 
 namespace OrvelLoginClientCLR
 {
-    /// A string for the native side, which frees it. Layout: `ManagedString` in login/ManagedString.h.
+    /// A string for the native side, which frees it. Layout: `ManagedString` in login/boundary/ManagedString.h.
     [StructLayout(LayoutKind.Sequential)]
     unsafe struct NativeString
     {

@@ -40,17 +40,17 @@ const wchar_t* seenSecret = nullptr;
 
 ManagerMembers fakeMembers() {
     ManagerMembers members;  // calling any other member ends the test
-    members.create.call = [](ManagerHandle, const TextArgument*, const TextArgument*, void* result,
+    members.create.call = [](ManagerHandle, const StringArgument*, const StringArgument*, void* result,
                              ManagedFailure*) -> std::int32_t {
         static_cast<ManagedCreation*>(result)->manager = createdManager;
         return 0;
     };
-    members.dispose.call = [](ManagerHandle, const TextArgument*, const TextArgument*, void*,
+    members.dispose.call = [](ManagerHandle, const StringArgument*, const StringArgument*, void*,
                               ManagedFailure*) -> std::int32_t { return 0; };
-    members.stopDNMListener.call = [](ManagerHandle manager, const TextArgument*, const TextArgument*, void*,
+    members.stopDNMListener.call = [](ManagerHandle manager, const StringArgument*, const StringArgument*, void*,
                                       ManagedFailure*) -> std::int32_t { return manager == 0 ? 0 : 1; };
-    members.loginWithPassword.call = [](ManagerHandle, const TextArgument*, const TextArgument* password, void* result,
-                                        ManagedFailure*) -> std::int32_t {
+    members.loginWithPassword.call = [](ManagerHandle, const StringArgument*, const StringArgument* password,
+                                        void* result, ManagedFailure*) -> std::int32_t {
         seenSecret = password->chars;
         auto& record = *static_cast<ManagedRecord*>(result);
         record.present = 1;
@@ -60,7 +60,7 @@ ManagerMembers fakeMembers() {
         }
         return 0;
     };
-    members.isDunmorePlatformTokenExpired.call = [](ManagerHandle, const TextArgument* token, const TextArgument*,
+    members.isDunmorePlatformTokenExpired.call = [](ManagerHandle, const StringArgument* token, const StringArgument*,
                                                     void*, ManagedFailure*) -> std::int32_t {
         seenSecret = token->chars;
         return 0;
@@ -71,25 +71,25 @@ ManagerMembers fakeMembers() {
 const char* const nullFailure = "System.ArgumentNullException: NULLPTR is not supported for this conversion.";
 
 TEST(Bridge, WithoutAManagerEachMemberReturnsItsDocumentedResult) {
-    LoginManagerClientCLR bridge(nullptr, nullptr, uiLangFallback);
+    LoginManagerClient client(nullptr, nullptr, uiLangFallback);
     struct {
         const char* member;
         std::function<std::wstring()> call;
         const char* result;
     } const rows[] = {
-        {"login", [&] { return bridge.login().userName; }, "code 6"},
-        {"login with credentials", [&] { return bridge.login(L"a", L"b").userName; }, "code 6"},
-        {"getLoggedInUser", [&] { return bridge.getLoggedInUser().userName; }, "code 6"},
-        {"logout", [&] { return bridge.logout(), L"returned"; }, "returned"},
-        {"getAccessToken", [&] { return bridge.getAccessToken(); }, ""},
-        {"getPlatFormURL", [&] { return bridge.getPlatFormURL(); }, ""},
-        {"formatAccessUrl", [&] { return bridge.formatAccessUrl(L"url"); }, "url"},
-        {"getLoginTicket", [&] { return bridge.getLoginTicket(L"space"); }, "space"},
-        {"DunmoreLoginBrowser", [&] { return bridge.DunmoreLoginBrowser(L"a", L"b"), L"returned"; }, "returned"},
-        {"isDunmorePlatformTokenExpired", [&] { return std::to_wstring(bridge.isDunmorePlatformTokenExpired(L"t")); },
+        {"login", [&] { return client.login().userName; }, "code 6"},
+        {"login with credentials", [&] { return client.login(L"a", L"b").userName; }, "code 6"},
+        {"getLoggedInUser", [&] { return client.getLoggedInUser(false).userName; }, "code 6"},
+        {"logout", [&] { return client.logout(), L"returned"; }, "returned"},
+        {"getAccessToken", [&] { return client.getAccessToken(); }, ""},
+        {"getPlatFormURL", [&] { return client.getPlatFormURL(); }, ""},
+        {"formatAccessUrl", [&] { return client.formatAccessUrl(L"url"); }, "url"},
+        {"getLoginTicket", [&] { return client.getLoginTicket(L"space"); }, "space"},
+        {"DunmoreLoginBrowser", [&] { return client.DunmoreLoginBrowser(L"a", L"b"), L"returned"; }, "returned"},
+        {"isDunmorePlatformTokenExpired", [&] { return std::to_wstring(client.isDunmorePlatformTokenExpired(L"t")); },
          "0"},
-        {"getDNMAccessToken", [&] { return bridge.getDNMAccessToken(); }, nullFailure},
-        {"stopDNMListener", [&] { return bridge.stopDNMListener(), L"returned"; }, "returned"},
+        {"getDNMAccessToken", [&] { return client.getDNMAccessToken(); }, nullFailure},
+        {"stopDNMListener", [&] { return client.stopDNMListener(), L"returned"; }, "returned"},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(resultOf(row.call), row.result) << row.member;
@@ -173,7 +173,7 @@ const ManagerMembers& managerMembers() {
     return members;
 }
 
-bool callManaged(ManagedCall member, ManagerHandle manager, const TextArgument* first, const TextArgument* second,
+bool callManaged(ManagedCall member, ManagerHandle manager, const StringArgument* first, const StringArgument* second,
                  void* result, ManagedFailure& failure) {
     return member(manager, first, second, result, &failure) == 0;
 }

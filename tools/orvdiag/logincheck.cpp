@@ -175,6 +175,7 @@ private:
     static void interpret(const std::string& name, const std::string& lines, const std::filesystem::path& expected,
                           finding& found) {
         std::string lacking;
+        bool readable = true;
         std::istringstream stream(lines);
         for (std::string line; std::getline(stream, line);) {
             const std::size_t kindat = line.find('\t') + 1;
@@ -194,14 +195,15 @@ private:
                 found.add(grade::warn, "the runtime uses a different file, " + text);
             } else if (kind == "lacks") {
                 lacking += (lacking.empty() ? "lacks " : ", ") + text;
-            } else if (kind == "members" && lacking.empty() && name == assemblies[0]) {
-                found.add(grade::ok, "has all " + text + " members that the library calls");
             } else if (kind == "failure") {
+                readable = false;
                 found.add(grade::fail, "cannot be used by the runtime: " + text);
             }
         }
         if (!lacking.empty()) {
             found.add(grade::fail, lacking);
+        } else if (readable && name == assemblies[0]) {
+            found.add(grade::ok, "has all members that the library calls");
         }
     }
 

@@ -14,7 +14,9 @@
 
 namespace OrvelLoginClientCLR {
 class LoginManagerClientCLR;
-}
+struct ManagedMember;
+struct ManagerMembers;
+}  // namespace OrvelLoginClientCLR
 struct orvellogin_client;
 
 /// Signs a user in to the online account service, through the managed login manager whose assemblies lie in the folder
@@ -22,7 +24,7 @@ struct orvellogin_client;
 ///
 /// Order of calls: construct -> setOrvelOfflineMode if needed -> login or getLoggedInUser -> the getters -> logout ->
 /// destroy. The first member that needs the manager creates it. Every member needs it except setOrvelOfflineMode,
-/// isOrvelOfflineMode and, while offline, the thirteen string getters from formatAccessUrl to getSpaceURL, which then
+/// isOrvelOfflineMode and, while offline, the string getters from formatAccessUrl to getSpaceURL, which then
 /// return an empty string without a call.
 ///
 /// Strings are UTF-16 in both directions, passed unit for unit: embedded zero units and lone surrogates survive.
@@ -73,7 +75,7 @@ public:
 
     /// Signs in without credentials from the host. The manager decides how (a remembered user, a browser). Ignores the
     /// offline flag. If the manager returns no record, throws `loginManagerException*` with code 6. A null `domainName`
-    /// in the record becomes empty; a null in one of the other six fields is a failed conversion.
+    /// in the record becomes empty; a null in another field is a failed conversion.
     LoginResponse login();
 
     /// Signs in with account name and password. Otherwise as login(). The library wipes its copy of the password; the
@@ -144,6 +146,8 @@ private:
     friend struct orvellogin_client;  // the plain functions in orvelloginc.dll use the bridge directly
 
     OrvelLoginClientCLR::LoginManagerClientCLR* getLoginMgrClient();
+    std::wstring string(OrvelLoginClientCLR::ManagedMember OrvelLoginClientCLR::ManagerMembers::*member,
+                        const std::wstring* argument = nullptr);
 
     bool offlineMode;
     std::atomic<OrvelLoginClientCLR::LoginManagerClientCLR*> bridge;  // owned; null until it is needed

@@ -12,7 +12,7 @@ namespace OrvelLoginClientCLR
         public static int Enter(string argument)
         {
 #if LATER
-            return 3;
+            return 4;
 #else
             ((IntPtr*)long.Parse(argument, CultureInfo.InvariantCulture))[0] = IntPtr.Zero;
             return 0;
