@@ -42,7 +42,7 @@ refuses cmake/mingw-x86.cmake "message(FATAL_ERROR for-\${CMAKE_BUILD_TYPE})" bu
 expect "a failed build says why" grep -q for-Debug output
 
 # script/test alone, in this checkout with nothing to set up and a single test, which leaves a program running.
-for step in setup lint check-tests build; do
+for step in setup lint check-tests check-members build; do
   printf '#!/bin/bash\n' > checkout/script/$step
 done
 echo 'add_test(one bash -c "(exec -a left.exe sleep 60) > /dev/null 2>&1 &")' > checkout/build/mingw-x86-release/CTestTestfile.cmake
