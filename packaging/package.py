@@ -9,6 +9,7 @@ import shutil
 import subprocess
 import sys
 
+sys.dont_write_bytecode = True  # the sources stay as they are
 from archive import write
 
 cmake, objcopy, source, build, name = sys.argv[1:]
