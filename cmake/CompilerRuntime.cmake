@@ -17,7 +17,7 @@ foreach(name IN LISTS compiler_runtime)
     VERBATIM)
   list(APPEND runtime_files ${file})
 endforeach()
-add_custom_target(compiler_runtime DEPENDS ${runtime_files})
+add_custom_target(orvellogin_runtime DEPENDS ${runtime_files})
 
 # The same list for C++ tests: #include "compiler_runtime.h".
 list(JOIN compiler_runtime "\", \"" names)
@@ -27,5 +27,5 @@ file(CONFIGURE OUTPUT ${orvellogin_BINARY_DIR}/generated/compiler_runtime.h CONT
 /// The compiler's runtime DLLs, which must lie beside orvellogin.dll.
 constexpr const char* compilerRuntime[] = {"@names@"};
 ]] @ONLY)
-add_library(compiler_runtime_names INTERFACE)
-target_include_directories(compiler_runtime_names INTERFACE ${orvellogin_BINARY_DIR}/generated)
+add_library(orvellogin_runtime_names INTERFACE)
+target_include_directories(orvellogin_runtime_names INTERFACE ${orvellogin_BINARY_DIR}/generated)

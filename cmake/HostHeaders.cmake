@@ -1,8 +1,8 @@
 # Header-only libraries from Debian's packages. /usr/include itself must not be searched, because its other headers are for
 # the build machine and not for Windows.
 
-# add_host_headers(TARGET FOLDER...): lets the target include <FOLDER/...>, through links in a folder with nothing else.
-function(add_host_headers target)
+# orvellogin_add_host_headers(TARGET FOLDER...): lets the target include <FOLDER/...>, through links in a folder with nothing else.
+function(orvellogin_add_host_headers target)
   set(include ${CMAKE_CURRENT_BINARY_DIR}/include)
   file(MAKE_DIRECTORY ${include})
   foreach(folder IN LISTS ARGN)

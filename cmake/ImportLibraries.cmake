@@ -1,13 +1,13 @@
 # Makes import libraries of a DLL with plain functions, also for the linkers of other compilers.
 
-find_program(LLVM_DLLTOOL NAMES llvm-dlltool-14 llvm-dlltool)
+find_program(ORVELLOGIN_LLVM_DLLTOOL NAMES llvm-dlltool-14 llvm-dlltool)
 
-# add_import_libraries(TARGET FILES)
+# orvellogin_add_import_libraries(TARGET FILES)
 # TARGET is a DLL of __stdcall functions, exported without decoration. Makes TARGET.def and, if LLVM's dlltool is installed,
 # TARGET.lib for Microsoft's linker and lld, and sets FILES to these. Also replaces the linker's own import library, which has
 # the names as exported, whereas compilers refer to the decorated names.
-function(add_import_libraries target result)
-  set(raw ${CMAKE_CURRENT_BINARY_DIR}/${target}_exports.def)
+function(orvellogin_add_import_libraries target result)
+  set(raw ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/${target}_exports.def)
   set(def ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/${target}.def)
   set(lib ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/${target}.lib)
   set(files ${def})
@@ -15,8 +15,8 @@ function(add_import_libraries target result)
   target_link_options(${target} PRIVATE -Wl,--kill-at "SHELL:-Xlinker --output-def -Xlinker \"${raw}\"")
   # -k removes the decoration for the DLL's export names; the symbols keep it.
   set(make_lib)
-  if(LLVM_DLLTOOL)
-    set(make_lib COMMAND ${LLVM_DLLTOOL} -m i386 -k -d ${def} -D $<TARGET_FILE_NAME:${target}> -l ${lib})
+  if(ORVELLOGIN_LLVM_DLLTOOL)
+    set(make_lib COMMAND ${ORVELLOGIN_LLVM_DLLTOOL} -m i386 -k -d ${def} -D $<TARGET_FILE_NAME:${target}> -l ${lib})
     list(APPEND files ${lib})
   endif()
   add_custom_command(TARGET ${target} POST_BUILD

@@ -1,11 +1,11 @@
 # Compiles C#.
 
-find_program(CSHARP_COMPILER NAMES mcs csc REQUIRED)
+find_program(ORVELLOGIN_CSHARP_COMPILER NAMES mcs csc REQUIRED)
 
-# add_managed(TARGET OUTPUT folder SOURCES file... [NAME name] [REFERENCES target...] [DEFINES symbol...])
+# orvellogin_add_managed(TARGET OUTPUT folder SOURCES file... [NAME name] [REFERENCES target...] [DEFINES symbol...])
 # Builds an assembly into a folder. It has the name of the target unless NAME is given. REFERENCES are targets of other
 # assemblies.
-function(add_managed target)
+function(orvellogin_add_managed target)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "OUTPUT;NAME" "SOURCES;REFERENCES;DEFINES")
   if(NOT arg_NAME)
     set(arg_NAME ${target})
@@ -27,6 +27,13 @@ function(add_managed target)
     list(APPEND reference_options -r:${path})
   endforeach()
   list(TRANSFORM arg_DEFINES PREPEND -define:)
+  # In another project, nothing is built without need, and its compiler may know other warnings.
+  set(all)
+  set(strict)
+  if(PROJECT_IS_TOP_LEVEL)
+    set(all ALL)
+    set(strict -warnaserror)
+  endif()
   # The script is not part of the package, where assemblies need not be reproducible.
   set(identify ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/deterministic-assembly.py)
   set(identity)
@@ -37,17 +44,13 @@ function(add_managed target)
   add_custom_command(
     OUTPUT ${file}
     COMMAND ${CMAKE_COMMAND} -E make_directory ${arg_OUTPUT}
-    COMMAND ${CSHARP_COMPILER} -nologo -target:library -platform:x86 -unsafe -optimize -langversion:6 -warn:4
-            -warnaserror -out:${file} ${reference_options} ${arg_DEFINES} ${sources}
+    COMMAND ${ORVELLOGIN_CSHARP_COMPILER} -nologo -target:library -platform:x86 -unsafe -optimize -langversion:6 -warn:4
+            ${strict} -out:${file} ${reference_options} ${arg_DEFINES} ${sources}
     ${identity}
     DEPENDS ${sources} ${references}
     WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}
     COMMENT "Compiling ${arg_NAME}.dll"
     VERBATIM)
-  set(all)
-  if(PROJECT_IS_TOP_LEVEL)
-    set(all ALL)
-  endif()
   add_custom_target(${target} ${all} DEPENDS ${file})
   set_target_properties(${target} PROPERTIES MANAGED_FILE ${file})
   if(arg_REFERENCES)

@@ -1,9 +1,9 @@
 # Version information for DLLs and programs; for programs also a manifest and an icon.
 
-# add_version_info(TARGET DESCRIPTION [MANIFEST file])
+# orvellogin_add_version_info(TARGET DESCRIPTION [MANIFEST file])
 # The default manifest is cmake/program.manifest. The resources are a target of their own without include folders, because windres
 # fails if the path of one contains "'" or "&".
-function(add_version_info target description)
+function(orvellogin_add_version_info target description)
   cmake_parse_arguments(PARSE_ARGV 2 arg "" "MANIFEST" "")
   set(folder ${orvellogin_SOURCE_DIR}/cmake)
   get_target_property(type ${target} TYPE)

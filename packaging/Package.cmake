@@ -26,21 +26,21 @@ install(FILES
 # can be moved.
 file(RELATIVE_PATH up /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 string(REGEX REPLACE "/$" "" up "${up}")
-function(add_pkg_config name description cflags libs)
+function(orvellogin_add_pkg_config name description cflags libs)
   configure_file(packaging/orvellogin.pc.in ${orvellogin_BINARY_DIR}/${name}.pc @ONLY)
   install(FILES ${orvellogin_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endfunction()
 # The import library by its path, because with -static, -l does not find import libraries.
 set(plain_functions "\"\${libdir}/liborvelloginc.dll.a\"")
-add_pkg_config(orvellogin "The class that orvellogin.dll exports" "-I\"\${includedir}\"" "-L\"\${libdir}\" -lorvellogin")
-add_pkg_config(orvellogin-client "The header-only class over orvelloginc.dll"
+orvellogin_add_pkg_config(orvellogin "The class that orvellogin.dll exports" "-I\"\${includedir}\"" "-L\"\${libdir}\" -lorvellogin")
+orvellogin_add_pkg_config(orvellogin-client "The header-only class over orvelloginc.dll"
   "-I\"\${includedir}/client\" -I\"\${includedir}\"" "${plain_functions}")
-add_pkg_config(orvellogin-c "The plain functions of orvelloginc.dll" "-I\"\${includedir}\"" "${plain_functions}")
+orvellogin_add_pkg_config(orvellogin-c "The plain functions of orvelloginc.dll" "-I\"\${includedir}\"" "${plain_functions}")
 
 install(FILES cmake/Deploy.cmake DESTINATION ${package_files} RENAME orvelloginDeploy.cmake)
 
 # Installs only into the ZIP. These files would be out of place in a prefix that other software shares.
-function(install_in_zip)
+function(orvellogin_install_in_zip)
   install(${ARGV} COMPONENT zip EXCLUDE_FROM_ALL)
 endfunction()
 
@@ -48,31 +48,31 @@ file(READ README.md readme)
 string(REGEX MATCH "\n```cpp\n(.*)\n```\n" host "${readme}")
 string(REGEX REPLACE "\n```\n.*" "" host "${CMAKE_MATCH_1}")
 configure_file(packaging/package-readme.md.in ${orvellogin_BINARY_DIR}/package/README.md @ONLY)
-install_in_zip(FILES ${orvellogin_BINARY_DIR}/package/README.md CHANGELOG.md LICENSE NOTICES.md SECURITY.md DESTINATION .)
-install_in_zip(FILES
+orvellogin_install_in_zip(FILES ${orvellogin_BINARY_DIR}/package/README.md CHANGELOG.md LICENSE NOTICES.md SECURITY.md DESTINATION .)
+orvellogin_install_in_zip(FILES
   docs/crashes.md docs/diagnostics.md docs/integration.md docs/settings.md docs/troubleshooting.md
   DESTINATION docs)
 file(GLOB pictures CONFIGURE_DEPENDS docs/signin-window*.png)
-install_in_zip(FILES ${pictures} DESTINATION docs)
-install_in_zip(DIRECTORY bindings examples DESTINATION .)
-install_in_zip(FILES cmake/Managed.cmake cmake/mingw-x86.cmake DESTINATION cmake)
+orvellogin_install_in_zip(FILES ${pictures} DESTINATION docs)
+orvellogin_install_in_zip(DIRECTORY bindings examples DESTINATION .)
+orvellogin_install_in_zip(FILES cmake/Managed.cmake cmake/mingw-x86.cmake DESTINATION cmake)
 # The compiled stand-ins, for use until the real login manager is available, in the folder that goes next to the library.
-install_in_zip(DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/OrvelLoginManagerClient DESTINATION examples/standins)
+orvellogin_install_in_zip(DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/OrvelLoginManagerClient DESTINATION examples/standins)
 
 # The notices of third-party work, the compiler's runtime and the header-only libraries in orvdiag, from their Debian packages.
-install_in_zip(FILES /usr/share/doc/gcc-mingw-w64-i686-posix-runtime/copyright
+orvellogin_install_in_zip(FILES /usr/share/doc/gcc-mingw-w64-i686-posix-runtime/copyright
   DESTINATION notices RENAME gcc-runtime.txt)
-install_in_zip(FILES /usr/share/doc/mingw-w64-i686-dev/copyright DESTINATION notices RENAME mingw-w64.txt)
-install_in_zip(FILES /usr/share/doc/libcli11-dev/copyright DESTINATION notices RENAME cli11.txt)
-install_in_zip(FILES /usr/share/doc/nlohmann-json3-dev/copyright DESTINATION notices RENAME nlohmann-json.txt)
-install_in_zip(FILES /usr/share/common-licenses/GPL-3 DESTINATION notices RENAME GPL-3.txt)
+orvellogin_install_in_zip(FILES /usr/share/doc/mingw-w64-i686-dev/copyright DESTINATION notices RENAME mingw-w64.txt)
+orvellogin_install_in_zip(FILES /usr/share/doc/libcli11-dev/copyright DESTINATION notices RENAME cli11.txt)
+orvellogin_install_in_zip(FILES /usr/share/doc/nlohmann-json3-dev/copyright DESTINATION notices RENAME nlohmann-json.txt)
+orvellogin_install_in_zip(FILES /usr/share/common-licenses/GPL-3 DESTINATION notices RENAME GPL-3.txt)
 
 # The ZIPs, in the build folder: see package.py.
-add_custom_target(zip
+add_custom_target(orvellogin_zip
   COMMAND python3 ${CMAKE_CURRENT_LIST_DIR}/package.py ${CMAKE_COMMAND} ${CMAKE_OBJCOPY} ${orvellogin_SOURCE_DIR}
     ${orvellogin_BINARY_DIR} ${PROJECT_NAME}-${PROJECT_VERSION}-mingw-x86
   VERBATIM)
-add_dependencies(zip orvellogin orvelloginc OrvelLoginClient)
+add_dependencies(orvellogin_zip orvellogin orvelloginc OrvelLoginClient)
 if(TARGET orvdiag)
-  add_dependencies(zip orvdiag)
+  add_dependencies(orvellogin_zip orvdiag)
 endif()

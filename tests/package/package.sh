@@ -3,7 +3,7 @@
 . "$(dirname "$0")/../support/checks.sh"
 # Also those of an earlier version.
 rm -f "$build"/*-mingw-x86*.zip*
-cmake --build "$build" --target zip > zip.log || { cat zip.log && exit 1; }
+cmake --build "$build" --target orvellogin_zip > zip.log || { cat zip.log && exit 1; }
 (cd "$build" && sha256sum --check --quiet ./*-mingw-x86.zip.sha256)
 unzip -q "$build"/*-mingw-x86.zip
 unzip -q "$build"/*-mingw-x86-debug.zip

@@ -27,8 +27,8 @@ expect "no tool is built" [ ! -e build/copy/bin/orvdiag.exe ]
 # Both builds have the same epoch, but different local times.
 export SOURCE_DATE_EPOCH=1234567890
 run cmake -DORVELLOGIN_INSTALL=ON -DORVELLOGIN_TOOLS=ON build
-TZ=UTC-9 run cmake --build build --target zip
-TZ=UTC+5 run cmake --build "$build" --target zip
+TZ=UTC-9 run cmake --build build --target orvellogin_zip
+TZ=UTC+5 run cmake --build "$build" --target orvellogin_zip
 for file in "$build"/*.zip; do
   cmp "$file" "build/copy/${file##*/}" || {
     diff -r "$build/package/$(basename "$file" .zip)" "build/copy/package/$(basename "$file" .zip)"
