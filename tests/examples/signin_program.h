@@ -9,6 +9,7 @@
 
 #include "examples/signin-window/resource.h"
 #include "tests/support/program.h"
+#include "tests/support/system.h"
 #include "tests/support/temporary_folder.h"
 
 /// A running signin-window.exe, used as a person would: by its controls.
@@ -104,11 +105,15 @@ public:
     }
 
 private:
-    /// Starts the program on a desktop of its own, which has a display: the default desktop has none while a program
-    /// runs that was started without one. The desktop has a size, so that Wine draws the window frames, because there
-    /// is no window manager.
+    /// Starts the program; under Wine on a desktop of its own, which has a display: the default desktop has none while
+    /// a program runs that was started without one. The desktop has a size, so that Wine draws the window frames,
+    /// because there is no window manager.
     program start(const wchar_t* commands) const {
         constexpr wchar_t desktop[] = L"signin_window_test";
+        if (!onwine()) {
+            SetEnvironmentVariableW(L"ORVEL_STANDIN", commands);
+            return program(L"signin-window.exe", L"", folder.path);
+        }
         static struct shell {
             ~shell() { process.end(); }
             const temporary_folder folder;

@@ -13,6 +13,7 @@
 #include "orvsecutils/platform/unicode.h"
 #include "orvsecutils/platform/windows/registryformat.h"
 #include "orvsecutils/platform/wmi.h"
+#include "tests/orvsecutils/failing_new.h"
 
 using namespace orvsecutils;
 using namespace std::string_literals;
@@ -53,7 +54,11 @@ TEST(Unicode, ImpossibleBuffersAreErrors) {
     EXPECT_EQ(utf16buffer(5), std::wstring(5, L'\0'));
     EXPECT_THAT([] { utf16buffer(-1); }, failure(0x80070057, "invalid argument"));
     EXPECT_THAT([] { utf16buffer(std::numeric_limits<std::int64_t>::max()); }, failure(0x80070057, "invalid argument"));
-    EXPECT_THAT([] { utf16buffer(std::wstring().max_size()); }, failure(0x80004005, "general failure"));
+    const auto withoutmemory = [] {
+        memory::countdown = 1;
+        utf16buffer(100);
+    };
+    EXPECT_THAT(withoutmemory, failure(0x80004005, "general failure"));
     EXPECT_STREQ(platformerror(platformerror::outofmemory).what(), "out of memory");
 }
 

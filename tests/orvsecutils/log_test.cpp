@@ -128,6 +128,9 @@ TEST_F(Log, KeepsMessagesWholeAndLabelsLevels) {
 }
 
 TEST_F(Log, ObeysTheSwitchAlone) {
+    if (!administrator()) {
+        GTEST_SKIP() << needsrights;
+    }
     EXPECT_TRUE(debugsettings().logging());
     removecompany(L"Orvel");
     EXPECT_FALSE(debugsettings().logging());
@@ -169,6 +172,9 @@ TEST_F(Log, SaysWhenTheFileCannotBeOpened) {
     create_directories(box.log());
     expectfailure(toutf8(box.log().native()));
     remove_all(box.folder());
+    if (!onwine()) {
+        return;  // Windows does not move a profile
+    }
     box.moveprofile(box.folder() / std::string(255 - box.folder().native().size(), 'p'));  // too long to append to
     expectfailure("");
     box.moveprofile(box.folder().parent_path().parent_path());
@@ -195,8 +201,7 @@ TEST_F(Log, TakesLinesOfManyThreadsAndProcesses) {
         }
     }
     // Wine finds the end of the file before it writes, not as part of the write.
-    const bool wine = GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
-    EXPECT_GE(whole.size(), wine ? 2000u : 4000u);
+    EXPECT_GE(whole.size(), onwine() ? 2000u : 4000u);
 }
 
 }  // namespace

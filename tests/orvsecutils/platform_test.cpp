@@ -284,6 +284,9 @@ TEST_F(Files, ProcessesAreRunToTheirEnd) {
 }
 
 TEST(Services, AreReportedAsInstalled) {
+    if (!administrator()) {
+        GTEST_SKIP() << needsrights;
+    }
     const std::string name = "orvsecutils-test-" + std::to_string(GetCurrentProcessId());
     const servicehandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_ALL_ACCESS));
     const servicehandle service(CreateServiceW(manager.get(), toutf16(name).c_str(), L"Test \x5B57", SERVICE_ALL_ACCESS,

@@ -14,6 +14,7 @@
 #include "orvsecutils/settings/settings.h"
 #include "tests/orvsecutils/failing_new.h"
 #include "tests/support/rawkey.h"
+#include "tests/support/system.h"
 
 using namespace orvsecutils;
 using namespace std::string_literals;
@@ -104,6 +105,9 @@ TEST_F(Settings, MalformedTextIsReportedNotChanged) {
 }
 
 TEST_F(Settings, TheUsersValueWinsWhateverItsKind) {
+    if (!administrator()) {
+        GTEST_SKIP() << needsrights;
+    }
     user.write(L"both", REG_DWORD, one);
     machine.write(L"both", REG_DWORD, two);
     user.write(L"kinds", REG_SZ, bytesof(L"1\0"sv));
@@ -119,6 +123,9 @@ TEST_F(Settings, TheUsersValueWinsWhateverItsKind) {
 }
 
 TEST_F(Settings, SaveWritesAllItCanAndNothingElse) {
+    if (!administrator()) {
+        GTEST_SKIP() << needsrights;
+    }
     user.write(L"expand", REG_EXPAND_SZ, bytesof(L"%OS%\0"sv));
     user.write(L"kind", REG_DWORD, one);
     machine.write(L"machine", REG_DWORD, one);
@@ -146,6 +153,9 @@ TEST_F(Settings, SaveWritesAllItCanAndNothingElse) {
 }
 
 TEST_F(Settings, TheMachinesValuesAreReadIn64BitsAndWrittenIn32) {
+    if (!administrator()) {
+        GTEST_SKIP() << needsrights;
+    }
     const platform& system = currentplatform();
     settingsmap values;
     values["value"] = makesetting(3);

@@ -7,6 +7,7 @@
 
 #include "tests/support/program.h"
 #include "tests/support/rawkey.h"
+#include "tests/support/system.h"
 #include "tests/support/temporary_folder.h"
 
 /// Separates all digits, to detect numbers that are formatted with the host's locale.
@@ -14,23 +15,34 @@ struct digitgrouping : std::numpunct<char> {
     std::string do_grouping() const override { return "\1"; }
 };
 
-/// The test's own profile folder and logging switch, for the programs that it starts. Restores what it changes. Both
-/// belong to the user, so tests that read them must not run at the same time. Only Wine lets the profile be moved.
+/// A profile folder and a logging switch for the programs that a test starts. Restores what it changes. Both belong to
+/// the user, so tests that read them must not run at the same time. Wine lets the profile be moved to a folder of the
+/// test's own; on Windows it is the user's, where the self-test has made sure that the product keeps nothing.
 class sandbox {
 public:
     sandbox() {
         removecompany(L"Orvel");  // what was set by hand, or by the demo
-        moveprofile(profile);
+        if (onwine()) {
+            moveprofile(profile);
+        } else {
+            remove_all(profile / "Orvel");
+        }
     }
 
     ~sandbox() {
         removecompany(L"Orvel");
-        RegDeleteKeyValueW(HKEY_CURRENT_USER, shellfolders, profileid);
+        if (onwine()) {
+            RegDeleteKeyValueW(HKEY_CURRENT_USER, shellfolders, profileid);
+        } else {
+            std::error_code ignored;
+            remove_all(profile / "Orvel", ignored);
+        }
     }
 
     sandbox(const sandbox&) = delete;
     sandbox& operator=(const sandbox&) = delete;
 
+    /// Only under Wine.
     void moveprofile(const std::filesystem::path& folder) {
         RegSetKeyValueW(HKEY_CURRENT_USER, shellfolders, profileid, REG_SZ, folder.c_str(),
                         (folder.native().size() + 1) * sizeof(wchar_t));
@@ -44,7 +56,7 @@ public:
     std::filesystem::path log() const { return folder() / "orvsec.log"; }
 
     program start(const char* executable, const std::wstring& arguments) const {
-        return program(executable, arguments, profile);
+        return program(executable, arguments, temporary.path);
     }
 
     program::result run(const char* executable, const std::wstring& arguments) const {
@@ -74,5 +86,5 @@ private:
     static constexpr wchar_t profileid[] = L"{5E6C858F-0E22-4760-9AFE-EA3317B67173}";
 
     const temporary_folder temporary;
-    const std::filesystem::path& profile = temporary.path;
+    const std::filesystem::path profile = onwine() ? temporary.path : std::filesystem::path(_wgetenv(L"USERPROFILE"));
 };
