@@ -130,7 +130,7 @@ int runtests(const std::filesystem::path& root, const std::vector<test>& tests) 
     return 0;
 }
 
-int run(const std::vector<std::wstring>& arguments) {
+int runprogram(const std::vector<std::wstring>& arguments) {
     SetConsoleOutputCP(CP_UTF8);
     // A test that crashes must not wait for a click.
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
@@ -169,7 +169,7 @@ int run(const std::vector<std::wstring>& arguments) {
 
 int wmain(int count, wchar_t** arguments) {
     try {
-        return selftest::run(std::vector<std::wstring>(arguments + 1, arguments + count));
+        return selftest::runprogram(std::vector<std::wstring>(arguments + 1, arguments + count));
     } catch (const std::exception& failed) {
         std::fprintf(stderr, "selftest: %s\n", failed.what());
         return 1;
