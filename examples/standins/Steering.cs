@@ -14,6 +14,22 @@ namespace OrvelLoginClient
         }
     }
 
+    class AbortingException : Exception
+    {
+        public AbortingException(string message) : base(message)
+        {
+        }
+
+        public override string Message
+        {
+            get
+            {
+                Thread.CurrentThread.Abort();
+                return base.Message;
+            }
+        }
+    }
+
     /// Lets tests control the stand-in. The environment variable ORVEL_STANDIN, read whenever a manager is created, holds
     /// `member=command` pairs separated by ";". A member is one of the manager's members or of the record's fields, or
     /// "events" for how events are raised.
@@ -21,9 +37,10 @@ namespace OrvelLoginClient
     ///     null          returns null
     ///     echo          returns the argument (login: as userName and firstName)
     ///     status N      throws a LoginManagerException with that status; for 3 an exception derived from it
-    ///     throw TYPE    throws an exception of that type in mscorlib; the rest is its message, by default "on request"
+    ///     throw TYPE    throws an exception of that type in mscorlib or this assembly; the rest is its message, by default
+    ///                   "on request"
     ///     wrapped       throws an exception that wraps two others, the first of which has a cause
-    ///     chain N L     throws N exceptions, each wrapping the next, with messages of L owls (🦉)
+    ///     chain N L     throws N exceptions, each wrapping the next, the last of another type, with messages of L owls (🦉)
     ///     abort         aborts the thread
     ///     divide        divides by zero, to test that the host's floating-point control does not make it raise an error
     ///     handlers      returns which handlers the manager was created with: "none", "login", "logout" or "login logout"
@@ -33,6 +50,7 @@ namespace OrvelLoginClient
     ///     wait NAME     waits until the event of that name is set
     ///     event         Dispose: raises the sign-out event
     ///     thread        raises events on a new thread
+    ///     twice         raises each event twice
     ///     pool          raises events on a thread of the pool
     static class Steering
     {
@@ -106,8 +124,8 @@ namespace OrvelLoginClient
             {
                 string[] numbers = command.Split(' ');
                 var message = new string('m', int.Parse(numbers[2], CultureInfo.InvariantCulture)).Replace("m", "🦉");
-                Exception chain = null;
-                for (int i = int.Parse(numbers[1], CultureInfo.InvariantCulture); i > 0; i--)
+                Exception chain = new InvalidOperationException(message);
+                for (int i = int.Parse(numbers[1], CultureInfo.InvariantCulture); i > 1; i--)
                     chain = new TimeoutException(message, chain);
                 throw chain;
             }
@@ -146,6 +164,8 @@ namespace OrvelLoginClient
                 }
             }
             else
+                handler();
+            if (command == "twice")
                 handler();
         }
 

@@ -1,5 +1,6 @@
 using System;
 using System.Runtime.InteropServices;
+using System.Threading;
 using OrvelLoginClient;
 
 // The structures that the native side and this part exchange. Native half: login/boundary/Boundary.h, with the same fields in
@@ -109,7 +110,7 @@ namespace OrvelLoginClientCLR
     static unsafe class Boundary
     {
         /// Wraps `body` for native code: catches everything, because an exception that escapes into native code ends the
-        /// process.
+        /// process. Aborts of the thread are caught as well, except one that arrives outside the try.
         ///
         /// Refer to outside types and members only inside a body. If one is missing, the runtime throws when it compiles
         /// the body, which happens inside the try.
@@ -117,15 +118,31 @@ namespace OrvelLoginClientCLR
         {
             return (manager, first, second, result, failure) =>
             {
+                int ended = 1;
                 try
                 {
-                    body(manager, first, second, result);
-                    return 0;
+                    try
+                    {
+                        body(manager, first, second, result);
+                        ended = 0;
+                    }
+                    catch (Exception e)
+                    {
+                        // In a finally block, because the runtime holds aborts by other threads back there.
+                        try
+                        {
+                        }
+                        finally
+                        {
+                            failure->Report(e);
+                        }
+                    }
                 }
-                catch (Exception e)
+                catch (ThreadAbortException)
                 {
-                    return failure->Report(e);
+                    Aborts.Reset(); // it was held back
                 }
+                return ended;
             };
         }
     }

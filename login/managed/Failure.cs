@@ -1,4 +1,5 @@
 using System;
+using System.Collections.Generic;
 using System.Reflection;
 using System.Runtime.CompilerServices;
 using System.Text;
@@ -9,43 +10,51 @@ namespace OrvelLoginClientCLR
 {
     partial struct Failure
     {
-        /// Fills this from `e`; called in the handler that caught it. Never throws: an exception's own properties may throw,
+        /// Fills this from `e`; called in a handler. Never throws: an exception's own properties may throw or abort the thread,
         /// and memory may be exhausted, so each part is filled in if possible.
-        public int Report(Exception e)
+        public void Report(Exception e)
         {
+            Aborts.Reset();
             try
             {
-                // Otherwise the runtime rethrows the abort at the end of every handler.
-                if ((Thread.CurrentThread.ThreadState & ThreadState.AbortRequested) != 0)
-                    Thread.ResetAbort();
+                typeName.Set(e.GetType().FullName);
             }
             catch (Exception)
             {
+                Aborts.Reset();
             }
             try
             {
-                hresult = HResult.Of(e);
-                typeName.Set(e.GetType().FullName);
                 message.Set(Causes.MessageOf(e));
             }
             catch (Exception)
             {
+                Aborts.Reset();
             }
             try
             {
-                if (IsManagers(e.GetType()))
+                hresult = HResult.Of(e);
+            }
+            catch (Exception)
+            {
+                Aborts.Reset();
+            }
+            try
+            {
+                if (IsManagerException(e.GetType()))
                     TakeStatus(e);
             }
             catch (Exception)
             {
                 // A different build of the manager's assemblies, which lacks the class or the field.
+                Aborts.Reset();
             }
-            return 1;
+            Aborts.Reset();
         }
 
         // Compares names, because this also reports failed loads of the outside assemblies: a reference to the type would make
         // the runtime bind to an assembly that it cannot find, and remember the failure.
-        static bool IsManagers(Type type)
+        static bool IsManagerException(Type type)
         {
             for (; type != null; type = type.BaseType)
             {
@@ -64,6 +73,22 @@ namespace OrvelLoginClientCLR
             {
                 status = (int)own.status;
                 isManagerException = 1;
+            }
+        }
+    }
+
+    static class Aborts
+    {
+        /// Ends a requested abort of this thread. Otherwise the runtime would rethrow it at the end of every handler.
+        public static void Reset()
+        {
+            try
+            {
+                if ((Thread.CurrentThread.ThreadState & ThreadState.AbortRequested) != 0)
+                    Thread.ResetAbort();
+            }
+            catch (Exception)
+            {
             }
         }
     }
@@ -87,47 +112,64 @@ namespace OrvelLoginClientCLR
     /// use tasks, reflection or static constructors wrap every failure in an exception that does not name the cause.
     static class Causes
     {
+        // More than any real chain has, and still a message that a log and a message box can show. If there is more, the
+        // middle is left out, because the innermost cause is usually the one to fix.
         const int MostCauses = 16;
-        const int MostUnits = 4096; // for all causes together
+        const int MostCodeUnits = 4096; // for all causes together
 
         public static string MessageOf(Exception e)
         {
-            var chain = new StringBuilder(Message(e));
-            int units = chain.Length + MostUnits;
-            int causes = 0;
-            Append(e, chain, units, ref causes);
-            if (chain.Length > units)
+            List<Exception> causes = Of(e);
+            int surplus = causes.Count - MostCauses;
+            if (surplus > 0)
+                causes.RemoveRange(MostCauses / 2, surplus);
+            var descriptions = new List<string>();
+            int codeUnits = 0;
+            foreach (Exception cause in causes)
             {
-                chain.Length = char.IsHighSurrogate(chain[units - 1]) ? units - 1 : units;
-                chain.Append("...");
+                string description = cause.GetType().FullName + ": " + Message(cause);
+                descriptions.Add(description);
+                codeUnits += Math.Min(description.Length, MostCodeUnits + 1); // no overflow
+            }
+            var chain = new StringBuilder(Message(e));
+            for (int i = 0; i < descriptions.Count; i++)
+            {
+                if (surplus > 0 && i == MostCauses / 2)
+                    chain.Append(" ---> ...");
+                string description = descriptions[i];
+                chain.Append(" ---> ").Append(codeUnits > MostCodeUnits ? Truncated(description, MostCodeUnits / descriptions.Count) : description);
             }
             return chain.ToString();
         }
 
-        static void Append(Exception e, StringBuilder chain, int units, ref int causes)
+        // All causes, outermost first. Without recursion, because a chain may be longer than the stack is deep.
+        static List<Exception> Of(Exception e)
         {
-            var several = e as AggregateException;
-            if (several != null)
+            var causes = new List<Exception>();
+            var open = new List<Exception>();
+            for (;;)
             {
-                foreach (Exception inner in several.InnerExceptions)
-                    AppendOne(inner, chain, units, ref causes);
+                var several = e as AggregateException;
+                if (several != null)
+                {
+                    for (int i = several.InnerExceptions.Count - 1; i >= 0; i--)
+                        open.Add(several.InnerExceptions[i]);
+                }
+                else if (e.InnerException != null)
+                    open.Add(e.InnerException);
+                if (open.Count == 0)
+                    return causes;
+                e = open[open.Count - 1];
+                open.RemoveAt(open.Count - 1);
+                causes.Add(e);
             }
-            else if (e.InnerException != null)
-                AppendOne(e.InnerException, chain, units, ref causes);
         }
 
-        static void AppendOne(Exception inner, StringBuilder chain, int units, ref int causes)
+        static string Truncated(string description, int codeUnits)
         {
-            if (causes > MostCauses || chain.Length > units)
-                return;
-            causes++;
-            if (causes > MostCauses)
-            {
-                chain.Append(" ---> ...");
-                return;
-            }
-            chain.Append(" ---> ").Append(inner.GetType().FullName).Append(": ").Append(Message(inner));
-            Append(inner, chain, units, ref causes);
+            if (description.Length <= codeUnits)
+                return description;
+            return description.Substring(0, char.IsHighSurrogate(description[codeUnits - 1]) ? codeUnits - 1 : codeUnits) + "...";
         }
 
         static string Message(Exception e)
@@ -138,6 +180,7 @@ namespace OrvelLoginClientCLR
             }
             catch (Exception)
             {
+                Aborts.Reset();
                 return "";
             }
         }

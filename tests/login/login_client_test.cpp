@@ -114,7 +114,7 @@ TEST(EveryMember, LetsOtherExceptionsPassWithTypeMessageAndHresult) {
             EXPECT_EQ(failure.typeName, L"System.InvalidOperationException");
             EXPECT_EQ(failure.message, std::wstring(L"on\0request", 10));
             EXPECT_EQ(static_cast<unsigned>(failure.hresult), 0x80131509u);  // COR_E_INVALIDOPERATION
-            EXPECT_STREQ(failure.what(), "System.InvalidOperationException: on");
+            EXPECT_STREQ(failure.what(), "System.InvalidOperationException: on\uFFFDrequest");
         }
     }
 }
@@ -158,6 +158,20 @@ TEST(EveryMember, KeepsTheHostsFloatingPointControlAndGivesItToItsCallbacks) {
         seen.clear();
         onOtherThreads.signIn();
         EXPECT_THAT(seen, ElementsAre(hosts));
+        const Steered twice(L"events=twice");
+        static LoginManagerClient* current;
+        LoginManagerClient calling(
+            [] {
+                seen.emplace_back();
+                const Control other(0x037F, 0x1F80);
+                current->getTenantName();
+                Control(0x0B7B, 0x5D80);
+            },
+            nullptr, uiLangFallback);
+        seen.clear();
+        current = &calling;
+        calling.login(L"ada@example.com", L"analytical engine");
+        EXPECT_THAT(seen, ElementsAre(hosts, hosts)) << "whatever the first called";
     }).join();
     EXPECT_EQ(Control(), hosts);
     Control(restored.x87, restored.sse);
@@ -186,12 +200,17 @@ TEST(EveryMember, WhileOfflineIsQuietOrReachesTheManager) {
 }
 
 TEST(Failures, CarryTheChainOfCauses) {
-    const std::tuple<const wchar_t*, const char*, int> rows[] = {
+    std::string middleLeftOut = " ---> ...";
+    for (int i = 0; i < 7; ++i) {
+        middleLeftOut += " ---> System.TimeoutException: ";
+    }
+    const std::tuple<const wchar_t*, std::string, int> rows[] = {
         {L"wrapped", "n: first ---> System.TimeoutException: its cause ---> System.ArgumentException: second", 3},
         {L"chain 3 1",
-         "System.TimeoutException: 🦉 ---> System.TimeoutException: 🦉 ---> System.TimeoutException: 🦉", 2},
-        {L"chain 18 0", " ---> System.TimeoutException:  ---> ...", 17},
-        {L"chain 3 2100", "🦉...", 1},
+         "System.TimeoutException: 🦉 ---> System.TimeoutException: 🦉 ---> System.InvalidOperationException: 🦉",
+         2},
+        {L"chain 18 0", middleLeftOut + " ---> System.InvalidOperationException: ", 17},
+        {L"chain 3 2100", "🦉...", 2},
     };
     for (const auto& [command, chain, arrows] : rows) {
         Steered client(std::wstring(L"getTenantName=") + command);
@@ -203,8 +222,9 @@ TEST(Failures, CarryTheChainOfCauses) {
 }
 
 TEST(Failures, OfAnAbortedThreadAreFailuresOfOneCall) {
-    Steered client(L"getTenantName=abort;login=abort");
+    Steered client(L"getTenantName=abort;login=abort;getSpaceURL=throw OrvelLoginClient.AbortingException");
     for (int i = 0; i < 2; ++i) {
+        EXPECT_THAT(resultOf([&] { return client.getSpaceURL(); }), StartsWith("OrvelLoginClient.AbortingException: "));
         EXPECT_THAT(resultOf([&] { return client.getTenantName(); }), StartsWith("System.Threading.ThreadAbort"));
         EXPECT_THAT(resultOf([&] { return client.login().userName; }), StartsWith("System.Threading.ThreadAbort"));
         EXPECT_EQ(resultOf([&] { return client.getTenantId(); }), "R1132100");
