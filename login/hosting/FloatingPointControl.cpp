@@ -8,12 +8,12 @@ namespace {
 
 // What the runtime expects: 53 bits of precision, round to nearest, all exceptions masked. Windows gives it to every
 // new thread.
-constexpr FloatingPointControl runtimes = {0x027F, 0x1F80};
+constexpr FloatingPointControl runtimeControl = {0x027F, 0x1F80};
 
 constexpr std::uint16_t x87Masks = 0x003F;
 constexpr std::uint32_t sseFlags = 0x003F;  // status flags of earlier operations, not control
 
-// The control with which each thread last entered managed code; 0 if it never did. The value fits into the TLS slot
+// The control words with which each thread last entered managed code; null if it never did. They fit into the TLS slot
 // itself, so there is nothing to free when a thread ends. Not thread_local, which this compiler emulates at several
 // times the cost.
 class HostControls {
@@ -26,9 +26,12 @@ public:
     void keep(const FloatingPointControl& control) const noexcept {
         TlsSetValue(slot, reinterpret_cast<void*>((control.sse & ~sseFlags) << 16 | control.x87));
     }
-    FloatingPointControl ofThisThread(const FloatingPointControl& fallback) const noexcept {
-        const auto kept = reinterpret_cast<std::uintptr_t>(TlsGetValue(slot));
-        return kept ? FloatingPointControl{static_cast<std::uint16_t>(kept), kept >> 16} : fallback;
+    void* kept() const noexcept { return TlsGetValue(slot); }
+    void restore(void* keptBefore) const noexcept { TlsSetValue(slot, keptBefore); }
+
+    static FloatingPointControl unpacked(void* kept, const FloatingPointControl& fallback) noexcept {
+        const auto bits = reinterpret_cast<std::uintptr_t>(kept);
+        return kept ? FloatingPointControl{static_cast<std::uint16_t>(bits), bits >> 16} : fallback;
     }
 
 private:
@@ -55,18 +58,20 @@ void FloatingPointControl::apply() const noexcept {
 
 ManagedCodeScope::ManagedCodeScope() noexcept : host(FloatingPointControl::current()) {
     hostControls.keep(host);
-    runtimes.apply();
+    runtimeControl.apply();
 }
 
 ManagedCodeScope::~ManagedCodeScope() {
     host.apply();
 }
 
-HostCodeScope::HostCodeScope(const FloatingPointControl& fallback) noexcept : managed(FloatingPointControl::current()) {
-    hostControls.ofThisThread(fallback).apply();
+HostCodeScope::HostCodeScope(const FloatingPointControl& fallback) noexcept
+    : managed(FloatingPointControl::current()), entered(hostControls.kept()) {
+    HostControls::unpacked(entered, fallback).apply();
 }
 
 HostCodeScope::~HostCodeScope() {
+    hostControls.restore(entered);
     managed.apply();
 }
 

@@ -4,23 +4,23 @@
 
 namespace OrvelLoginClientCLR {
 
-/// Precision, rounding and exception masks of the calling thread, for x87 and for SSE.
+/// The x87 control word and MXCSR: precision, rounding and exception masks.
 struct FloatingPointControl {
     std::uint16_t x87;
     std::uint32_t sse;
 
-    /// Reads the calling thread's control.
+    /// Reads those of the calling thread.
     static FloatingPointControl current() noexcept;
 
-    /// Sets the calling thread's control.
+    /// Sets those of the calling thread.
     void apply() const noexcept;
 };
 
-/// For the time that the calling thread runs managed code: sets the floating-point control that the runtime expects,
-/// and restores the host's at the end.
+/// For the time that the calling thread runs managed code: sets the control words that the runtime expects, and
+/// restores those of the host at the end.
 ///
 /// Hosts differ: C++ compilers compute with 64 or 53 bits, and Delphi unmasks floating-point exceptions, which crash
-/// managed code. Also, the runtime may change the control of a thread that enters it for the first time.
+/// managed code. Also, the runtime may change the control words of a thread that enters it for the first time.
 class ManagedCodeScope {
 public:
     ManagedCodeScope() noexcept;
@@ -32,8 +32,9 @@ private:
     const FloatingPointControl host;
 };
 
-/// For the time that managed code calls a callback of the host: sets the control with which this thread last entered
-/// managed code, or `fallback` on a thread of the runtime's own, and restores the runtime's at the end.
+/// For the time that managed code calls a callback of the host: sets the control words with which this thread last
+/// entered managed code, or `fallback` on a thread that the runtime created, and restores those of the runtime at the
+/// end. Then the next callback gets the same, whatever members this one called with others.
 class HostCodeScope {
 public:
     explicit HostCodeScope(const FloatingPointControl& fallback) noexcept;
@@ -43,6 +44,7 @@ public:
 
 private:
     const FloatingPointControl managed;
+    void* const entered;
 };
 
 }  // namespace OrvelLoginClientCLR

@@ -4,6 +4,7 @@
 
 #include <corerror.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <limits>
 #include <utility>
@@ -12,8 +13,10 @@ namespace OrvelLoginClientCLR {
 
 namespace {
 
-// Lone surrogates, which a managed message may contain, become U+FFFD.
-std::string toUtf8(const std::wstring& text) {
+// Lone surrogates and zero code units, which a managed message may contain, become U+FFFD: a zero would end the result
+// of what().
+std::string toUtf8(std::wstring text) {
+    std::replace(text.begin(), text.end(), L'\0', L'\xFFFD');
     const int units = static_cast<int>(text.size());
     const int bytes = WideCharToMultiByte(CP_UTF8, 0, text.data(), units, nullptr, 0, nullptr, nullptr);
     std::string result(static_cast<std::size_t>(bytes), '\0');
