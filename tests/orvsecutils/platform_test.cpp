@@ -1,11 +1,9 @@
 #include <windows.h>
 
-#include <objidl.h>
 #include <shlobj.h>
 
 #include <gmock/gmock.h>
 
-#include <sstream>
 #include <thread>
 
 #include "orvsecutils/platform/platform.h"
@@ -14,6 +12,7 @@
 #include "orvsecutils/platform/windows/filetime.h"
 #include "orvsecutils/platform/windows/wmiconnection.h"
 #include "orvsecutils/platform/wmi.h"
+#include "tests/orvsecutils/fakewmi.h"
 #include "tests/support/sandbox.h"
 
 using namespace orvsecutils;
@@ -53,92 +52,13 @@ protected:
     const std::string folder = toutf8(temporary.path.native());
 };
 
-// An interface is a table of functions. This skips `Count` of them, which the library does not call.
-template <int Count, class Base>
-class skipping : public skipping<Count - 1, Base> {
-    virtual void member(std::integral_constant<int, Count>, Base*) { std::abort(); }
-};
-template <class Base>
-class skipping<0, Base> : public Base {};
-
-// One object that plays every role of a WMI whose result is one object with one property. This works because the
-// members that the library calls have different positions in the interfaces' tables.
-struct locatorandenumerator : IUnknown {
-    HRESULT locator = S_OK, connection = S_OK, blanket = S_OK, result = S_OK;
-    HRESULT afterobject = WBEM_S_FALSE, afterproperty = WBEM_S_NO_MORE_DATA;
-    std::wstring value = L"x";
-    int objects = 1, properties = 1;
-    ULONG references = 0;
-    std::vector<std::wstring> seen;  // the calls and their arguments, in order
-
-    template <class... Parts>
-    void note(const Parts&... parts) {
-        std::wostringstream line;
-        ((line << parts << L'|'), ...);
-        seen.push_back(line.str());
-    }
-    template <class Interface>
-    HRESULT give(Interface** target, HRESULT status) {
-        references += SUCCEEDED(status);
-        *target = SUCCEEDED(status) ? reinterpret_cast<Interface*>(this) : nullptr;
-        return status;
-    }
-    virtual HRESULT STDMETHODCALLTYPE ConnectServer(BSTR path, BSTR user, BSTR password, BSTR locale, LONG flags,
-                                                    BSTR authority, IWbemContext*, IUnknown** services) {
-        note(path, flags, user || password || locale || authority);
-        return give(services, connection);
-    }
-    virtual HRESULT STDMETHODCALLTYPE NextObject(LONG timeout, ULONG count, IUnknown** object, ULONG*) {
-        return timeout != -1 || count != 1 ? E_INVALIDARG : objects-- > 0 ? give(object, S_OK) : afterobject;
-    }
-};
-struct classobject : skipping<3, locatorandenumerator> {
-    virtual HRESULT STDMETHODCALLTYPE BeginEnumeration(LONG) { return S_OK; }
-    virtual HRESULT STDMETHODCALLTYPE NextProperty(LONG, BSTR* name, VARIANT* content, CIMTYPE*, LONG*) {
-        if (properties-- <= 0) {
-            return afterproperty;
-        }
-        *name = makebstr(L"name").release();
-        V_VT(content) = VT_BSTR;
-        V_BSTR(content) = makebstr(value).release();
-        return S_OK;
-    }
-    virtual HRESULT STDMETHODCALLTYPE EndEnumeration() {
-        note(L"end");
-        return S_OK;
-    }
-};
-struct fakewmi final : skipping<9, classobject>, IClientSecurity {
-    virtual HRESULT STDMETHODCALLTYPE ExecQuery(BSTR language, BSTR text, LONG flags, IWbemContext*, IUnknown** found) {
-        note(language, flags, text);
-        objects = properties = 1;
-        return give(found, result);
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --references; }
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        *object = static_cast<IClientSecurity*>(this);
-        return IsEqualIID(iid, IID_IClientSecurity) ? ++references, S_OK : E_NOINTERFACE;
-    }
-    HRESULT STDMETHODCALLTYPE QueryBlanket(IUnknown*, DWORD*, DWORD*, OLECHAR**, DWORD*, DWORD*, void**,
-                                           DWORD*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE SetBlanket(IUnknown*, DWORD authentication, DWORD authorisation, OLECHAR*, DWORD level,
-                                         DWORD impersonation, void*, DWORD capabilities) override {
-        note(authentication, authorisation, level, impersonation, capabilities);
-        return blanket;
-    }
-    HRESULT STDMETHODCALLTYPE CopyProxy(IUnknown*, IUnknown**) override { return E_NOTIMPL; }
-};
-
 class WmiOnFakes : public Test {
 protected:
-    ~WmiOnFakes() override { EXPECT_EQ(fake.references, 0u); }
-    std::shared_ptr<wmi> connect() {
-        return wmiconnection::connect([this](IWbemLocator** object) { return fake.give(object, fake.locator); });
+    ~WmiOnFakes() override {
+        EXPECT_EQ(fakewmi.references, 0);
+        fakewmi = untouched;
     }
-    fakewmi fake;
+    const struct fakewmi untouched = fakewmi;
     std::vector<wmirow> rows;
 };
 
@@ -167,7 +87,8 @@ TEST(Facts, AgreeWithOtherSources) {
                                   std::to_string(HIWORD(build)) + "," + (pack.empty() ? "0" : pack.substr(13)) + ",0"},
         {windows.languageids(),
          std::to_string(GetUserDefaultLangID()) + "," + std::to_string(GetSystemDefaultLangID())},
-        {windows.processorinfo(), environment(L"NUMBER_OF_PROCESSORS") + ",0," + environment(L"PROCESSOR_LEVEL")},
+        {windows.processorinfo(),
+         environment(L"NUMBER_OF_PROCESSORS") + (sizeof(void*) == 8 ? ",9," : ",0,") + environment(L"PROCESSOR_LEVEL")},
     };
     std::locale::global(before);
     for (const auto& [actual, expected] : facts) {
@@ -306,28 +227,28 @@ TEST(Services, AreReportedAsInstalled) {
 }
 
 TEST_F(WmiOnFakes, AsksForTheSecurityThatIsNeeded) {
-    EXPECT_TRUE(connect()->query("SELECT *", rows));
-    EXPECT_THAT(fake.seen, ElementsAre(L"ROOT\\CIMV2|128|0|", L"10|0|3|3|0|", L"WQL|48|SELECT *|", L"end|"));
-    for (HRESULT fakewmi::*step : {&fakewmi::locator, &fakewmi::connection, &fakewmi::blanket}) {
-        fake.*step = E_ACCESSDENIED;
-        EXPECT_EQ(connect(), nullptr);
-        fake.*step = S_OK;
+    EXPECT_TRUE(wmiconnection::connect(fakewmi.source)->query("SELECT *", rows));
+    EXPECT_STREQ(fakewmi.seen, L"ROOT\\CIMV2 128 0|10 0 3 3 0|WQL 48 SELECT *|end|");
+    for (HRESULT* step : {&fakewmi.locator, &fakewmi.connection, &fakewmi.blanket}) {
+        *step = E_ACCESSDENIED;
+        EXPECT_EQ(wmiconnection::connect(fakewmi.source), nullptr);
+        *step = S_OK;
     }
 }
 
 TEST_F(WmiOnFakes, AFailureKeepsTheRowsReadBefore) {
-    const std::shared_ptr<wmi> connection = connect();
-    fake.afterobject = fake.afterproperty = E_FAIL;
+    const std::shared_ptr<wmi> connection = wmiconnection::connect(fakewmi.source);
+    fakewmi.afterobject = fakewmi.afterproperty = E_FAIL;
     EXPECT_TRUE(connection->query("q", rows));
-    fake.result = E_FAIL;
+    fakewmi.result = E_FAIL;
     EXPECT_TRUE(connection->query("q", rows)) << "rows from before count";
     EXPECT_TRUE(wmiconnection().query("q", rows)) << "also without a connection";
     EXPECT_THAT(rows, ElementsAre(ElementsAre(Pair("name", "x"))));
     rows.clear();
     EXPECT_FALSE(connection->query("q", rows));
     EXPECT_FALSE(wmiconnection().query("q", rows)) << "without a connection";
-    fake.result = S_OK;
-    fake.value = L"\xD800";
+    fakewmi.result = S_OK;
+    fakewmi.value = L"\xD800";
     EXPECT_THROW(connection->query("q", rows), std::range_error);
 }
 
@@ -344,7 +265,7 @@ TEST_F(WmiOnFakes, RowsHoldTextsOnlyAndTheFirstOfAName) {
     EXPECT_THAT(row, ElementsAre(Pair("b", "1\0"s), Pair("e", "\0"s), Pair("Ä", "日\0"s)));
     variant cleared;  // must release the object that it refers to
     V_VT(&cleared.value) = VT_UNKNOWN;
-    fake.give(&V_UNKNOWN(&cleared.value), S_OK);
+    fakewmi.source(reinterpret_cast<IWbemLocator**>(&V_UNKNOWN(&cleared.value)));
 }
 
 TEST(WmiOfTheMachine, AnswersUnlessTheThreadIsInTheMultithreadedApartment) {
