@@ -40,7 +40,7 @@ LoginManagerClientCLR* LoginManagerClient::getLoginMgrClient() {
     }
     // Another thread's first call was faster. This bridge is leaked on purpose: managers may share a sign-in, so
     // disposing this one could affect the one in use.
-    made.release();
+    static_cast<void>(made.release());
     return stored;
 }
 

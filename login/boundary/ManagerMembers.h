@@ -50,8 +50,8 @@ inline constexpr ManagerMembers unboundMembers{};
 /// becomes an empty string or fails the conversion of the record.
 template <class NativeRecord>
 struct RecordField {
-    decltype(NativeRecord::userName) NativeRecord::*target;
-    ManagedString ManagedRecord::*source;
+    decltype(NativeRecord::userName) NativeRecord::* target;
+    ManagedString ManagedRecord::* source;
     NullRule nullRule;
 };
 template <class NativeRecord>

@@ -317,8 +317,7 @@ TEST(Copies, DISABLED_Start) {
         ended = true;
     });
     const auto start = [&](decltype(orvellogin_create)* create, decltype(orvellogin_stopDNMListener)* stop) {
-        for (++ready; ready < 3;) {
-        }
+        for (++ready; ready < 3;) {}
         orvellogin_client* client;
         EXPECT_EQ(create(nullptr, nullptr, nullptr, nullptr, 0, &client, nullptr), orvellogin_ok);
         EXPECT_TRUE(ended);

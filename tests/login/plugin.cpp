@@ -16,8 +16,7 @@ struct Owner {
         try {
             client->getTenantName();
             std::fputs("the runtime was called", stderr);
-        } catch (const loginRuntimeException&) {
-        }
+        } catch (const loginRuntimeException&) {}
     }
 } owner;
 

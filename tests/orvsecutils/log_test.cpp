@@ -73,8 +73,7 @@ void logwithoutmemory(int) {
         memory::countdown = allocation;
         try {
             loginfo() << "whole";
-        } catch (const std::bad_alloc&) {
-        }
+        } catch (const std::bad_alloc&) {}
         left = memory::countdown.exchange(0);
     }
 }

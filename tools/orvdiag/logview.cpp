@@ -127,8 +127,7 @@ int showlog(logrequest request) {
             print(line);
         }
     } else {
-        for (std::string text; !(text = tail.next()).empty() && print(filtered(text, filter));) {
-        }
+        for (std::string text; !(text = tail.next()).empty() && print(filtered(text, filter));) {}
     }
     if (!request.follow) {
         print(filtered(tail.rest(), filter));

@@ -146,7 +146,7 @@ private:
     friend struct orvellogin_client;  // the plain functions in orvelloginc.dll use the bridge directly
 
     OrvelLoginClientCLR::LoginManagerClientCLR* getLoginMgrClient();
-    std::wstring string(OrvelLoginClientCLR::ManagedMember OrvelLoginClientCLR::ManagerMembers::*member,
+    std::wstring string(OrvelLoginClientCLR::ManagedMember OrvelLoginClientCLR::ManagerMembers::* member,
                         const std::wstring* argument = nullptr);
 
     bool offlineMode;
