@@ -1,4 +1,4 @@
-// Answers whether the managed runtime in the Wine prefix is the one wanted: 32-bit, win32 class library, texts in place.
+// Answers whether the managed runtime in the Wine prefix is the one wanted: win32 class library, texts in place.
 using System;
 using System.IO;
 
@@ -6,7 +6,7 @@ static class Check
 {
     static int Main()
     {
-        if (IntPtr.Size != 4 || Path.DirectorySeparatorChar != '\\' || !File.Exists("c:\\windows\\explorer.exe"))
+        if (Path.DirectorySeparatorChar != '\\' || !File.Exists("c:\\windows\\explorer.exe"))
             return 1;
         if (typeof(object).Assembly.FullName != "mscorlib, Version=4.0.0.0, Culture=neutral, PublicKeyToken=b77a5c561934e089")
             return 2;

@@ -15,7 +15,7 @@ static class FinishCorlib
     {
         var bodies = new Dictionary<string, MethodBody>();
         foreach (var method in ModuleDefinition.ReadModule(args[2]).GetType(Unsafe).Methods)
-            if (method.HasBody)
+            if (method.HasBody && !IsStub(method.Body))
                 bodies[method.FullName] = method.Body;
         var texts = ReadTexts(args[3]);
 
@@ -31,9 +31,10 @@ static class FinishCorlib
                     if (!method.HasBody)
                         continue;
                     var code = method.Body.Instructions;
-                    if (type.FullName == Unsafe && code[0].OpCode == OpCodes.Newobj) // throw new NotImplementedException()
+                    MethodBody body;
+                    if (type.FullName == Unsafe && IsStub(method.Body) && bodies.TryGetValue(method.FullName, out body))
                     {
-                        Fill(method, bodies[method.FullName]);
+                        Fill(method, body);
                         filled++;
                     }
                     string text;
@@ -47,10 +48,16 @@ static class FinishCorlib
             }
             assembly.Write(args[1]);
         }
-        if (filled == 22 && replaced > 1000)
+        if (filled > 20 && replaced > 1000)
             return 0;
         Console.WriteLine("unexpected: {0} bodies, {1} texts", filled, replaced);
         return 1;
+    }
+
+    // throw new NotImplementedException(). A few are stubs in the reference, too.
+    static bool IsStub(MethodBody body)
+    {
+        return body.Instructions[0].OpCode == OpCodes.Newobj;
     }
 
     static Dictionary<string, string> ReadTexts(string path)

@@ -5,20 +5,27 @@ set(CMAKE_SYSTEM_PROCESSOR x86)
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES HOSTS)
 
-set(CMAKE_C_COMPILER clang-cl-14)
-set(CMAKE_CXX_COMPILER clang-cl-14)
-set(CMAKE_LINKER lld-link-14)
-set(CMAKE_RC_COMPILER llvm-rc-14)
-set(CMAKE_MT llvm-mt-14)
+# The folder of Debian's default LLVM has all of its tools, under names without a version.
+file(REAL_PATH /usr/bin/clang clang)
+cmake_path(GET clang PARENT_PATH llvm)
+set(CMAKE_LINKER ${llvm}/lld-link)
+set(CMAKE_RC_COMPILER ${llvm}/llvm-rc)
+set(CMAKE_MT ${llvm}/llvm-mt)
 
-set(folders "-imsvc ${CMAKE_CURRENT_LIST_DIR}/include -imsvc ${HOSTS}/wine/include/msvcrt -imsvc ${HOSTS}/wine/include/windows")
-set(common "--target=i686-pc-windows-msvc -fms-compatibility-version=19.20 /GS- /Zl /W4 /WX")
+# libc++'s headers must come before those of the compiler, which would otherwise be first.
+execute_process(COMMAND ${clang} -print-resource-dir OUTPUT_VARIABLE builtin OUTPUT_STRIP_TRAILING_WHITESPACE)
+set(folders "-imsvc ${CMAKE_CURRENT_LIST_DIR}/include -imsvc ${builtin}/include -imsvc ${HOSTS}/wine/include/msvcrt \
+-imsvc ${HOSTS}/wine/include/windows")
+set(common "-nobuiltininc --target=i686-pc-windows-msvc -fms-compatibility-version=19.20 /GS- /Zl /W4 /WX")
 set(CMAKE_C_FLAGS_INIT "${common} ${folders}")
-set(CMAKE_CXX_FLAGS_INIT "${common} /EHsc -imsvc /usr/lib/llvm-14/include/c++/v1 ${folders} -D_LIBCPP_NO_VCRUNTIME \
+set(CMAKE_CXX_FLAGS_INIT "${common} /EHsc -imsvc ${llvm}/../include/c++/v1 ${folders} -D_LIBCPP_NO_VCRUNTIME \
 -D_LIBCPP_NO_AUTO_LINK -D_LIBCPP_DISABLE_EXTERN_TEMPLATE -D_LIBCPP_DISABLE_VISIBILITY_ANNOTATIONS")
 set(CMAKE_MSVC_RUNTIME_LIBRARY "")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "/entry:mainCRTStartup /safeseh:no")
 foreach(language C CXX)
+  set(CMAKE_${language}_COMPILER ${llvm}/clang-cl)
+  # ccache, which the environment may ask for, does not understand these options.
+  unset(ENV{CMAKE_${language}_COMPILER_LAUNCHER})
   set(CMAKE_${language}_STANDARD_LIBRARIES
     "${HOSTS}/wine/lib/libvcruntime140.a ${HOSTS}/wine/lib/libucrtbase.a ${HOSTS}/wine/lib/libkernel32.a" CACHE STRING "")
 endforeach()

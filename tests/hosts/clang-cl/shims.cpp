@@ -6,6 +6,7 @@
 #include <exception>
 #include <new>
 #include <stdexcept>
+#include <string>
 
 class type_info {
 public:
@@ -22,6 +23,9 @@ void* operator new(std::size_t size, std::align_val_t) {
     return malloc(size);
 }
 void operator delete(void* block) noexcept {
+    free(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
     free(block);
 }
 void operator delete(void* block, std::align_val_t) noexcept {
@@ -55,6 +59,9 @@ const char* logic_error::what() const noexcept {
     return "logic_error";
 }
 length_error::~length_error() noexcept = default;
+out_of_range::~out_of_range() noexcept = default;
+template class basic_string<char>;
+template class basic_string<wchar_t>;
 
 }  // namespace std
 
