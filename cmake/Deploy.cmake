@@ -2,7 +2,12 @@
 # this. It uses global properties, because a function runs in its caller's scope and may not see this file's variables.
 
 # The compiler's runtime DLLs, which orvellogin.dll shares with its host.
-set_property(GLOBAL PROPERTY orvellogin_compiler_runtime libgcc_s_dw2-1.dll libstdc++-6.dll libwinpthread-1.dll)
+set(unwinding dw2)
+if(CMAKE_SIZEOF_VOID_P EQUAL 8)
+  set(unwinding seh)
+endif()
+set_property(GLOBAL PROPERTY orvellogin_compiler_runtime
+  libgcc_s_${unwinding}-1.dll libstdc++-6.dll libwinpthread-1.dll)
 
 # orvellogin_deploy(TARGET): after each build, copies the library's DLLs that the program needs beside it. These depend on the
 # targets that the program links, directly or indirectly. Add the login manager's folder, OrvelLoginManagerClient, yourself.

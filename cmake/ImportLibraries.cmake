@@ -1,6 +1,6 @@
 # Makes import libraries of a DLL with plain functions, also for the linkers of other compilers.
 
-find_program(ORVELLOGIN_LLVM_DLLTOOL NAMES llvm-dlltool-14 llvm-dlltool)
+find_program(ORVELLOGIN_LLVM_DLLTOOL NAMES llvm-dlltool)
 
 # orvellogin_add_import_libraries(TARGET FILES)
 # TARGET is a DLL of __stdcall functions, exported without decoration. Makes TARGET.def and, if LLVM's dlltool is installed,
@@ -15,8 +15,12 @@ function(orvellogin_add_import_libraries target result)
   target_link_options(${target} PRIVATE -Wl,--kill-at "SHELL:-Xlinker --output-def -Xlinker \"${raw}\"")
   # -k removes the decoration for the DLL's export names; the symbols keep it.
   set(make_lib)
+  set(machine i386)
+  if(CMAKE_SIZEOF_VOID_P EQUAL 8)
+    set(machine i386:x86-64)
+  endif()
   if(ORVELLOGIN_LLVM_DLLTOOL)
-    set(make_lib COMMAND ${ORVELLOGIN_LLVM_DLLTOOL} -m i386 -k -d ${def} -D $<TARGET_FILE_NAME:${target}> -l ${lib})
+    set(make_lib COMMAND ${ORVELLOGIN_LLVM_DLLTOOL} -m ${machine} -k -d ${def} -D $<TARGET_FILE_NAME:${target}> -l ${lib})
     list(APPEND files ${lib})
   endif()
   add_custom_command(TARGET ${target} POST_BUILD

@@ -44,7 +44,7 @@ function(orvellogin_add_managed target)
   add_custom_command(
     OUTPUT ${file}
     COMMAND ${CMAKE_COMMAND} -E make_directory ${arg_OUTPUT}
-    COMMAND ${ORVELLOGIN_CSHARP_COMPILER} -nologo -target:library -platform:x86 -unsafe -optimize -langversion:6 -warn:4
+    COMMAND ${ORVELLOGIN_CSHARP_COMPILER} -nologo -target:library -unsafe -optimize -langversion:6 -warn:4
             ${strict} -out:${file} ${reference_options} ${arg_DEFINES} ${sources}
     ${identity}
     DEPENDS ${sources} ${references}

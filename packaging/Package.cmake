@@ -55,7 +55,7 @@ orvellogin_install_in_zip(FILES
 file(GLOB pictures CONFIGURE_DEPENDS docs/signin-window*.png)
 orvellogin_install_in_zip(FILES ${pictures} DESTINATION docs)
 orvellogin_install_in_zip(DIRECTORY bindings examples DESTINATION .)
-orvellogin_install_in_zip(FILES cmake/Managed.cmake cmake/mingw-x86.cmake DESTINATION cmake)
+orvellogin_install_in_zip(FILES cmake/Managed.cmake cmake/mingw.cmake cmake/mingw-x64.cmake cmake/mingw-x86.cmake DESTINATION cmake)
 # The compiled stand-ins, for use until the real login manager is available, in the folder that goes next to the library.
 orvellogin_install_in_zip(DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/OrvelLoginManagerClient DESTINATION examples/standins)
 
@@ -70,7 +70,7 @@ orvellogin_install_in_zip(FILES /usr/share/common-licenses/GPL-3 DESTINATION not
 # The ZIPs, in the build folder: see package.py.
 add_custom_target(orvellogin_zip
   COMMAND python3 ${CMAKE_CURRENT_LIST_DIR}/package.py ${CMAKE_COMMAND} ${CMAKE_OBJCOPY} ${orvellogin_SOURCE_DIR}
-    ${orvellogin_BINARY_DIR} ${PROJECT_NAME}-${PROJECT_VERSION}-mingw-x86
+    ${orvellogin_BINARY_DIR} ${PROJECT_NAME}-${PROJECT_VERSION}-mingw-${orvellogin_architecture}
   VERBATIM)
 add_dependencies(orvellogin_zip orvellogin orvelloginc OrvelLoginClient)
 if(TARGET orvdiag)

@@ -14,6 +14,7 @@
 
 #include "../timing.h"
 #include "Candidate.h"
+#include "compiler_runtime.h"
 #include "login/LoginManagerClient.h"
 #include "login/hosting/ClrRuntime.h"
 #include "tests/support/program.h"
@@ -141,9 +142,10 @@ std::size_t sizeOf(const wchar_t* dll) {
 
 void sizes() {
     std::printf("\n| file | bytes without debug information |\n|---|---|\n");
-    for (const wchar_t* name :
-         {L"orvellogin.dll", L"libgcc_s_dw2-1.dll", L"libstdc++-6.dll", L"libwinpthread-1.dll", L"orvelloginc.dll"}) {
-        std::printf("| `%ls` | %zu |\n", name, sizeOf(name));
+    std::vector<std::string> names = {"orvellogin.dll", "orvelloginc.dll"};
+    names.insert(names.end(), std::begin(compilerRuntime), std::end(compilerRuntime));
+    for (const std::string& name : names) {
+        std::printf("| `%s` | %zu |\n", name.c_str(), sizeOf(std::wstring(name.begin(), name.end()).c_str()));
     }
 }
 

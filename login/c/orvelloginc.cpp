@@ -187,8 +187,7 @@ orvellogin_result runGuarded(orvellogin_failure* failure, orvellogin_result (*ca
 
 template <class Body>
 orvellogin_result guarded(orvellogin_failure* failure, Body body) {
-    return runGuarded(
-        failure, [](void* bodyIn) { return (*static_cast<Body*>(bodyIn))(); }, &body);
+    return runGuarded(failure, [](void* bodyIn) { return (*static_cast<Body*>(bodyIn))(); }, &body);
 }
 
 StringArgument argument(const wchar_t* text, int length) {

@@ -1,12 +1,13 @@
 /**
  * @file
- * The login library as plain functions in orvelloginc.dll, for 32-bit Windows programs of any compiler and language.
+ * The login library as plain functions in orvelloginc.dll, for Windows programs of any compiler and language.
  *
  * C89; includes only <stddef.h>. C++ programs should use the header-only class over these functions instead:
  * login/LoginManagerClient.h in the folder client beside this header.
  *
  * Calls
- *   Functions and callbacks are __stdcall. The DLL exports the functions by the names below, without decoration.
+ *   Functions and callbacks are __stdcall, which has no effect for 64 bits. The DLL exports the functions by the names
+ *   below, without decoration.
  *   Every function that can fail returns an orvellogin_result; no exception leaves the DLL. Invalid arguments return
  *   orvellogin_badCall, and nothing is done: a null `client`, a null output, a length below -1, a null text with a
  *   length other than 0, or a structure whose `size` is too small.
@@ -35,8 +36,8 @@
 
 #include "orvelloginversion.h"
 
-#if !defined(_WIN32) || !(defined(_M_IX86) || defined(__i386__))
-#error "orvelloginc.dll serves 32-bit Windows programs only: compile for that target (i686, x86)"
+#if !defined(_WIN32) || !(defined(_M_IX86) || defined(__i386__) || defined(_M_X64) || defined(__x86_64__))
+#error "orvelloginc.dll serves Windows programs for x86 and x64 only: compile for one of these targets"
 #endif
 
 /** The calling convention of functions and callbacks. */

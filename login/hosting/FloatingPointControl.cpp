@@ -10,6 +10,8 @@ namespace {
 // new thread.
 constexpr FloatingPointControl runtimeControl = {0x027F, 0x1F80};
 
+// A 64-bit process computes with SSE, so there the x87 control is neither read nor changed.
+constexpr bool usesX87 = sizeof(void*) == 4;
 constexpr std::uint16_t x87Masks = 0x003F;
 constexpr std::uint32_t sseFlags = 0x003F;  // status flags of earlier operations, not control
 
@@ -24,14 +26,16 @@ public:
     HostControls& operator=(const HostControls&) = delete;
 
     void keep(const FloatingPointControl& control) const noexcept {
-        TlsSetValue(slot, reinterpret_cast<void*>((control.sse & ~sseFlags) << 16 | control.x87));
+        const std::uintptr_t bits = (control.sse & ~sseFlags) << 16 | control.x87;
+        TlsSetValue(slot, reinterpret_cast<void*>(bits));
     }
     void* kept() const noexcept { return TlsGetValue(slot); }
     void restore(void* keptBefore) const noexcept { TlsSetValue(slot, keptBefore); }
 
     static FloatingPointControl unpacked(void* kept, const FloatingPointControl& fallback) noexcept {
         const auto bits = reinterpret_cast<std::uintptr_t>(kept);
-        return kept ? FloatingPointControl{static_cast<std::uint16_t>(bits), bits >> 16} : fallback;
+        return kept ? FloatingPointControl{static_cast<std::uint16_t>(bits), static_cast<std::uint32_t>(bits >> 16)}
+                    : fallback;
     }
 
 private:
@@ -43,17 +47,23 @@ const HostControls hostControls;
 }  // namespace
 
 FloatingPointControl FloatingPointControl::current() noexcept {
-    FloatingPointControl control;
-    __asm__ volatile("fnstcw %0\n\tstmxcsr %1" : "=m"(control.x87), "=m"(control.sse));
+    FloatingPointControl control = runtimeControl;
+    if (usesX87) {
+        __asm__ volatile("fnstcw %0" : "=m"(control.x87));
+    }
+    __asm__ volatile("stmxcsr %0" : "=m"(control.sse));
     return control;
 }
 
 void FloatingPointControl::apply() const noexcept {
-    // A pending flag that managed code left would raise its exception as soon as it is unmasked.
-    if ((x87 & x87Masks) != x87Masks) {
-        __asm__ volatile("fnclex");
+    if (usesX87) {
+        // A pending flag that managed code left would raise its exception as soon as it is unmasked.
+        if ((x87 & x87Masks) != x87Masks) {
+            __asm__ volatile("fnclex");
+        }
+        __asm__ volatile("fldcw %0" : : "m"(x87));
     }
-    __asm__ volatile("fldcw %0\n\tldmxcsr %1" : : "m"(x87), "m"(sse));
+    __asm__ volatile("ldmxcsr %0" : : "m"(sse));
 }
 
 ManagedCodeScope::ManagedCodeScope() noexcept : host(FloatingPointControl::current()) {

@@ -31,6 +31,9 @@ struct CodeExplanation {
 
 // The most frequent codes, explained for the person who has to repair the machine.
 
+constexpr const wchar_t* badImage = sizeof(void*) == 8 ? L"a file is not a valid image for a 64-bit process"
+                                                       : L"a file is not a valid image for a 32-bit process";
+
 constexpr CodeExplanation startExplanations[] = {
     {CLR_E_SHIM_RUNTIMELOAD, L"the .NET Framework 4 is not installed or cannot be loaded"},
     {CLR_E_SHIM_LEGACYRUNTIMEALREADYBOUND, L"the host program has bound this process to an older runtime"},
@@ -39,8 +42,8 @@ constexpr CodeExplanation startExplanations[] = {
     {HRESULT_FROM_WIN32(ERROR_PROC_NOT_FOUND), L"mscoree.dll is older than the .NET Framework 4"},
     {E_ACCESSDENIED, L"access is denied"},
     {E_OUTOFMEMORY, L"memory is exhausted"},
-    {HRESULT_FROM_WIN32(ERROR_BAD_FORMAT), L"a file is not a valid image for a 32-bit process"},
-    {HRESULT_FROM_WIN32(ERROR_BAD_EXE_FORMAT), L"a file is not a valid image for a 32-bit process"},
+    {HRESULT_FROM_WIN32(ERROR_BAD_FORMAT), badImage},
+    {HRESULT_FROM_WIN32(ERROR_BAD_EXE_FORMAT), badImage},
 };
 
 constexpr CodeExplanation runExplanations[] = {

@@ -32,9 +32,9 @@ namespace OrvelLoginClientCLR
             return InterfaceVersion;
         }
 
-        static uint Number(string text, int from, int to)
+        static ulong Number(string text, int from, int to)
         {
-            uint number = 0;
+            ulong number = 0;
             for (int i = from; i < to; i++)
                 number = number * 10 + text[i] - '0';
             return number;

@@ -75,7 +75,7 @@ public:
     /// 5. "user,system": the default language identifiers of both, in decimal.
     virtual std::string languageids() const = 0;
 
-    /// 6. "count,architecture,level" of the processors as a 32-bit process sees them, in decimal.
+    /// 6. "count,architecture,level" of the processors as a process of this bitness sees them, in decimal.
     virtual std::string processorinfo() const = 0;
 
     /// 7. The user's profile folder.
@@ -106,8 +106,8 @@ public:
     /// 14. Writes `values` into a group, creating it if it does not exist; other values of the group are kept. Names
     /// and texts are converted first: if one is not valid UTF-8, nothing is written. False if the group cannot be
     /// opened or a value cannot be written, such as any list; the other values are still written. Texts are written
-    /// with embedded zero characters, but reading stops at the first one. Writes the 32-bit process's own view of the
-    /// registry, so readsettings() does not see a group that was written to the machine scope.
+    /// with embedded zero characters, but reading stops at the first one. Writes the process's own view of the
+    /// registry, so readsettings() of a 32-bit process does not see a group that was written to the machine scope.
     virtual bool writesettings(settingsscope scope, const settingsdef& definition, const settingsmap& values) const = 0;
 
     /// 15. The root key of settings whose definition does not name another: "software".
@@ -137,10 +137,10 @@ public:
     /// 21. The user's folder for roaming application data.
     virtual std::string roamingappdatafolder() const = 0;
 
-    /// 22. The program files folder for the process's own bitness: on a 64-bit system the one for 32-bit programs.
+    /// 22. The program files folder for programs of the process's own bitness.
     virtual std::string programfilesfolder() const = 0;
 
-    /// 23. The program files folder for 32-bit programs.
+    /// 23. The program files folder for 32-bit programs, whatever the process's own bitness.
     virtual std::string programfilesx86folder() const = 0;
 
     /// 24. MAC address of an IP-enabled network adapter, as six two-digit hexadecimal groups separated by colons. If

@@ -1,8 +1,8 @@
 #!/bin/bash
-# hosts.sh SOURCE BUILD COMPILER [HEADING]: builds the sign-in examples by a compiler from the installed package, as a user
+# hosts.sh SOURCE BUILD ARCHITECTURE COMPILER [HEADING]: builds the sign-in examples by a compiler from the installed package, as a user
 # does, or by the commands that the page for users gives under a heading, and runs them. All of them print the same.
 set -euo pipefail
-source=$1 build=$2 compiler=$3 heading=${4:-}
+source=$1 build=$2 architecture=$3 compiler=$4 heading=${5:-}
 . "$source/script/prologue"
 package=$build/tests/hosts/package
 scratch=$build/tests/hosts/$compiler
@@ -16,10 +16,14 @@ configure_and_build() { # CMAKE-OPTION...
   cmake --build .
 }
 
-# The commands that docs/integration.md gives under a heading, verbatim.
+triple=i686-w64-mingw32
+[ "$architecture" = x86 ] || triple=x86_64-w64-mingw32
+
+# The commands that docs/integration.md gives under a heading: verbatim, or with the names for 64 bits.
 commands_of() { # HEADING
   # shellcheck disable=SC2016  # the backquotes are the page's
-  sed -n "/^### $1\$/,/^##/p" "$source/docs/integration.md" | sed -n '/^```sh$/,/^```$/{/^```/d;p}'
+  sed -n "/^### $1\$/,/^##/p" "$source/docs/integration.md" | sed -n '/^```sh$/,/^```$/{/^```/d;p}' |
+    sed "s/i686-w64-mingw32/$triple/; s/-platform:x86/-platform:$architecture/"
 }
 # Debian's fpc makes no Windows programs.
 # shellcheck disable=SC2317  # the page's commands call it
@@ -35,9 +39,9 @@ case $compiler in
     exec cmake --install "$build" --prefix "$package" --component zip
     ;;
   mingw)
-    configure_and_build "-DCMAKE_TOOLCHAIN_FILE=$source/cmake/mingw-x86.cmake"
+    configure_and_build "-DCMAKE_TOOLCHAIN_FILE=$source/cmake/mingw-$architecture.cmake"
     for name in orvellogin orvellogin-client; do
-      eval "i686-w64-mingw32-g++-posix -std=c++17 '$source/examples/signin/main.cpp' -o $name.exe \
+      eval "$triple-g++-posix -std=c++17 '$source/examples/signin/main.cpp' -o $name.exe \
         $(PKG_CONFIG_PATH=$package/lib/pkgconfig pkg-config --cflags --libs $name)"
     done
     ;;
@@ -70,8 +74,8 @@ refuses() { # EXPLANATION COMMAND...
 }
 if [ "$compiler" = mingw ]; then
   printf 'cmake_minimum_required(VERSION 3.21)\nfind_package(orvellogin CONFIG REQUIRED)\n' > find.cmake
-  refuses 'serves 32-bit Windows programs only' cmake -DCMAKE_SIZEOF_VOID_P=8 "-DCMAKE_PREFIX_PATH=$package" -P find.cmake
-  refuses 'link orvellogin::client' i686-w64-mingw32-g++-posix -std=c++17 -D_GLIBCXX_USE_CXX11_ABI=0 -fsyntax-only \
+  refuses "is for $architecture programs only" cmake -DCMAKE_SIZEOF_VOID_P=2 "-DCMAKE_PREFIX_PATH=$package" -P find.cmake
+  refuses 'link orvellogin::client' $triple-g++-posix -std=c++17 -D_GLIBCXX_USE_CXX11_ABI=0 -fsyntax-only \
     -I "$package/include" "$source/examples/signin/main.cpp"
 fi
 
@@ -91,7 +95,7 @@ class Rest {
   }
 }
 END
-  for name in null rest; do mcs -platform:x86 -out:$name "$PACKAGE/bindings/csharp/OrvelLogin.cs" $name.cs; done
+  for name in null rest; do mcs "-platform:$architecture" -out:$name "$PACKAGE/bindings/csharp/OrvelLogin.cs" $name.cs; done
   refuses 'System.ArgumentNullException: ' "$source/script/wine-run" null
   expect 'what the examples do not show' "$expected" "$(ends rest 'formatAccessURL=echo')"
 elif [ "$compiler" = pascal ]; then

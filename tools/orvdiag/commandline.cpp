@@ -127,11 +127,9 @@ void parser::addcommands() {
         add("log", "where the log file is, and its last lines",
             "Prints the log file's path and its last lines. --level and --program keep the lines of a record together.",
             [](const commandarguments& values) { return showlog(values.log); });
-    CLI::Option* const lines = added->add_option("-n", values->log.lines, "number of lines (default: 20)");
-    added
-        ->add_flag_callback(
-            "--all", [values = values] { values->log.lines.reset(); }, "all lines")
-        ->excludes(lines);
+    CLI::Option* const lines =
+        added->add_option("-n", values->log.lines, "number of lines (default: 20)")->check(CLI::NonNegativeNumber);
+    added->add_flag_callback("--all", [values = values] { values->log.lines.reset(); }, "all lines")->excludes(lines);
     added->add_option("--level", values->log.filter.levels, "records of this level only: info, warn, error or unknown")
         ->check(CLI::IsMember({"info", "warn", "error", "unknown"}))
         ->expected(1)  // per --level, so that the option does not take the arguments after it too

@@ -174,7 +174,7 @@ std::string explainprocessor(const std::string& numbers) {
         name = number == row.number ? row.name : name;
     }
     return std::to_string(count) + (count == 1 ? " processor, " : " processors, ") + name +
-           " as a 32-bit process sees it, level " + std::to_string(level);
+           (is64bit ? " as a 64-bit" : " as a 32-bit") + " process sees it, level " + std::to_string(level);
 }
 
 std::string explainlocales(const std::string& identifiers) {
@@ -224,8 +224,9 @@ commandresult systemversions() {
                                      {"build ", L"CurrentBuildNumber"},
                                      {"update revision ", L"UBR"}})},
         {".NET Framework 4", joined(framework, {{"", L"Version"}, {"release ", L"Release"}})},
-        {"its clr.dll", version(L"\\Microsoft.NET\\Framework\\v4.0.30319\\clr.dll")},
-        // The 32-bit file: on 64-bit Windows the system redirects this 32-bit process to SysWOW64.
+        {"its clr.dll", version(is64bit ? L"\\Microsoft.NET\\Framework64\\v4.0.30319\\clr.dll"
+                                        : L"\\Microsoft.NET\\Framework\\v4.0.30319\\clr.dll")},
+        // The file for this process: on 64-bit Windows the system redirects a 32-bit process to SysWOW64.
         {"mscoree.dll", version(L"\\System32\\mscoree.dll")},
     };
     commandresult result = {0, table(rows), json::object()};

@@ -28,16 +28,24 @@ bool take(std::string_view file, std::size_t offset, Part& part) {
 std::optional<image> readimage(std::string_view file) {
     IMAGE_DOS_HEADER dos;
     IMAGE_NT_HEADERS32 headers;
+    IMAGE_NT_HEADERS64 headers64;  // differ from the others from the middle of the optional header on
     if (!take(file, 0, dos) || dos.e_magic != IMAGE_DOS_SIGNATURE ||
         !take(file, static_cast<std::size_t>(dos.e_lfanew), headers) || headers.Signature != IMAGE_NT_SIGNATURE ||
         (headers.FileHeader.Characteristics & IMAGE_FILE_DLL) == 0) {
         return std::nullopt;
     }
-    // In a 64-bit file the headers differ from the data directories on, so the rest of the result is meaningless.
-    // Callers reject such a file by `for32bit`.
-    image result = {headers.OptionalHeader.Magic == IMAGE_NT_OPTIONAL_HDR32_MAGIC &&
-                        headers.FileHeader.Machine == IMAGE_FILE_MACHINE_I386,
-                    headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_COM_DESCRIPTOR].VirtualAddress != 0, 0};
+    const bool fileis64bit = headers.OptionalHeader.Magic == IMAGE_NT_OPTIONAL_HDR64_MAGIC;
+    if (fileis64bit && !take(file, static_cast<std::size_t>(dos.e_lfanew), headers64)) {
+        return std::nullopt;
+    }
+    const IMAGE_DATA_DIRECTORY* directories =
+        fileis64bit ? headers64.OptionalHeader.DataDirectory : headers.OptionalHeader.DataDirectory;
+    image result = {};
+    result.managed = directories[IMAGE_DIRECTORY_ENTRY_COM_DESCRIPTOR].VirtualAddress != 0;
+    // An assembly for any processor has the headers of a 32-bit file.
+    result.loadable = fileis64bit
+                          ? is64bit && headers.FileHeader.Machine == IMAGE_FILE_MACHINE_AMD64
+                          : (!is64bit || result.managed) && headers.FileHeader.Machine == IMAGE_FILE_MACHINE_I386;
     std::size_t offset = static_cast<std::size_t>(dos.e_lfanew) + offsetof(IMAGE_NT_HEADERS32, OptionalHeader) +
                          headers.FileHeader.SizeOfOptionalHeader;
     const std::size_t end = offset + headers.FileHeader.NumberOfSections * sizeof(IMAGE_SECTION_HEADER);

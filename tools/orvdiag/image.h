@@ -7,9 +7,12 @@
 
 namespace orvdiag {
 
+/// Whether this is the 64-bit program. Either one checks files of its own bitness.
+constexpr bool is64bit = sizeof(void*) == 8;
+
 /// What the headers of a DLL say.
 struct image {
-    bool for32bit;        ///< whether a 32-bit process can load it
+    bool loadable;        ///< whether a process of this program's bitness can load it
     bool managed;         ///< whether it is an assembly
     std::uint64_t bytes;  ///< minimum size of the file according to its headers and sections; less means truncated
 };

@@ -101,8 +101,9 @@ private:
         if (!headers) {
             return failure("is damaged or not a DLL");
         }
-        if (!headers->for32bit) {
-            return failure("is for 64-bit programs; this library serves 32-bit ones");
+        if (!headers->loadable) {
+            return failure(is64bit ? "is for 32-bit programs; this is the orvdiag for 64-bit ones"
+                                   : "is for 64-bit programs; this is the orvdiag for 32-bit ones");
         }
         if (headers->bytes > bytes.size()) {
             return failure("is cut short: " + std::to_string(bytes.size()) + " of at least " +

@@ -26,7 +26,7 @@ constexpr DWORD namebufferunits = 16384;
 // A 32-bit system has only one view.
 bool hastwoviews() {
     BOOL wow64 = FALSE;
-    return IsWow64Process(GetCurrentProcess(), &wow64) && wow64;
+    return sizeof(void*) == 8 || (IsWow64Process(GetCurrentProcess(), &wow64) && wow64);
 }
 
 std::vector<registrylocation> registrylocations() {

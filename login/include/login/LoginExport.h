@@ -10,10 +10,10 @@
 /// (ORVELLOGIN_HEADER_ONLY), which compiles the types itself.
 #if defined(ORVELLOGIN_BUILD) || defined(ORVELLOGIN_HEADER_ONLY)
 #define ORVELLOGIN_API
-#elif !defined(__MINGW32__) || !defined(__i386__) || defined(__USING_SJLJ_EXCEPTIONS__) || \
+#elif !defined(__MINGW32__) || !(defined(__i386__) || defined(__x86_64__)) || defined(__USING_SJLJ_EXCEPTIONS__) || \
     !defined(_GLIBCXX_USE_CXX11_ABI) || !_GLIBCXX_USE_CXX11_ABI
 #error \
-    "orvellogin.dll's class is only for mingw-w64's g++ for i686, with dw2 exceptions and the new std::wstring. \
+    "orvellogin.dll's class is only for mingw-w64's g++, with dw2 or SEH exceptions and the new std::wstring. \
 Use the header-only class, which has the same name: link orvellogin::client, or put the folder include/client before include."
 #else
 #define ORVELLOGIN_API __declspec(dllimport)

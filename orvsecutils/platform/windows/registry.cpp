@@ -32,8 +32,8 @@ registrykey openforreading(settingsscope scope, const settingsdef& definition) {
     return registrykey(key);
 }
 
-// Deliberately without KEY_WOW64_64KEY: a 32-bit process writes its own view. settings::save() only writes to the
-// user's hive, where both views are the same.
+// Deliberately without KEY_WOW64_64KEY: a process writes the view of its own bitness. settings::save() only writes to
+// the user's hive, where both views are the same.
 registrykey openforwriting(settingsscope scope, const settingsdef& definition) {
     HKEY key = nullptr;
     RegCreateKeyExW(hive(scope), toutf16(grouppath(definition)).c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
