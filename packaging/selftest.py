@@ -78,6 +78,5 @@ shutil.rmtree(staged, ignore_errors=True)
 for build in builds:
     stage(build)
 (next(staged.iterdir()) / "bin/selftest.exe").rename(staged / "selftest.exe")
-# A batch file must have Windows' line ends.
-(staged / "selftest.cmd").write_bytes((source / "packaging/selftest.cmd").read_bytes().replace(b"\n", b"\r\n"))
+shutil.copy(source / "packaging/selftest.cmd", staged)
 print(write(staged, builds[0], source))
