@@ -9,7 +9,7 @@ namespace orvsecutils {
 
 std::string withcrlf(std::string_view text) {
     std::string result;
-    result.reserve(text.size() + 1);  // one allocation: most texts have one line feed
+    result.reserve(text.size() + 1);  // one allocation: most strings have one line feed
     for (const char character : text) {
         if (character == '\n') {
             result += '\r';

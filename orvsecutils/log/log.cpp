@@ -29,10 +29,10 @@ struct endmark {
     endmark& operator=(const endmark&) = delete;
 };
 
-// The result of `call`, or `fallback` if the system's texts are malformed. Exhausted memory is always thrown as
+// The result of `call`, or `fallback` if the system's strings are malformed. Exhausted memory is always thrown as
 // std::bad_alloc, also where the platform throws platformerror for it.
 template <class Result, class Call>
-Result resultor(Call call, Result fallback) {
+Result valueor(Call call, Result fallback) {
     try {
         return call();
     } catch (const std::bad_alloc&) {
@@ -44,11 +44,11 @@ Result resultor(Call call, Result fallback) {
     }
 }
 
-// What the first record of the process finds out for all later ones. If the switch cannot be read, logging stays off
+// Determined by the first record, used by all later ones. If the switch cannot be read, logging stays off
 // for the life of the process, even if the registry is repaired meanwhile.
 struct sharedfacts {
-    const bool enabled = resultor([] { return debugsettings::instance().logging(); }, false);
-    const std::string executable = resultor([] { return currentplatform().executablename(); }, std::string());
+    const bool enabled = valueor([] { return debugsettings::instance().logging(); }, false);
+    const std::string executable = valueor([] { return currentplatform().executablename(); }, std::string());
 };
 
 const sharedfacts& facts() {

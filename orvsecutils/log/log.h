@@ -20,16 +20,16 @@ namespace orvsecutils {
 /// ones.
 ///
 /// To trace a call, write the record `class::method(arguments)`, then another one with its result,
-/// `class::method(arguments)=result`; an absent result is `null`. Texts are UTF-8. Never log secrets.
+/// `class::method(arguments)=result`; an absent result is `null`. Strings are UTF-8. Never log secrets.
 ///
 /// Delivery failures are swallowed; a log file that cannot be opened is reported on standard error. The only exception
-/// of the log itself is `std::bad_alloc` from the constructor. The record is then lost, and never written with half a
-/// header. If memory runs out during an insertion, the rest of the message is missing; exceptions of a value's own
-/// `operator<<` pass through.
+/// of the log itself is `std::bad_alloc` from the constructor. The record is then lost, and never written with a
+/// partial header. If memory runs out during an insertion, the rest of the message is missing; exceptions of a value's
+/// own `operator<<` pass through.
 ///
 /// A record belongs to the thread that created it; several threads may have records at the same time. Lines appear in
-/// order of destruction. A record that the destructor of a static object makes may be lost, because the log may already
-/// be destroyed.
+/// order of destruction. A record that the destructor of a static object creates may be lost, because the log may
+/// already be destroyed.
 class log {
 public:
     /// Creates a record of level 0 ("info"), 1 ("warn"), 2 ("error") or any other number ("unknown").
@@ -38,7 +38,7 @@ public:
     /// Creates a record for the outcome of a call: "info" for success, "error" for failure.
     explicit log(bool ok);
 
-    log(const void*) = delete;  ///< a text passed by mistake would convert to true
+    log(const void*) = delete;  ///< a string passed by mistake would convert to true
 
     /// Delivers the line.
     virtual ~log();
@@ -65,7 +65,7 @@ public:
         return *this;
     }
 
-    /// Inserts a text, or "null" for a null pointer.
+    /// Inserts a string, or "null" for a null pointer.
     log& operator<<(const char* text);
 
     /// Applies a manipulator of a standard stream, such as `std::endl`.

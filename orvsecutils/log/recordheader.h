@@ -7,7 +7,7 @@
 #include "orvsecutils/log/walltime.h"
 
 /// @file
-/// The text in front of a record's message.
+/// The string in front of a record's message.
 namespace orvsecutils {
 
 /// Date, time and offset from UTC, as in "11/13/2026 23:06:40+0100".

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <atomic>
+#include <chrono>
 
 namespace orvsecutils {
 
@@ -33,23 +34,16 @@ int cachedutcoffset(std::int32_t minute) {
     return offset;
 }
 
-// The calendar fields of a moment, given as minutes since 1601 and the ticks in that minute. Computed here, because the
-// system's calendar functions would be most of the cost of a record that is dropped: they use 64-bit divisions, but
-// minutes since 1601 fit into 32 bits.
+// The calendar fields of a moment, given as minutes since 1601 and the ticks in that minute. Not the system's calendar
+// functions, which would be most of the cost of a record that is dropped: they use 64-bit divisions, but minutes since
+// 1601 fit into 32 bits, and the standard's calendar counts days in 32 bits.
 walltime atoffset(std::int32_t minute, std::int32_t ticks, int offset) {
+    constexpr std::chrono::sys_days begin = std::chrono::year(1601) / 1 / 1;
     const int local = minute + offset;
-    // Years are counted from March, so that a leap day is the last day of its year. 1600-03-01 starts a cycle of 400
-    // years.
-    constexpr int daysfrommarch1600 = 306;
-    const int days = local / (24 * 60) + daysfrommarch1600;
-    const int cycle = days / 146097;
-    const int day = days % 146097;
-    const int year = (day - day / 1460 + day / 36524 - day / 146096) / 365;
-    const int dayofyear = day - (365 * year + year / 4 - year / 100);
-    const int month = (5 * dayofyear + 2) / 153;  // 0 for March; from there every five months have 153 days
-    return {1600 + 400 * cycle + year + (month < 10 ? 0 : 1),
-            month < 10 ? month + 3 : month - 9,
-            dayofyear - (153 * month + 2) / 5 + 1,
+    const std::chrono::year_month_day date = begin + std::chrono::days(local / (24 * 60));
+    return {static_cast<int>(date.year()),
+            static_cast<int>(static_cast<unsigned>(date.month())),
+            static_cast<int>(static_cast<unsigned>(date.day())),
             local / 60 % 24,
             local % 60,
             ticks / 10'000'000,

@@ -28,26 +28,26 @@ struct serviceconfiguration {
     std::string binarypathname;  ///< command line of the service
     std::string loadordergroup;  ///< empty for none
     std::uint32_t tagid;         ///< position in the load order group; 0 for none
-    std::string dependencies;    ///< names of services, and of groups with a "+" in front, separated by zero characters
+    std::string dependencies;    ///< names of services, separated by zero characters; group names are prefixed with "+"
     std::string servicestartname;  ///< account that the service runs under
     std::string displayname;       ///< name that user interfaces show
 };
 
 /// The library's interface to the operating system: the calling process, its user and its machine.
 ///
-/// Texts are UTF-8 in both directions. If an argument is not valid UTF-8, or a text from the system is not valid
+/// Strings are UTF-8 in both directions. If an argument is not valid UTF-8, or a string from the system is not valid
 /// UTF-16, the operation throws `std::range_error` ("bad conversion"). An argument ends at its first zero character;
-/// only texts that writesettings() writes are stored completely.
+/// only strings that writesettings() writes are stored completely.
 ///
-/// Operations do not say why they failed: a returned text is empty, a boolean false, and outputs are untouched unless
+/// Operations do not say why they failed: a returned string is empty, a boolean false, and outputs are untouched unless
 /// the operation says otherwise. The only other exceptions are `std::bad_alloc`, `std::length_error`, and
 /// `platformerror` if there is no memory for the buffer of a system call.
 ///
 /// Any thread may call; nothing is kept between calls.
 ///
 /// Paths of files may use either separator, but the operations on the text of a path (9, 11, 12) need backslashes. The
-/// system finds no file whose path exceeds 259 UTF-16 units (247 for a folder to be created), unless the path starts
-/// with `\\?\`, or the machine allows long paths (Windows 10 1607 and later) and the host's manifest declares
+/// system finds no file whose path exceeds 259 UTF-16 code units (247 for a folder to be created), unless the path
+/// starts with `\\?\`, or the machine allows long paths (Windows 10 1607 and later) and the host's manifest declares
 /// `longPathAware`. Operations 9, 10 and 16 are limited to 259 units in any case.
 ///
 /// The number at the beginning is the operation's slot in the virtual table; slot 0 is the destructor. The library does
@@ -58,14 +58,14 @@ class platform {
 public:
     virtual ~platform() = default;
 
-    /// 1. Language of the user's regional format, as numbered by languagecode(). Windows may show its own texts in a
+    /// 1. Language of the user's regional format, as numbered by languagecode(). Windows may be displayed in a
     /// different language.
     virtual int uilanguage() const = 0;
 
     /// 2. DNS host name of the machine, without its domain.
     virtual std::string computername() const = 0;
 
-    /// 3. Name of the user, without a domain; empty if it has more than 255 UTF-16 units.
+    /// 3. Name of the user, without a domain; empty if it has more than 255 UTF-16 code units.
     virtual std::string username() const = 0;
 
     /// 4. "major,minor,build,service pack major,service pack minor", in decimal. From Windows 8.1 on, a program whose
@@ -81,15 +81,16 @@ public:
     /// 7. The user's profile folder.
     virtual std::string profilefolder() const = 0;
 
-    /// 8. Creates a folder and its missing parents. True if the folder exists afterwards, whether this call, another
-    /// process or nobody had to create it; false if a file has that name. Parents created before a failure remain.
+    /// 8. Creates a folder and its missing parents. True if the folder exists afterwards, whoever created it; false if
+    /// a file has that name. Parents created before a failure remain.
     virtual bool createdirectory(const std::string& path) const = 0;
 
     /// 9. `path` and `more` joined by one separator, with "." and ".." resolved. If `more` names a drive or a UNC
-    /// share, it replaces `path`. Empty if `path`, `more` or the result exceeds 259 UTF-16 units.
+    /// share, it replaces `path`. Empty if `path`, `more` or the result exceeds 259 UTF-16 code units.
     virtual std::string appendpath(const std::string& path, const std::string& more) const = 0;
 
-    /// 10. File name of the process's executable, without its folder; empty if its full path exceeds 259 UTF-16 units.
+    /// 10. File name of the process's executable, without its folder; empty if its full path exceeds 259 UTF-16 code
+    /// units.
     virtual std::string executablename() const = 0;
 
     /// 11. `path` without its last component and the separator before it. The root of a drive is returned unchanged; a
@@ -104,8 +105,8 @@ public:
     virtual settingsmap readsettings(settingsscope scope, const settingsdef& definition) const = 0;
 
     /// 14. Writes `values` into a group, creating it if it does not exist; other values of the group are kept. Names
-    /// and texts are converted first: if one is not valid UTF-8, nothing is written. False if the group cannot be
-    /// opened or a value cannot be written, such as any list; the other values are still written. Texts are written
+    /// and strings are converted first: if one is not valid UTF-8, nothing is written. False if the group cannot be
+    /// opened or a value cannot be written, such as any list; the other values are still written. Strings are written
     /// with embedded zero characters, but reading stops at the first one. Writes the process's own view of the
     /// registry, so readsettings() of a 32-bit process does not see a group that was written to the machine scope.
     virtual bool writesettings(settingsscope scope, const settingsdef& definition, const settingsmap& values) const = 0;
@@ -113,7 +114,7 @@ public:
     /// 15. The root key of settings whose definition does not name another: "software".
     virtual std::string defaultsettingsroot() const = 0;
 
-    /// 16. Folder of the process's executable; empty if the executable's path exceeds 259 UTF-16 units.
+    /// 16. Folder of the process's executable; empty if the executable's path exceeds 259 UTF-16 code units.
     virtual std::string executablefolder() const = 0;
 
     /// 17. Starts `file` (a program, or a document with its associated program), waits without a time limit for it to
@@ -159,7 +160,7 @@ public:
                            std::int64_t& lastwrite) const = 0;
 
     /// 26. The same as slot 25, for objects that are not const. It exists only because the interface defines both
-    /// forms: without this slot all that follow would move.
+    /// forms: without it every later slot would shift.
     virtual bool filetimes(const std::string& path, std::int64_t& creation, std::int64_t& lastaccess,
                            std::int64_t& lastwrite) = 0;
 
@@ -169,9 +170,9 @@ public:
     virtual bool findfiles(const std::string& pattern, std::vector<fileentry>& entries) const = 0;
 
     /// 28. The value of `key` in `section` of an INI file. `value` is emptied first; true if it is not empty
-    /// afterwards. Longer values are cut to 259 UTF-16 units, without splitting a surrogate pair. A `file` without a
-    /// folder is looked for in the Windows folder. A file without a UTF-16 byte order mark is read in the system's code
-    /// page.
+    /// afterwards. Longer values are cut to 259 UTF-16 code units, without splitting a surrogate pair. A `file` without
+    /// a folder is looked for in the Windows folder. A file without a UTF-16 byte order mark is read in the system's
+    /// code page.
     virtual bool readinivalue(const std::string& file, const std::string& section, const std::string& key,
                               std::string& value) const = 0;
 

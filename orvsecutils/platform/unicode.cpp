@@ -90,7 +90,7 @@ std::wstring utf16buffer(std::int64_t units) {
 }
 
 std::wstring toutf16(std::string_view text) {
-    // Always large enough, because no sequence has more UTF-16 units than UTF-8 bytes.
+    // Always large enough, because no sequence has more UTF-16 code units than UTF-8 bytes.
     std::wstring result = utf16buffer(static_cast<std::int64_t>(text.size()));
     wchar_t* out = result.data();
     const char* const end = text.data() + text.size();
@@ -112,7 +112,7 @@ std::wstring toutf16(std::string_view text) {
 }
 
 std::string toutf8(std::wstring_view text) {
-    // Converted in blocks on the stack, so that a short text (most are) is allocated only once, with its exact size.
+    // Converted in blocks on the stack, so that a short string (most are) is allocated only once, with its exact size.
     char block[512];
     constexpr std::size_t longestsequence = 4;
     std::string result;

@@ -8,8 +8,8 @@
 /// Conversion between the library's UTF-8 and the system's UTF-16, and buffers for the latter.
 namespace orvsecutils {
 
-/// A zero-filled buffer of `units` UTF-16 units for a system call. Throws `platformerror`: `invalidargument` if the
-/// length is negative or exceeds the maximum of a string, `generalfailure` if there is no memory.
+/// A zero-filled buffer of `units` UTF-16 code units for a system call. Throws `platformerror`: `invalidargument` if
+/// the length is negative or exceeds the maximum of a string, `generalfailure` if there is no memory.
 std::wstring utf16buffer(std::int64_t units);
 
 /// `text` in UTF-16. Throws `std::range_error` ("bad conversion") unless it is well-formed UTF-8: truncated and

@@ -11,7 +11,7 @@
 /// The values of a settings group.
 namespace orvsecutils {
 
-/// Kinds of setting values.
+/// Types of setting values.
 enum class settingtype : std::uint32_t {
     integer = 0,      ///< `settingint`
     string = 1,       ///< `settingstring`
@@ -21,8 +21,8 @@ enum class settingtype : std::uint32_t {
 /// One value of a settings group, exactly as the registry holds it. `type` says which derived class this is; check it
 /// before casting.
 ///
-/// A class hierarchy and not a `std::variant`, because the kinds, their numbers and deletion through the base class are
-/// part of the library's interface. Values are shared by pointer, so that copying a group does not copy texts.
+/// A class hierarchy and not a `std::variant`, because the types, their numbers and deletion through the base class are
+/// part of the library's interface. Values are shared by pointer, so that copying a group does not copy strings.
 class setting {
 public:
     virtual ~setting() = default;
@@ -43,7 +43,7 @@ public:
     std::uint32_t value;  ///< the 32 bits; a caller may read them as signed
 };
 
-/// A text. An empty text is not the same as an absent value.
+/// A string. An empty string is not the same as an absent value.
 class settingstring : public setting {
 public:
     explicit settingstring(std::string text);  ///< stores `text`
@@ -51,7 +51,7 @@ public:
     std::string value;  ///< UTF-8
 };
 
-/// A list of texts, in the registry's order. May be empty.
+/// A list of strings, in the registry's order. May be empty.
 class settingmultistring : public setting {
 public:
     explicit settingmultistring(std::vector<std::string> texts);  ///< stores `texts`
@@ -60,14 +60,14 @@ public:
 };
 
 /// @name New values
-/// Creates a value of the kind that matches the argument's type.
+/// Creates a value of the type that matches the argument's type.
 /// @{
 std::unique_ptr<setting> makesetting(std::uint32_t number);            ///< a `settingint`
 std::unique_ptr<setting> makesetting(std::string text);                ///< a `settingstring`
 std::unique_ptr<setting> makesetting(std::vector<std::string> texts);  ///< a `settingmultistring`
 /// @}
 
-/// Values by name, ordered by the bytes of the name's UTF-8 text. No pointer in it is null.
+/// Values by name, ordered by the bytes of the name's UTF-8 string. No pointer in it is null.
 using settingsmap = std::map<std::string, std::shared_ptr<setting>, std::less<>>;
 
 }  // namespace orvsecutils

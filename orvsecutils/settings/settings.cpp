@@ -7,7 +7,7 @@ namespace orvsecutils {
 
 namespace {
 
-// The payload of `found`; null if there is no value or it is not of the wanted kind.
+// The payload of `found`; null if there is no value or it is not of the wanted type.
 template <class Kind>
 const decltype(Kind::value)* payload(const setting* found, settingtype wanted) {
     return found && found->type == wanted ? &static_cast<const Kind*>(found)->value : nullptr;
@@ -38,7 +38,7 @@ void settings::load() {
 }
 
 const setting* settings::find(std::string_view name) const {
-    // Stops at the user's value even if the caller cannot use its kind: the user's values hide the machine's.
+    // Stops at the user's value even if the caller cannot use its type: the user's values override the machine's.
     for (const settingsmap* scope : {&user, &machine}) {
         const auto entry = scope->find(name);
         if (entry != scope->end()) {

@@ -13,7 +13,7 @@ enum class settingsscope : std::int32_t {
     machine = 1,  ///< HKEY_LOCAL_MACHINE
 };
 
-/// Says where a settings group is kept. All texts are UTF-8.
+/// Says where a settings group is kept. All strings are UTF-8.
 class settingsdef {
 public:
     /// Each argument becomes the field of its name.

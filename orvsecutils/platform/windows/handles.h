@@ -27,7 +27,7 @@ using registrykey = std::unique_ptr<std::remove_pointer_t<HKEY>, releasing<RegCl
 using servicehandle = std::unique_ptr<std::remove_pointer_t<SC_HANDLE>, releasing<CloseServiceHandle>>;
 /// A process, thread, event or mutex: kernel handles for which null means none.
 using kernelhandle = std::unique_ptr<void, releasing<CloseHandle>>;
-/// A text that the shell or COM allocated.
+/// A string that the shell or COM allocated.
 using comallocatedtext = std::unique_ptr<wchar_t, releasing<CoTaskMemFree>>;
 /// A structure in memory from LocalAlloc.
 template <class Record>

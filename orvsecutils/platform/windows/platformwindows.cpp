@@ -39,7 +39,7 @@ std::string knownfolder(const KNOWNFOLDERID& id) {
     return SUCCEEDED(result) ? toutf8(path) : std::string();
 }
 
-// A copy of the path for the shell's path functions, which work in place and require at least MAX_PATH units.
+// A copy of the path for the shell's path functions, which work in place and require at least MAX_PATH code units.
 std::wstring pathbuffer(std::wstring_view path) {
     std::wstring buffer = utf16buffer(std::max<std::int64_t>(static_cast<std::int64_t>(path.size()) + 1, MAX_PATH));
     path.copy(buffer.data(), path.size());
@@ -105,7 +105,8 @@ std::string platformwindows::computername() const {
 }
 
 std::string platformwindows::username() const {
-    wchar_t name[256];  // with the terminator; longer names are returned as empty
+    // Not UNLEN + 1: a name of UNLEN (256) code units has always been returned as empty, and callers may rely on it.
+    wchar_t name[256];
     DWORD units = 256;
     return GetUserNameW(name, &units) ? toutf8(name) : std::string();
 }
@@ -294,7 +295,7 @@ bool platformwindows::serviceconfig(const std::string& service, serviceconfigura
         GetLastError() != ERROR_INSUFFICIENT_BUFFER) {
         return false;
     }
-    // One block of more than the structure's size: its texts follow it.
+    // One block of more than the structure's size: its strings follow it.
     const localmemory<QUERY_SERVICE_CONFIGW> record(static_cast<QUERY_SERVICE_CONFIGW*>(LocalAlloc(LMEM_FIXED, bytes)));
     if (!record || !QueryServiceConfigW(handle.get(), record.get(), bytes, &bytes)) {
         return false;

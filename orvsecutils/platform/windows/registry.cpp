@@ -41,7 +41,7 @@ registrykey openforwriting(settingsscope scope, const settingsdef& definition) {
     return registrykey(key);
 }
 
-// The text with its environment variables expanded, in UTF-8; none if that fails.
+// The string with its environment variables expanded, in UTF-8; none if that fails.
 std::optional<std::string> expand(const wchar_t* text) {
     const DWORD size = ExpandEnvironmentStringsW(text, nullptr, 0);
     if (size == 0) {
@@ -216,8 +216,8 @@ settingsmap readgroup(settingsscope scope, const settingsdef& definition, std::v
 }
 
 bool writegroup(settingsscope scope, const settingsdef& definition, const settingsmap& values) {
-    // Everything is converted before anything is written, so that a text that cannot be converted does not leave half a
-    // group behind.
+    // Everything is converted before anything is written, so that a string that cannot be converted does not leave half
+    // a group behind.
     std::vector<writtenvalue> converted;
     converted.reserve(values.size());
     for (const auto& [name, value] : values) {

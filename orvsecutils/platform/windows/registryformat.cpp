@@ -6,7 +6,7 @@ namespace orvsecutils {
 
 namespace {
 
-// Whether the data consists of whole UTF-16 units, the last `zeros` of which are zero.
+// Whether the data consists of whole UTF-16 code units, the last `zeros` of which are zero.
 bool endsin(std::size_t zeros, const wchar_t* data, std::size_t bytes) {
     const std::size_t units = bytes / sizeof(wchar_t);
     if (bytes % sizeof(wchar_t) != 0 || units < zeros) {
@@ -53,7 +53,7 @@ std::optional<std::vector<std::wstring_view>> decodelist(const wchar_t* data, st
         return std::nullopt;
     }
     std::vector<std::wstring_view> texts;
-    // Stays within the data, because two zeros at the end are an empty text at the latest there.
+    // Stays within the data, because the two trailing zeros end the loop at the latest.
     for (std::wstring_view text(data); !text.empty(); text = std::wstring_view(text.data() + text.size() + 1)) {
         texts.push_back(text);
     }

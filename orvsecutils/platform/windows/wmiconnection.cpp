@@ -9,7 +9,7 @@ namespace orvsecutils {
 
 namespace {
 
-// The text of a BSTR, including embedded zero units. Null counts as empty.
+// The string of a BSTR, including embedded zero code units. Null counts as empty.
 std::wstring_view view(BSTR text) {
     return {text, SysStringLen(text)};
 }

@@ -14,7 +14,7 @@ namespace orvsecutils {
 /// Creates the locator of a connection. Tests replace the system's.
 using locatorsource = std::function<HRESULT(IWbemLocator**)>;
 
-/// Adds a property to a row if its value is a text and the row has none of that name yet. Throws `std::range_error`
+/// Adds a property to a row if its value is a string and the row has none of that name yet. Throws `std::range_error`
 /// ("bad conversion") if the name or the value is not valid UTF-16.
 void addproperty(wmirow& row, BSTR name, const VARIANT& value);
 
