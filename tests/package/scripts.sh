@@ -38,6 +38,10 @@ refuses login/include/login/uiLang.h 'int undocumented();' docs --check
 refuses README.md '[dead](docs/dead.md)' docs --check
 refuses tests/login/probe.cpp "$(seq 9999)" check-tests
 refuses login/boundary/Handshake.cpp 'int  a;' lint
+refuses login/boundary/ManagerMembers.h 'ManagedMember getNew{L"getNew", translated, nullIsEmpty, emptyOffline};' check-members
+same "the places without the member, and the table" 16 "$(wc -l < output)"
+refuses login/boundary/ManagerMembers.h '{&NativeRecord::newField, &ManagedRecord::newField, nullFails},' check-members
+same "the places without the field" 11 "$(wc -l < output)"
 refuses cmake/mingw-x86.cmake "message(FATAL_ERROR for-\${CMAKE_BUILD_TYPE})" build mingw-x86-debug
 expect "a failed build says why" grep -q for-Debug output
 
