@@ -5,7 +5,7 @@ using System.Reflection;
 using System.Threading;
 using loginManagerUtils;
 
-[assembly: AssemblyVersion("34.0.0.5070")]
+[assembly: AssemblyVersion(ManagerVersion.Text)]
 [assembly: AssemblyTitle("Stand-in for the login manager")]
 
 namespace OrvelLoginClient

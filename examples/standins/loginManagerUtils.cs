@@ -1,7 +1,7 @@
 using System;
 using System.Reflection;
 
-[assembly: AssemblyVersion("34.0.0.5070")]
+[assembly: AssemblyVersion(ManagerVersion.Text)]
 [assembly: AssemblyTitle("Stand-in for the login manager's shared types")]
 
 namespace loginManagerUtils

@@ -49,8 +49,9 @@ namespace OrvelLoginClientCLR
         {
             // Loaded by name before any of their types is used: a load by name can be tried again, whereas a reference that
             // could not be bound once stays broken, with a less helpful message.
-            Assembly.Load("OrvelLoginClient, Version=34.0.0.5070, Culture=neutral, PublicKeyToken=null");
-            Assembly.Load("loginManagerUtils, Version=34.0.0.5070, Culture=neutral, PublicKeyToken=null");
+            // By constants, because asking this assembly for its references would load much more of the class library.
+            Assembly.Load("OrvelLoginClient, Version=" + ManagerVersion.Text + ", Culture=neutral, PublicKeyToken=null");
+            Assembly.Load("loginManagerUtils, Version=" + ManagerVersion.Text + ", Culture=neutral, PublicKeyToken=null");
             Bind(table, count);
         }
 

@@ -21,7 +21,7 @@ using orvsecutils::toutf16;
 
 namespace {
 
-constexpr char managerversion[] = "34.0.0.5070";
+constexpr char managerversion[] = ORVELLOGIN_MANAGER_VERSION;
 constexpr char managedpart[] = "OrvelLoginClientCLR.dll";
 constexpr const char* assemblies[] = {"OrvelLoginClient", "loginManagerUtils"};
 

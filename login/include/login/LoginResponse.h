@@ -9,7 +9,8 @@
 
 /// The login manager's data about a signed-in user. All strings are UTF-16; a default-constructed record is empty.
 ///
-/// There is no status field: a sign-in that did not throw succeeded.
+/// There is no status field: a sign-in that did not throw succeeded, unless the record is empty because the client had
+/// no memory to reach the manager (see `LoginManagerClient`).
 struct ORVELLOGIN_API LoginResponse {
     LoginResponse();                                           ///< every field empty
     LoginResponse(const LoginResponse& other);                 ///< field by field

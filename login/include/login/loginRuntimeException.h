@@ -19,8 +19,9 @@ public:
         : typeName(std::move(typeNameIn)), message(std::move(messageIn)), hresult(hresultIn), text(std::move(textIn)) {}
 
     /// Type and message in UTF-8: "System.IO.FileNotFoundException: Could not load ...", followed by the causes that
-    /// the exception wraps, each as " ---> Type: message". If there is no managed exception, for example because the
-    /// runtime could not be started, the message alone, with the HRESULT in it.
+    /// the exception wraps, each as " ---> Type: message". Zero code units and lone surrogates become U+FFFD. If there
+    /// is no managed exception, for example because the runtime could not be started, the message alone, with the
+    /// HRESULT in it.
     const char* what() const noexcept override { return text.c_str(); }
 
     std::wstring typeName;  ///< full name of the managed type; empty if the failure is not a managed exception
