@@ -6,8 +6,8 @@
 /// The calls into the managed part.
 namespace OrvelLoginClientCLR {
 
-/// Calls `member` with the runtime's floating-point control. Returns true if the member returned; otherwise `failure`
-/// holds its exception. Throws `loginRuntimeException` if the process is ending.
+/// Calls `member` with the control words that the runtime expects. Returns true if the member returned; otherwise
+/// `failure` holds its exception. Throws `loginRuntimeException` if the process is ending.
 bool callManaged(ManagedCall member, ManagerHandle manager, const StringArgument* first, const StringArgument* second,
                  void* result, ManagedFailure& failure);
 

@@ -53,7 +53,7 @@ ComPtr<ICLRRuntimeHost> startRuntime() {
     ComPtr<ICLRMetaHost> metaHost;
     check(clrCreateInstance()(clsidClrMetaHost, iidClrMetaHost, &metaHost));
     ComPtr<ICLRRuntimeInfo> info;
-    check(metaHost->GetRuntime(L"v4.0.30319", iidClrRuntimeInfo, &info));
+    check(metaHost->GetRuntime(runtimeVersion, iidClrRuntimeInfo, &info));
     ComPtr<ICLRRuntimeHost> host;
     check(info->GetInterface(CLSID_CLRRuntimeHost, IID_ICLRRuntimeHost, &host));
     const HRESULT started = host->Start();

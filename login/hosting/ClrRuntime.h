@@ -5,11 +5,14 @@
 
 namespace OrvelLoginClientCLR {
 
+/// The version of the runtime, which is also the name of its folder. All of the .NET Framework 4 have this one.
+inline constexpr wchar_t runtimeVersion[] = L"v4.0.30319";
+
 /// Runs the managed method `static int method(string)` of `typeName` in the default application domain and returns its
 /// result. Starts the .NET Framework 4 runtime in the process first, or joins the one that is running.
 ///
 /// `assembly`: full path of the assembly's file. `argument`: passed to the method; may be empty. Any thread may call;
-/// the calls of a process are serialised. The caller's floating-point control is unchanged afterwards.
+/// the calls of a process are serialised. The caller's x87 control word and MXCSR are unchanged afterwards.
 ///
 /// Throws `loginRuntimeException` if the runtime cannot be started or the method cannot be run, with the HRESULT and
 /// its meaning if known. The next call tries again.

@@ -23,7 +23,8 @@ loginRuntimeException methodRunFailure(const std::wstring& method, std::int32_t 
 /// The failure of converting a null managed string.
 loginRuntimeException nullStringFailure();
 
-/// Converts the length of a native string for the managed side. Throws `loginRuntimeException` above 2147483647 units.
+/// Converts the length of a native string for the managed side. Throws `loginRuntimeException` above 2147483647 code
+/// units.
 std::int32_t managedLength(std::size_t units);
 
 }  // namespace OrvelLoginClientCLR

@@ -84,9 +84,9 @@ namespace OrvelLoginClientCLR
             throw new MissingMethodException("the managed part of the login library lacks the member " + name);
         }
 
-        static void Return(void* result, string text)
+        static void Return(void* result, string value)
         {
-            ((NativeString*)result)->Set(text);
+            ((NativeString*)result)->Set(value);
         }
 
         static void Create(Creation* creation)
