@@ -18,6 +18,7 @@
 #include "login/LoginManagerClient.h"
 #include "orvsecutils/platform/unicode.h"
 #include "result_of.h"
+#include "tests/support/system.h"
 
 using orvsecutils::toutf8;
 using namespace testing;
@@ -398,10 +399,7 @@ TEST(Resources, StayFlatOverManyCallsFailuresAndClients) {
         std::uintptr_t handles;
         SIZE_T bytes;
         Usage() {
-            // Wine does not count a process's handles, but a new handle takes the lowest free number.
-            const HANDLE next = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-            handles = reinterpret_cast<std::uintptr_t>(next) / 4;
-            CloseHandle(next);
+            handles = openhandles();
             PROCESS_MEMORY_COUNTERS memory = {};
             GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof memory);
             bytes = memory.WorkingSetSize;

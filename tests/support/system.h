@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <cstdint>
+
 #include "orvsecutils/platform/windows/handles.h"
 
 /// Whether Wine runs the program. Tests ask this function, and nothing else, where Wine and Windows are known to
@@ -17,4 +19,15 @@ inline bool administrator() {
     const orvsecutils::registrykey owner(key);
     return opened;
 }
+/// A number that grows with each handle that the process keeps open.
+inline std::uintptr_t openhandles() {
+    DWORD count = 0;
+    if (!onwine() && GetProcessHandleCount(GetCurrentProcess(), &count)) {
+        return count;
+    }
+    // Wine does not count them, but gives a new handle the lowest free number.
+    const orvsecutils::kernelhandle next(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    return reinterpret_cast<std::uintptr_t>(next.get()) / 4;
+}
+
 inline constexpr char needsrights[] = "needs administrator rights: it writes what all users share";
