@@ -1,11 +1,17 @@
 @rem hosts.cmd PACKAGE SELFTEST: on Windows, builds the hosts of docs/integration.md from the unpacked package with the tools of
 @rem Visual Studio and the .NET SDK, and compares what they print by the unpacked self-test. PACKAGE and SELFTEST are full paths.
-@rem Run it in a developer command prompt. Ends with 0 if every host was built and printed what it should.
+@rem Ends with 0 if every host was built and printed what it should.
 @setlocal
 @set "package=%~1"
 @set "selftest=%~2"
 @set "here=%~dp0"
 @set "failed=0"
+
+@rem The newest Visual Studio's compilers, unless this is a developer command prompt already.
+@set "vswhere=%ProgramFiles(x86)%\Microsoft Visual Studio\Installer\vswhere.exe"
+@where /q cl || for /f "usebackq delims=" %%i in (`"%vswhere%" -latest -property installationPath`) do @(
+  call "%%i\VC\Auxiliary\Build\vcvars32.bat" > nul
+)
 
 @rem Microsoft's C++, with each C runtime: /MTd, /MDd, /MT, /MD.
 @call :cpp Debug MultiThreadedDebug
