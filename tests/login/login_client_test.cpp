@@ -314,7 +314,7 @@ TEST(Callbacks, ArriveOnTheThreadThatRaisesTheEvent) {
     }
 }
 
-TEST(Callbacks, ThatAreNullAreNullForTheManagerToo) {
+TEST(Callbacks, PassNullOnAsNull) {
     struct {
         void (*login)();
         void (*logout)();
@@ -379,7 +379,7 @@ TEST(Destruction, DisposesTheManagerOnceAndSignsNobodyOut) {
     EXPECT_EQ(calls.signOuts, 0);
 }
 
-TEST(Resources, OfManyClientsAreTheirOwnAndAreReleased) {
+TEST(Resources, AreSeparatePerClientAndReleased) {
     {
         std::vector<std::unique_ptr<LoginManagerClient>> clients;
         for (int i = 0; i < 40; ++i) {

@@ -137,7 +137,7 @@ TEST(Paths, AreSplitAndJoined) {
     }
 }
 
-TEST_F(Files, FoldersAreMadeUnlessSomethingIsInTheWay) {
+TEST_F(Files, FoldersAreCreatedUnlessSomethingIsInTheWay) {
     const std::string plain = file("plain", "content");
     const std::string deep = "\\a\\\xE5\xAD\x97\\c", longname = "\\" + std::string(200, 'l');
     const std::string longpath = "\\\\?\\" + folder + longname + longname;
