@@ -2,7 +2,8 @@
 
 #include <windows.h>
 
-#include <vector>
+#include <memory>
+#include <type_traits>
 
 namespace OrvelLoginClientCLR {
 
@@ -45,16 +46,20 @@ std::wstring withoutLongPathPrefix(const std::wstring& path) {
 }
 
 std::wstring fileVersion(const std::wstring& path) {
-    DWORD ignored = 0;
-    std::vector<unsigned char> resource(GetFileVersionInfoSizeW(path.c_str(), &ignored));
-    void* found = nullptr;
-    UINT length = 0;
-    if (resource.empty() ||
-        !GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(resource.size()), resource.data()) ||
-        !VerQueryValueW(resource.data(), L"\\", &found, &length) || length < sizeof(VS_FIXEDFILEINFO)) {
+    // Not by version.dll: as an import, Windows would take a file of that name from the program's folder. The fixed
+    // part follows the block's header of 6 bytes, its name and 2 bytes of padding.
+    constexpr DWORD fixedAt = 40;
+    struct Unload {
+        void operator()(HMODULE module) const { FreeLibrary(module); }
+    };
+    const std::unique_ptr<std::remove_pointer_t<HMODULE>, Unload> file(
+        LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE));
+    const HRSRC resource = file ? FindResourceW(file.get(), MAKEINTRESOURCEW(VS_VERSION_INFO), VS_FILE_INFO) : nullptr;
+    if (!resource || SizeofResource(file.get(), resource) < fixedAt + sizeof(VS_FIXEDFILEINFO)) {
         return std::wstring();
     }
-    const auto* fixed = static_cast<const VS_FIXEDFILEINFO*>(found);
+    const auto* block = static_cast<const unsigned char*>(LockResource(LoadResource(file.get(), resource)));
+    const auto* fixed = reinterpret_cast<const VS_FIXEDFILEINFO*>(block + fixedAt);
     return std::to_wstring(HIWORD(fixed->dwFileVersionMS)) + L"." + std::to_wstring(LOWORD(fixed->dwFileVersionMS)) +
            L"." + std::to_wstring(HIWORD(fixed->dwFileVersionLS)) + L"." +
            std::to_wstring(LOWORD(fixed->dwFileVersionLS));

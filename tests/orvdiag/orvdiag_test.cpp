@@ -3,13 +3,13 @@
 #include "orvsecutils/log/appendfile.h"
 #include "orvsecutils/platform/platform.h"
 #include "orvsecutils/platform/unicode.h"
-#include "tests/support/deploy.h"
-#include "tests/support/sandbox.h"
+#include "tests/orvdiag/tool.h"
 #include "tools/orvdiag/commandline.h"
 #include "tools/orvdiag/facts.h"
 #include "tools/orvdiag/filetail.h"
 #include "tools/orvdiag/image.h"
 #include "tools/orvdiag/settingslist.h"
+#include "tools/orvdiag/systemfacts.h"
 #include "tools/orvdiag/text.h"
 
 using namespace orvdiag;
@@ -22,23 +22,25 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const fs::path built = program::ownfolder();
-
 TEST(CommandLine, RunsPrintsOrRejects) {
     // How the printed text starts; a complaint follows a vertical bar.
     const std::pair<const char*, const char*> rows[] = {
-        {"", "Shows what the Orvel"},
+        {"help", "Shows what the Orvel"},
         {"help settings", "a settings group"},
         {"log /?", "where the log file is"},
         {"--version", "orvdiag " ORVDIAG_VERSION "\n"},
         {"facts --json", "(runs)"},
-        {"login /tmp --json", "(runs)"},
+        {"", "(runs)"},
+        {"check /tmp --json", "(runs)"},
         {"fact", "|unknown command: fact (orvdiag --help"},
+        {"help fact", "|unknown command: fact (orvdiag --help"},
+        {"fact --help", "|unknown command: fact (orvdiag --help"},
         {"facts a\x1b", "|unexpected argument: a\\u001b (orvdiag facts --help"},
         {"facts --follow", "|unknown option: --follow (orvdiag facts --help"},
         {"logging On", "|invalid argument: STATE: On"},
         {"log -n -1", "|invalid argument: "},
         {"log -n 1 --all", "|-n excludes --all"},
+        {"log --level warn error", "|unexpected argument: error"},
         {"log --level bad", "|invalid argument: --level: bad"},
         {"settings", "|GROUP is required"},
     };
@@ -48,8 +50,12 @@ TEST(CommandLine, RunsPrintsOrRejects) {
         EXPECT_THAT((parsed.command ? "(runs)" : "") + parsed.text + "|" + parsed.complaint, StartsWith(expected))
             << line;
     }
-    for (const char* command : {"login", "report", "settings"}) {
-        EXPECT_THAT(parse({command, ""}).complaint, StartsWith("invalid argument: ")) << command;
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"check", ""},
+                                                      {"report", ""},
+                                                      {"report", "-o", ""},
+                                                      {"settings", ""},
+                                                      {"log", "-n", ""}}) {
+        EXPECT_THAT(parse(arguments).complaint, StartsWith("invalid argument: ")) << arguments[0];
     }
 }
 
@@ -67,15 +73,15 @@ TEST(Texts, ExplainNumbersAndReplaceMalformedBytes) {
         {explainversion("10,0,19045,0,0"), "Windows 10 or Windows Server 2016 to 2022, build 19045"},
         {explainversion("6,1,7601,1,0"), "Windows 7 or Windows Server 2008 R2, build 7601, service pack 1.0"},
         {explainversion("6,0,6002,2,1"), "Windows Vista or Windows Server 2008, build 6002, service pack 2.1"},
-        {explainversion("5,1,2600,0,0"), "a Windows that this tool does not know, build 2600"},
+        {explainversion("5,1,2600,0,0"), "unknown Windows version, build 2600"},
         {explainversion(""), ""},
         {explainlocales("1031,2057"), "user: German, Germany; system: English, United Kingdom"},
         {explainprocessor("1,0,6"), "1 processor, x86" + sees + "6"},
         {explainprocessor("8,9,25"), "8 processors, x64" + sees + "25"},
         {explainprocessor("8,77,1"), "8 processors, architecture 77" + sees + "1"},
-        {gccversion("\0\0GCC: (GNU) 12 20220819\0GCC: (GNU) 12-posix\0GCC: (GNU) 12 2022"s), "12-posix"},
-        {gccversion("GCC: (Rev3, Built by MSYS2 project) 13.2.0"), "13.2.0"},
-        {gccversion("GCC: ("), ""},
+        {windowsname("Windows 10 Pro", 21999), "Windows 10 Pro"},
+        {windowsname("Windows 10 Pro", 22000), "Windows 11 Pro"},
+        {windowsname("Windows Server 2022", 26100), "Windows Server 2022"},
     };
     for (const auto& [actual, expected] : rows) {
         EXPECT_EQ(actual, expected);
@@ -83,11 +89,7 @@ TEST(Texts, ExplainNumbersAndReplaceMalformedBytes) {
     EXPECT_TRUE(equalsignorecase("aZ1", "Az1"));
     EXPECT_FALSE(equalsignorecase("aZ1", "Az"));
     EXPECT_FALSE(equalsignorecase("{", "["));
-    EXPECT_TRUE(samegcc("12-posix", "12"));
-    EXPECT_TRUE(samegcc("12", "12-win32"));
-    EXPECT_TRUE(samegcc("13.2.0", "13.1.0"));
-    EXPECT_FALSE(samegcc("12-posix", "12-win32"));
-    EXPECT_FALSE(samegcc("13.2.0", "1-posix"));
+    EXPECT_THAT(systemmessage(ERROR_BAD_EXE_FORMAT), AllOf(Not(HasSubstr("%1")), EndsWith("(code 193)")));
     EXPECT_FALSE(issecretname("Logging"));
     for (const char* name :
          {"Password", "DBPWD", "clientSecret", "AccessToken", "apiKey", "Credentials", "CASCookie", "LoginTicket"}) {
@@ -145,28 +147,6 @@ TEST(FileTail, LosesNothingWhenTheFileIsDeletedRenamedReplacedOrEmptied) {
     EXPECT_EQ(names(), following - 1) << "the tail removes its own link to the file";
 }
 
-const std::string one("\1\0\0\0", 4);
-const std::string zero(4, '\0');
-const std::string broken = bytesof(L"x\xDC00\0"sv);
-constexpr auto user = registrylocation::user, machine = registrylocation::machine,
-               machine32 = registrylocation::machine32;
-
-class Orvdiag : public Test {
-protected:
-    program::result run(const std::wstring& arguments) { return box.run("orvdiag.exe", arguments); }
-
-    void plant(registrylocation location, const wchar_t* name, DWORD type, const std::string& data,
-               const char* group = "Debug") {
-        rawkey(location == user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE, location == machine32 ? view32 : view64,
-               "software\\Orvel\\LoginManager\\"s + group)
-            .write(name, type, data);
-    }
-
-    sandbox box;
-    const fs::path profile = box.folder().parent_path().parent_path();
-    const std::string log = toutf8(box.log().native());
-};
-
 TEST_F(Orvdiag, SaysWhyLoggingIsOffAndWhetherItCouldBeSwitchedOn) {
     const std::string nobody = "off, because nobody has set it";
     const std::string nothing = "off, because no value that the library reads sets it";
@@ -178,12 +158,15 @@ TEST_F(Orvdiag, SaysWhyLoggingIsOffAndWhetherItCouldBeSwitchedOn) {
         {user, L"Logging", REG_DWORD, one, "on, by the user's setting", "", 0},
         {user, L"Logging", REG_DWORD, zero, "off, by the user's setting", "", 0},
         {machine, L"Logging", REG_DWORD, one, "on, by the machine's setting", "", 0},
-        {user, L"Logging", REG_SZ, "1\0\0\0"s, text, "of the kind text: it counts as off.", 0},
-        {user, L"Logging", REG_QWORD, zero + one, nothing, "64-bit number: the library ignores it.", 0},
-        {user, L"Logging", REG_DWORD, "12", nothing, "The user's setting \"Logging\" is malformed: ", 0},
-        {user, L"LOGGING", REG_DWORD, one, nothing, "\"LOGGING\" is spelled differently: ", 1},
-        {machine32, L"Logging", REG_DWORD, one, nothing, "machine's setting \"Logging\" lies in the 32-bit", 0},
-        {machine, L"Text", REG_SZ, broken, group, "The machine's setting \"Text\" is malformed (not valid", 1},
+        {user, L"Logging", REG_SZ, "1\0\0\0"s, text,
+         "counts as off: the user's setting \"Logging\" (text). Run \"orvdiag logging on\"", 0},
+        {user, L"Logging", REG_QWORD, zero + one, nothing,
+         "malformed: the user's setting \"Logging\" (64-bit number). ", 0},
+        {user, L"Logging", REG_DWORD, "12", nothing, "malformed: the user's setting \"Logging\" (number). ", 0},
+        {user, L"LOGGING", REG_DWORD, one, nothing, "does not read: the user's setting \"LOGGING\". ", 1},
+        {machine32, L"Logging", REG_DWORD, one, nothing,
+         "In the 32-bit view of the registry, which the library does not read: the machine's", 0},
+        {machine, L"Text", REG_SZ, broken, group, "read the whole group: the machine's setting \"Text\". ", 1},
     };
     for (const auto& [location, name, type, data, state, remark, status] : rows) {
         SCOPED_TRACE(state + "\n" + remark);
@@ -330,138 +313,6 @@ TEST_F(Orvdiag, FollowsTheLogWithoutFallingBehind) {
     EXPECT_TRUE(shows("日 59\r\n"));
     follower.end();
     EXPECT_TRUE(follower.wait().output == orvsecutils::withcrlf(expected));
-}
-
-class Login : public Orvdiag {
-protected:
-    Login() { deploy(folder); }
-
-    const fs::path folder = profile / L"日 é";
-};
-
-TEST_F(Login, NamesWhatIsWrongInAFolder) {
-    const char* const client = "OrvelLoginManagerClient\\OrvelLoginClient.dll";
-    const char* const utils = "OrvelLoginManagerClient\\loginManagerUtils.dll";
-    const char* const part = "OrvelLoginClientCLR.dll";
-    const char* const library = "orvellogin.dll";
-    const char* const other = "orvelloginc.dll";
-    const char* const libgcc = "libgcc_s_dw2-1.dll";
-    const char* const libcpp = "libstdc++-6.dll";
-    const std::string assembly = contentof(built / client);
-    std::string later = assembly;
-    later[later.find("\x22\0\0\0\0\0\xCE\x13"s)] = 35;
-    const std::string native = contentof(built / library);
-    const std::string othergcc = std::regex_replace(contentof(built / libgcc), std::regex("U\\) 12-"), "U) 99-");
-    // A file, its content (empty: the file is missing), the exit status, and a part of the output.
-    const std::tuple<const char*, std::string, DWORD, std::string> rows[] = {
-        {other, "", 0, "assembly version 34.0.0.5070; has all members that the library calls\r\n"},
-        {other, native, 1, "it is not the login library: it does not export orvellogin_version"},
-        {libgcc, "", 1, "FAIL libgcc_s_dw2-1.dll is missing\r\n"},
-        {libgcc, "", 1, "cannot be loaded: Module not found. (code 126); it needs libgcc_s_dw2-1.dll: Module"},
-        {libgcc, othergcc, 0,
-         "warn libgcc_s_dw2-1.dll built by a different GCC (99-posix) than the library (12-posix)"},
-        {libcpp, contentof(built / libcpp) + "x", 0, "warn libstdc++-6.dll not the file that ships with the library"},
-        {library, native.substr(0, 1024), 1, "FAIL orvellogin.dll is cut short: 1024 of at least "},
-        {library, contentof(built / "orvdiag.exe"), 1, "FAIL orvellogin.dll is damaged or not a DLL\r\n"},
-        {library, contentof("C:\\windows\\sysnative\\version.dll"), 1, "FAIL orvellogin.dll is for 64-bit programs"},
-        {library, contentof(built / "ending.dll"), 1, "cannot be loaded: ends the process (status 0x00000000)"},
-        {library, assembly, 1, "FAIL orvellogin.dll is a managed assembly, not this library\r\n"},
-        {library, "MZ" + std::string(58, '\0') + "\xFF\xFF\xFF\x7F", 1, "FAIL orvellogin.dll is damaged or not"},
-        {part, assembly, 1, "warn OrvelLoginClientCLR.dll file version 34.0.0.5070; not the same version as the "},
-        {part, assembly, 1, "FAIL .NET Framework runtime v4.0.30319 these two files do not belong together: "},
-        {part, "", 1, "FAIL .NET Framework runtime v4.0.30319 not tried: the managed part is missing\r\n"},
-        {part, "", 1, "\\OrvelLoginClient.dll file version 34.0.0.5070; not opened, as the managed part does not run"},
-        {part, "text", 1, "FAIL .NET Framework runtime v4.0.30319 not tried: the managed part is damaged\r\n"},
-        {client, assembly.substr(0, assembly.size() - 1), 1, "OrvelLoginClient.dll is cut short: "},
-        {client, later, 0,
-         "\nwarn OrvelLoginManagerClient\\OrvelLoginClient.dll file version 34.0.0.5070; assembly version 35.0.0.5070 "
-         "instead of 34.0.0.5070; has all members that the library calls\r\n"},
-        {client, contentof(built / "deployment/old/OrvelLoginClient.dll"), 1,
-         "33.1.0.0 instead of 34.0.0.5070; lacks LoginManagerClient: LoginResponse login(), L"},
-        {"OrvelLoginManagerClient", "", 1, "FAIL OrvelLoginManagerClient\\OrvelLoginClient.dll is missing\r\n"},
-        {utils, "", 1, "; cannot be used by the runtime: System.IO.FileNotFoundException"},
-        {utils, contentof(built / "deployment/none/loginManagerUtils.dll"), 1,
-         "; lacks LoginManagerException: loginManagerStatusCode status\r\n"},
-        {utils, native, 1, "\\loginManagerUtils.dll is not a managed assembly\r\n"},
-        {utils, assembly, 1, "holds another assembly, OrvelLoginClient"},
-    };
-    const auto check = [this] {
-        const program::result result = run(L"login \"" + folder.native() + L"\"");
-        return std::to_string(result.status) + std::regex_replace(result.output, std::regex(" +"), " ");
-    };
-    for (const auto& [file, content, status, expected] : rows) {
-        std::error_code absent;
-        fs::rename(folder / file, folder / "kept", absent);
-        if (!content.empty()) {
-            std::ofstream(folder / file, std::ios::binary) << content;
-        }
-        EXPECT_THAT(check(), AllOf(StartsWith(std::to_string(status)), HasSubstr(expected))) << file;
-        fs::remove(folder / file);
-        fs::rename(folder / "kept", folder / file, absent);
-    }
-    fs::remove(folder / library);
-    fs::remove(folder / libgcc);
-    copy_file(built / other, folder / other);
-    EXPECT_THAT(run(L"login none").output, HasSubstr("there is no such folder"));
-    EXPECT_THAT(check(), AllOf(StartsWith("0"), Not(HasSubstr(library)), HasSubstr(other)));
-}
-
-TEST_F(Login, WritesAReportWithoutSecrets) {
-    plant(user, L"ApiToken", REG_SZ, bytesof(L"hush\0"sv), "Größe\\Inner");
-    plant(machine, L"ApiToken", REG_DWORD, one);  // in another group, so neither hides the other
-    plant(machine32, L"Server", REG_SZ, bytesof(L"日\0"sv));
-    create_directories(box.folder());
-    for (int i = 100; i <= 350; ++i) {
-        appendtofile(log, "line " + std::to_string(i) + " \xFF\n");
-    }
-    copy_file(built / "orvdiag.exe", profile / "orvdiag.exe");  // alone in its folder
-    const program::result written = program(profile / "orvdiag.exe", L"report", profile).wait();
-    EXPECT_EQ(written.status, 0u);
-    EXPECT_THAT(written.output, AllOf(HasSubstr("\\orvdiag-report.txt\r\n"), HasSubstr("personal data")));
-    const std::string text = contentof(profile / "orvdiag-report.txt");
-    EXPECT_EQ(toutf8(orvsecutils::toutf16(text)), text);
-    EXPECT_EQ(std::count(text.begin(), text.end(), '\r'), std::count(text.begin(), text.end(), '\n'));
-    for (const std::string& part : std::vector<std::string>{
-             "Report of orvdiag " ORVDIAG_VERSION ", ", "personal data",
-             "Folder: " + toutf8(profile.native()) + "\r\nFAIL  orvellogin.dll",
-             "\r\nNot everything is in its place; see the lines with FAIL.\r\n", "Microsoft Windows",
-             ".NET Framework 4  not registered", "osversion", "Größe\\Inner\\ApiToken  text    (hidden)",
-             "machine, 32-bit view", "Logging is off", "It can be written.", "line 151 \uFFFD\r\n", "line 350"}) {
-        EXPECT_THAT(text, HasSubstr(part));
-    }
-    EXPECT_THAT(text, AllOf(Not(HasSubstr("hush")), Not(HasSubstr("line 150")), Not(HasSubstr("hidden by"))));
-
-    std::ofstream(profile / "other.json") << std::string(1000000, 'x');
-    EXPECT_EQ(run(L"report --json other.json \"" + folder.native() + L"\"").status, 0u);
-    const json data = json::parse(contentof(profile / "other.json"));
-    EXPECT_EQ(data["login"]["verdict"], "Everything is in its place.");
-    EXPECT_EQ(data["settings"][2]["value"], "(hidden)");
-    const orvsecutils::platform& system = orvsecutils::currentplatform();
-    const std::pair<const char*, std::string> facts[] = {{"uilanguage", std::to_string(system.uilanguage())},
-                                                         {"computername", system.computername()},
-                                                         {"username", system.username()},
-                                                         {"osversion", system.osversion()},
-                                                         {"languageids", system.languageids()},
-                                                         {"processorinfo", system.processorinfo()},
-                                                         {"profilefolder", toutf8(profile.native())},
-                                                         {"executablename", "orvdiag.exe"},
-                                                         {"defaultsettingsroot", system.defaultsettingsroot()},
-                                                         {"executablefolder", system.executablefolder()},
-                                                         {"localappdatafolder", system.localappdatafolder()},
-                                                         {"roamingappdatafolder", system.roamingappdatafolder()},
-                                                         {"programfilesfolder", system.programfilesfolder()},
-                                                         {"programfilesx86folder", system.programfilesx86folder()},
-                                                         {"macaddress", system.macaddress()},
-                                                         {"publicfolder", system.publicfolder()}};
-    for (const auto& [fact, value] : facts) {
-        EXPECT_EQ(data["facts"][fact], value) << fact;
-    }
-    EXPECT_EQ(data["facts"]["meanings"]["languageids"], explainlocales(system.languageids()));
-    EXPECT_EQ(data["log"].size(), 200u);
-
-    const program::result refused = run(L"report \"" + folder.native() + L"\"");
-    EXPECT_EQ(refused.status, 1u);
-    EXPECT_THAT(refused.output, StartsWith("The report cannot be written to "));
 }
 
 }  // namespace

@@ -96,6 +96,8 @@ done
 key='HKCU\Software\Wine\AppDefaults\orvdiag.exe'
 "$source/script/wine-run" reg add "$key" /v Version /d win10 /f > /dev/null
 facts=$("$source/script/wine-run" "$PACKAGE/bin/orvdiag.exe" facts)
+checked=$("$source/script/wine-run" "$PACKAGE/bin/orvdiag.exe" check || true)
+expect "the files of the package are as built" grep -q "^ok .*complete and as built" <<< "$checked"
 "$source/script/wine-run" reg delete "$key" /f > /dev/null
 expect "orvdiag.exe is told of Windows 10" grep -q '^osversion  *10,0' <<< "$facts"
 expect "an example carries the version" grep -qF "\"$version\"" <(resources "$build/bin/signin-window.exe")

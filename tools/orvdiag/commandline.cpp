@@ -4,9 +4,12 @@
 #include <algorithm>
 #include <memory>
 
+#include "orvsecutils/platform/platform.h"
+#include "tools/orvdiag/check.h"
+#include "tools/orvdiag/diskfile.h"
 #include "tools/orvdiag/facts.h"
+#include "tools/orvdiag/libraryfiles.h"
 #include "tools/orvdiag/logging.h"
-#include "tools/orvdiag/logincheck.h"
 #include "tools/orvdiag/logview.h"
 #include "tools/orvdiag/output.h"
 #include "tools/orvdiag/report.h"
@@ -20,19 +23,36 @@ namespace {
 // The values of a command's arguments. Outlives the parser, because the command uses it later.
 struct commandarguments {
     bool json = false;
+    bool files = false;
     std::string group;
     std::string state;
     std::string folder;
-    std::string file = "orvdiag-report.txt";
+    std::string file;
     logrequest log;
 };
 
 int show(const commandresult& result, bool asjson) {
-    print(asjson ? result.data.dump(2, ' ', false, json::error_handler_t::replace) + "\n" : result.text);
+    print(asjson ? jsontext(result.data) : result.text);
     return result.status;
 }
 
-const CLI::Validator notempty([](const std::string& text) { return text.empty() ? "it is empty" : ""; }, "");
+// The folder that is checked: the tool's own if none was given.
+std::wstring checkedfolder(const commandarguments& values) {
+    return fullpath(values.folder.empty() ? orvsecutils::currentplatform().executablefolder() : values.folder);
+}
+
+int showcheck(const commandarguments& values) {
+    const std::wstring folder = checkedfolder(values);
+    commandresult result = check(folder);
+    if (values.files) {
+        const commandresult files = listfiles(folder);
+        result.text.insert(0, files.text + "\n");
+        result.data["files"] = files.data;
+    }
+    return show(result, values.json);
+}
+
+const CLI::Validator notempty([](const std::string& text) { return text.empty() ? "it must not be empty" : ""; }, "");
 
 class parser {
 public:
@@ -42,8 +62,8 @@ public:
         app.set_help_flag("-h,--help", "show this help, or the help of a command");
         app.set_version_flag("--version", "orvdiag " ORVDIAG_VERSION);
         app.footer(
-            "orvdiag COMMAND --help or orvdiag help COMMAND explains a command.\n"
-            "Exit status: 0 on success, 1 if something is missing or wrong, 2 for an invalid command line.");
+            "Without a command: check. orvdiag COMMAND --help or orvdiag help COMMAND explains a command.\n"
+            "Exit status: 0 on success, 1 if there is a problem, 2 for an invalid command line.");
         addcommands();
     }
 
@@ -54,11 +74,12 @@ public:
         } catch (const CLI::CallForVersion& version) {
             return {nullptr, std::string(version.what()) + "\n", {}};
         } catch (const CLI::CallForHelp&) {
-            return {nullptr, app.help(), {}};
+            const std::string surplus = surplusargument();
+            return surplus.empty() ? request{nullptr, app.help(), {}} : request{nullptr, {}, oneline(surplus)};
         } catch (const CLI::ParseError& failed) {
             return {nullptr, {}, complaint(failed)};
         }
-        return command ? request{command, {}, {}} : request{nullptr, app.help(), {}};
+        return {command, {}, {}, app.got_subcommand("report")};
     }
 
 private:
@@ -74,24 +95,34 @@ private:
 
     void addjson(CLI::App* to) { to->add_flag("--json", values->json, "print JSON"); }
 
-    std::string complaint(const CLI::ParseError& failed) const {
+    // What is wrong with the first argument that nothing takes; empty if there is none.
+    std::string surplusargument() const {
         const auto chosen = app.get_subcommands();
-        const std::string hint = chosen.empty() ? "orvdiag --help lists the commands"
-                                                : "orvdiag " + chosen.front()->get_name() + " --help explains it";
-        std::string text = failed.what();
-        if (dynamic_cast<const CLI::ExtrasError*>(&failed)) {
-            const auto arguments = chosen.empty() ? app.remaining() : chosen.front()->remaining();
-            const std::string argument = arguments.empty() ? std::string() : arguments.front();
-            const bool option = argument.size() > 1 && argument[0] == '-';
-            text = (option           ? "unknown option: "
-                    : chosen.empty() ? "unknown command: "
-                                     : "unexpected argument: ") +
-                   argument;
-        } else if (dynamic_cast<const CLI::ValidationError*>(&failed) ||
-                   dynamic_cast<const CLI::ConversionError*>(&failed)) {
-            text = "invalid argument: " + text;
+        const auto arguments = chosen.empty() ? app.remaining() : chosen.front()->remaining();
+        if (arguments.empty()) {
+            return std::string();
         }
-        return oneline(text + " (" + hint + ")");
+        const std::string& argument = arguments.front();
+        const bool option = argument.size() > 1 && argument[0] == '-';
+        return (option           ? "unknown option: "
+                : chosen.empty() ? "unknown command: "
+                                 : "unexpected argument: ") +
+               argument + hint();
+    }
+
+    std::string hint() const {
+        const auto chosen = app.get_subcommands();
+        return chosen.empty() ? " (orvdiag --help lists the commands)"
+                              : " (orvdiag " + chosen.front()->get_name() + " --help explains it)";
+    }
+
+    std::string complaint(const CLI::ParseError& failed) const {
+        if (dynamic_cast<const CLI::ExtrasError*>(&failed)) {
+            return oneline(surplusargument());
+        }
+        const bool invalid =
+            dynamic_cast<const CLI::ValidationError*>(&failed) || dynamic_cast<const CLI::ConversionError*>(&failed);
+        return oneline((invalid ? "invalid argument: " : "") + std::string(failed.what()) + hint());
     }
 
     CLI::App app;
@@ -100,13 +131,29 @@ private:
 };
 
 void parser::addcommands() {
+    CLI::App* added = add(
+        "check", "what is wrong, and what to do: the library, its login manager, this user's settings and log",
+        "Checks orvellogin.dll or orvelloginc.dll and the files that it needs beside it, loads the library, starts "
+        "the\n"
+        ".NET Framework 4 runtime and opens the assemblies of the login manager, in a separate process. Then checks\n"
+        "settings, logging, log file, profile and network address. Does not sign in or connect to anything. Status 1 "
+        "if\n"
+        "there is a line with FAIL.",
+        showcheck);
+    added->add_option("DIR", values->folder, "the library's folder, usually the program's (default: the tool's own)")
+        ->check(notempty);
+    added->add_flag("--files", values->files, "also list the files with version, size and SHA-256");
+    addjson(added);
+
     addjson(
         add("facts", "machine, system, user and folders, as the library sees them",
             "Prints every fact that the library can find out, one per line: name, value, and in parentheses what its\n"
-            "numbers mean. A fact that the system cannot provide is empty.",
+            "numbers mean. A fact that the system cannot provide is empty. Then Windows, the .NET Framework, the "
+            "user's rights,\n"
+            "PATH, and the running programs that have loaded the library.",
             [](const commandarguments& values) { return show(facts(), values.json); }));
 
-    CLI::App* added = add(
+    added = add(
         "settings", "a settings group: names, kinds, values and scopes",
         "Prints the values of one of the library's groups in the registry: the user's and the machine's, including\n"
         "those in the 32-bit view, which the library does not read, and those that it ignores or cannot read. A\n"
@@ -118,7 +165,7 @@ void parser::addcommands() {
     added = add(
         "logging", "shows or sets whether this user's programs log",
         "Without an argument, shows whether the log is on for this user, why, and whether its file can be written.\n"
-        "With one, sets it for this user. Programs that are running keep their setting until they are started again.",
+        "With one, sets it for this user. Running programs keep their setting until they are restarted.",
         [](const commandarguments& values) { return show(logging(values.state), values.json); });
     added->add_option("STATE", values->state, "on or off")->check(CLI::IsMember({"on", "off"}));
     addjson(added);
@@ -128,45 +175,39 @@ void parser::addcommands() {
             "Prints the log file's path and its last lines. --level and --program keep the lines of a record together.",
             [](const commandarguments& values) { return showlog(values.log); });
     CLI::Option* const lines =
-        added->add_option("-n", values->log.lines, "number of lines (default: 20)")->check(CLI::NonNegativeNumber);
+        added->add_option("-n", values->log.lines, "number of lines (default: 20)")->check(notempty);
     added->add_flag_callback("--all", [values = values] { values->log.lines.reset(); }, "all lines")->excludes(lines);
     added->add_option("--level", values->log.filter.levels, "records of this level only: info, warn, error or unknown")
         ->check(CLI::IsMember({"info", "warn", "error", "unknown"}))
-        ->expected(1)  // per --level, so that the option does not take the arguments after it too
-        ->take_all();
+        ->allow_extra_args(false);  // one per --level
     added->add_option("--program", values->log.filter.program, "records of this program only, for example host.exe")
         ->check(notempty);
     added->add_flag("--follow", values->log.follow, "print new lines until interrupted (Ctrl+C)");
 
     added = add(
-        "login", "whether the login library in a folder is complete, loads and runs",
-        "Looks for orvellogin.dll or orvelloginc.dll and the files that it needs beside it, and for the assemblies of\n"
-        "the login manager in the sub-folder OrvelLoginManagerClient. Then loads the library, starts the .NET\n"
-        "Framework 4 runtime and opens the assemblies, in a separate process. Does not sign in or connect to anything.",
-        [](const commandarguments& values) { return show(checklogin(values.folder), values.json); });
-    added->add_option("DIR", values->folder, "the library's folder, usually the program's (default: the tool's own)")
-        ->check(notempty);
-    addjson(added);
-
-    added = add(
-        "report", "all of this in one file, for the people who investigate the fault",
-        "Writes one file in UTF-8: login, versions, facts, settings, logging, the last 200 lines of the log. Replaces\n"
-        "an existing file of that name. The exit status says whether it was written. It contains personal data, but "
-        "no\n"
-        "values of settings whose names look like passwords, tokens or keys.",
+        "report", "all of this in one file, for support",
+        "Writes one file in UTF-8: the summary of check with the next steps, questions to the sender, the library's\n"
+        "files, facts, settings, logging, and the last 200 lines of the log. Replaces an existing file of that name.\n"
+        "Status 0 if it was written. It contains personal data, but no values that look like passwords, tokens or "
+        "keys.",
         [](const commandarguments& values) {
-            return show(writereport(values.file, values.folder, values.json), false);
+            return show(writereport(values.file, checkedfolder(values), values.json), false);
         });
-    added->add_option("FILE", values->file, "file to write (default: orvdiag-report.txt in the current folder)")
+    added->add_option("DIR", values->folder, "the library's folder, as for check")->check(notempty);
+    added
+        ->add_option("-o", values->file,
+                     "file to write (default: orvdiag-report.txt or .json in the current folder, or if that is not\n"
+                     "possible in the folder for temporary files)")
         ->check(notempty);
-    added->add_option("DIR", values->folder, "the library's folder, as for login")->check(notempty);
     added->add_flag("--json", values->json, "write JSON");
 }
 
 }  // namespace
 
 request parse(std::vector<std::string> arguments) {
-    if (!arguments.empty() && arguments.front() == "help") {  // help COMMAND becomes COMMAND --help
+    if (arguments.empty()) {
+        arguments.push_back("check");
+    } else if (arguments.front() == "help") {  // help COMMAND becomes COMMAND --help
         arguments.erase(arguments.begin());
         arguments.push_back("--help");
     }

@@ -4,8 +4,6 @@
 
 #include <array>
 #include <cstdlib>
-#include <cstring>
-#include <initializer_list>
 #include <stdexcept>
 #include <string_view>
 #include <type_traits>
@@ -13,9 +11,10 @@
 #include <vector>
 
 #include "orvsecutils/platform/platform.h"
-#include "orvsecutils/platform/windows/handles.h"
 #include "tools/orvdiag/image.h"
+#include "tools/orvdiag/systemfacts.h"
 #include "tools/orvdiag/text.h"
+#include "tools/orvdiag/trial.h"
 
 namespace orvdiag {
 
@@ -56,6 +55,12 @@ std::string getfact(const platform& system) {
     }
 }
 
+// In another process, because WMI may not answer.
+std::string networkaddress(const platform&) {
+    const trial address = trynetworkaddress();
+    return address.succeeded ? address.text : "(WMI does not answer: " + address.text + ")";
+}
+
 struct fact {
     const char* name;
     std::string (*get)(const platform&);
@@ -78,7 +83,7 @@ constexpr fact knownfacts[] = {
     {"roamingappdatafolder", getfact<&platform::roamingappdatafolder>, nullptr},
     {"programfilesfolder", getfact<&platform::programfilesfolder>, nullptr},
     {"programfilesx86folder", getfact<&platform::programfilesx86folder>, nullptr},
-    {"macaddress", getfact<&platform::macaddress>, nullptr},
+    {"macaddress", networkaddress, nullptr},
     {"publicfolder", getfact<&platform::publicfolder>, nullptr},
 };
 
@@ -89,22 +94,6 @@ std::string valueof(const fact& row) {
     } catch (const std::range_error& failed) {
         return "(" + std::string(failed.what()) + ")";
     }
-}
-
-// A text or number below HKEY_LOCAL_MACHINE, in the 64-bit view; empty if it does not exist.
-std::string machinevalue(const wchar_t* path, const wchar_t* name) {
-    HKEY opened = nullptr;
-    RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, KEY_READ | KEY_WOW64_64KEY, &opened);
-    const orvsecutils::registrykey key(opened);
-    wchar_t data[256] = {};
-    DWORD bytes = sizeof data - sizeof *data;  // the last unit stays zero, because the text may lack a terminator
-    DWORD type = REG_NONE;
-    if (!key || RegQueryValueExW(key.get(), name, nullptr, &type, reinterpret_cast<BYTE*>(data), &bytes) != 0) {
-        return std::string();
-    }
-    DWORD number = 0;
-    std::memcpy(&number, data, sizeof number);
-    return type == REG_DWORD ? std::to_string(number) : toutf8lossy(std::wstring_view(data));
 }
 
 }  // namespace
@@ -144,7 +133,7 @@ std::string explainversion(const std::string& numbers) {
     if (major < 0) {
         return std::string();
     }
-    std::string name = "a Windows that this tool does not know";
+    std::string name = "unknown Windows version";
     for (const release& row : releases) {
         if (major == row.major && minor == row.minor && build >= row.build) {
             name = row.name;
@@ -190,49 +179,16 @@ commandresult facts() {
         const std::string value = valueof(row);
         const std::string explanation = row.explain ? row.explain(value) : std::string();
         rows.push_back({row.name, oneline(value) + (explanation.empty() ? "" : "  (" + explanation + ")")});
-        result.data[row.name] = value;
+        const bool isnumber = row.explain == explainlanguage;
+        result.data[row.name] = isnumber ? json(numbersof<1>(value)[0]) : json(value);
         if (!explanation.empty()) {
             meanings[row.name] = explanation;
         }
     }
+    const commandresult system = systemfacts();
     result.data["meanings"] = meanings;
-    result.text = table(rows);
-    return result;
-}
-
-commandresult systemversions() {
-    constexpr wchar_t windows[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
-    constexpr wchar_t framework[] = L"SOFTWARE\\Microsoft\\NET Framework Setup\\NDP\\v4\\Full";
-    const auto joined = [](const wchar_t* path, std::initializer_list<std::pair<const char*, const wchar_t*>> parts) {
-        std::string text;
-        for (const auto& [label, name] : parts) {
-            const std::string value = machinevalue(path, name);
-            text += value.empty() ? value : (text.empty() ? "" : ", ") + std::string(label) + value;
-        }
-        return text.empty() ? "not registered" : text;
-    };
-    wchar_t folder[MAX_PATH] = {};
-    GetWindowsDirectoryW(folder, MAX_PATH);
-    const auto version = [&folder](const wchar_t* file) {
-        const std::string text = fileversion(std::wstring(folder) + file);
-        return text.empty() ? "none" : text;
-    };
-    const std::vector<std::vector<std::string>> rows = {
-        {"Windows", joined(windows, {{"", L"ProductName"},
-                                     {"", L"DisplayVersion"},
-                                     {"", L"CSDVersion"},
-                                     {"build ", L"CurrentBuildNumber"},
-                                     {"update revision ", L"UBR"}})},
-        {".NET Framework 4", joined(framework, {{"", L"Version"}, {"release ", L"Release"}})},
-        {"its clr.dll", version(is64bit ? L"\\Microsoft.NET\\Framework64\\v4.0.30319\\clr.dll"
-                                        : L"\\Microsoft.NET\\Framework\\v4.0.30319\\clr.dll")},
-        // The file for this process: on 64-bit Windows the system redirects a 32-bit process to SysWOW64.
-        {"mscoree.dll", version(L"\\System32\\mscoree.dll")},
-    };
-    commandresult result = {0, table(rows), json::object()};
-    for (const auto& row : rows) {
-        result.data[row[0]] = row[1];
-    }
+    result.data["system"] = system.data;
+    result.text = table(rows) + "\n" + system.text;
     return result;
 }
 

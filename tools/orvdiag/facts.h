@@ -4,11 +4,8 @@
 
 namespace orvdiag {
 
-/// Every fact that `platform` can provide, with the meaning of its numbers.
+/// Every fact that `platform` can provide, with the meaning of its numbers; then those of systemfacts().
 commandresult facts();
-
-/// The versions of Windows and the .NET Framework, from the registry and from the files of the runtime.
-commandresult systemversions();
 
 /// The meaning of the numbers in a fact; empty if they are missing.
 /// @{

@@ -2,7 +2,6 @@
 
 #include <windows.h>
 
-#include <filesystem>
 #include <stdexcept>
 #include <vector>
 
@@ -36,31 +35,25 @@ bool isreadasswitch(const storedvalue& row) {
     return row.name == switchname && row.location != registrylocation::machine32 && !row.ignored;
 }
 
-// One sentence for each value that does not have the effect that its author probably expected.
-std::vector<std::string> settingremarks(const std::vector<storedvalue>& rows) {
-    std::vector<std::string> remarks;
+std::vector<std::pair<cause, std::string>> faultsof(const std::vector<storedvalue>& rows) {
+    std::vector<std::pair<cause, std::string>> faults;
     for (const storedvalue& row : rows) {
-        const std::string start = "T" + settingphrase(row).substr(1);
-        if (row.badtext && row.location != registrylocation::machine32) {
-            remarks.push_back(start + " is malformed (not valid UTF-16): the library cannot read the group " +
-                              debugsettings::groupname + ".");
-        }
-        if (!hasswitchname(row)) {
-            continue;
-        }
-        if (row.location == registrylocation::machine32) {
-            remarks.push_back(start + " lies in the 32-bit view of the registry: the library reads the 64-bit view.");
-        } else if (row.name != switchname) {
-            remarks.push_back(start + " is spelled differently: the library reads " + quoted(switchname) +
-                              " only, so delete it.");
-        } else if (row.kind != "number") {
-            remarks.push_back(start + " is not a number (REG_DWORD) but of the kind " + row.kind +
-                              (row.ignored ? ": the library ignores it." : ": it counts as off."));
-        } else if (row.ignored) {
-            remarks.push_back(start + " is malformed: the library ignores it.");
+        const bool is32bit = row.location == registrylocation::machine32;
+        if (row.badtext && !is32bit) {
+            faults.emplace_back(cause::groupmalformed, settingphrase(row));
+        } else if (hasswitchname(row)) {
+            if (is32bit) {
+                faults.emplace_back(cause::valueview, settingphrase(row));
+            } else if (row.name != switchname) {
+                faults.emplace_back(cause::loggingspelling, settingphrase(row));
+            } else if (row.ignored) {
+                faults.emplace_back(cause::valueignored, settingphrase(row) + " (" + row.kind + ")");
+            } else if (row.kind != "number") {
+                faults.emplace_back(cause::loggingtype, settingphrase(row) + " (" + row.kind + ")");
+            }
         }
     }
-    return remarks;
+    return faults;
 }
 
 std::string switchreason(const std::vector<storedvalue>& rows, bool groupread) {
@@ -80,15 +73,25 @@ std::string switchreason(const std::vector<storedvalue>& rows, bool groupread) {
 
 }  // namespace
 
+logstate readlogstate() {
+    const std::vector<storedvalue> rows = storedvalues(debugsettings::groupname);
+    try {
+        const bool on = debugsettings().logging();  // reads the registry again, unlike instance()
+        return {on, switchreason(rows, true), faultsof(rows)};
+    } catch (const std::range_error&) {
+        return {false, switchreason(rows, false), faultsof(rows)};
+    }
+}
+
 std::string whylogisnotwritable(const std::string& path) {
     if (path.empty()) {
         return "Windows reports no profile folder for this user";
     }
-    const std::filesystem::path file = toutf16(path);
-    const auto open = [](const std::filesystem::path& name, DWORD access, DWORD disposition, DWORD flags) {
+    const auto open = [](const std::wstring& name, DWORD access, DWORD disposition, DWORD flags) {
         return filehandle(CreateFileW(name.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                       nullptr, disposition, flags, nullptr));
     };
+    const std::wstring file = toutf16(path);
     if (open(file, FILE_APPEND_DATA, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL)) {
         return std::string();
     }
@@ -97,24 +100,25 @@ std::string whylogisnotwritable(const std::string& path) {
     }
     // The file does not exist yet, so try what the library would do: create the folders, then a file in them. The file
     // has a different name, because deleting the log itself could delete the first lines of a program.
-    std::vector<std::filesystem::path> missing;
-    for (std::filesystem::path folder = file.parent_path(); !exists(folder); folder = folder.parent_path()) {
+    const platform& system = currentplatform();
+    std::vector<std::string> missing;
+    for (std::string folder = system.parentfolder(path);
+         !system.pathexists(folder) && folder != system.parentfolder(folder); folder = system.parentfolder(folder)) {
         missing.insert(missing.begin(), folder);
     }
     std::string obstacle;
-    for (const std::filesystem::path& folder : missing) {
-        if (obstacle.empty() && !CreateDirectoryW(folder.c_str(), nullptr)) {
-            obstacle =
-                "the folder " + toutf8lossy(folder.native()) + " cannot be made: " + systemmessage(GetLastError());
+    for (const std::string& folder : missing) {
+        if (obstacle.empty() && !CreateDirectoryW(toutf16(folder).c_str(), nullptr)) {
+            obstacle = "the folder " + folder + " cannot be created: " + systemmessage(GetLastError());
         }
     }
     if (obstacle.empty() &&
-        !open(file.native() + L".trial", FILE_APPEND_DATA | DELETE, CREATE_ALWAYS, FILE_FLAG_DELETE_ON_CLOSE)) {
-        obstacle = "a file in " + toutf8lossy(file.parent_path().native()) +
-                   " cannot be made: " + systemmessage(GetLastError());
+        !open(file + L".trial", FILE_APPEND_DATA | DELETE, CREATE_ALWAYS, FILE_FLAG_DELETE_ON_CLOSE)) {
+        obstacle = "a file in " + system.parentfolder(path) + " cannot be created: " + systemmessage(GetLastError());
     }
     for (; !missing.empty(); missing.pop_back()) {
-        RemoveDirectoryW(missing.back().c_str());  // fails, as it should, if a program has created a file there
+        // Fails, as it should, if a program has created a file there.
+        RemoveDirectoryW(toutf16(missing.back()).c_str());
     }
     return obstacle;
 }
@@ -132,16 +136,12 @@ commandresult logging(const std::string& state) {
         const settingsmap change = {{switchname, makesetting(state == "on" ? 1u : 0u)}};
         written = currentplatform().writesettings(settingsscope::user, librarygroup(debugsettings::groupname), change);
     }
-    bool on = false;
-    bool groupread = true;
-    try {
-        on = debugsettings().logging();  // reads the registry again, unlike instance()
-    } catch (const std::range_error&) {
-        groupread = false;
+    const auto [on, reason, faults] = readlogstate();
+    findings found;
+    for (const auto& [why, text] : faults) {
+        found.add(area::logging, why, text);
     }
-    const std::vector<storedvalue> rows = storedvalues(debugsettings::groupname);
-    const std::string reason = switchreason(rows, groupread);
-    const std::vector<std::string> remarks = settingremarks(rows);
+    const std::vector<std::string> remarks = found.sentences(area::logging);
     const std::string path = logfilepath(currentplatform());
     const std::string obstacle = whylogisnotwritable(path);
 
@@ -154,7 +154,7 @@ commandresult logging(const std::string& state) {
         result.text += remark + "\n";
     }
     if (!state.empty()) {
-        result.text += "Programs that are running keep their setting until they are started again.\n";
+        result.text += "Running programs keep their setting until they are restarted.\n";
     }
     result.text += "Log file: " + path + "\n";
     result.text += obstacle.empty() ? "It can be written.\n" : "It cannot be written: " + obstacle + "\n";

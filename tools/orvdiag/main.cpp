@@ -7,6 +7,7 @@
 
 #include "tools/orvdiag/commandline.h"
 #include "tools/orvdiag/output.h"
+#include "tools/orvdiag/report.h"
 #include "tools/orvdiag/text.h"
 #include "tools/orvdiag/trial.h"
 
@@ -23,7 +24,7 @@ int run(const std::vector<std::string>& arguments) {
     }
     print(parsed.text);
     const int status = parsed.command ? parsed.command() : 0;
-    if (!print("")) {
+    if (!print("") && !parsed.writesfile) {
         printerror("standard output cannot be written");
         return 1;
     }
@@ -38,6 +39,10 @@ int wmain(int count, wchar_t** arguments) {
     try {
         if (count > 1 && arguments[1] == std::wstring(orvdiag::trialargument)) {
             return orvdiag::runtrial(count, arguments);
+        }
+        if (count > 1 && arguments[1] == std::wstring(orvdiag::partargument)) {
+            orvdiag::reservestandardoutput();
+            return orvdiag::runpart(count, arguments);
         }
         std::vector<std::string> utf8arguments;
         for (int i = 1; i < count; ++i) {

@@ -4,7 +4,6 @@
 #include <windows.h>
 
 #include <cstdio>
-#include <string>
 
 #include "orvsecutils/log/appendfile.h"
 
@@ -56,6 +55,10 @@ void reservestandardoutput() {
 bool print(std::string_view text) {
     failed = failed || !write(standardoutput, text);
     return !failed;
+}
+
+std::string jsontext(const json& data) {
+    return data.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
 }
 
 void printerror(std::string_view line) {

@@ -64,8 +64,11 @@ std::string systemmessage(unsigned long code) {
     while (units > 0 && message[units - 1] <= L' ') {
         --units;
     }
-    return toutf8lossy(std::wstring_view(message, units)) + (units > 0 ? " " : "") + "(code " + std::to_string(code) +
-           ")";
+    std::string text = toutf8lossy(std::wstring_view(message, units)) + (units > 0 ? " " : "");
+    if (const std::size_t place = text.find("%1"); place != std::string::npos) {
+        text.replace(place, 2, "the file");
+    }
+    return text + "(code " + std::to_string(code) + ")";
 }
 
 std::string table(const std::vector<std::vector<std::string>>& rows) {

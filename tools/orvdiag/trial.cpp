@@ -10,22 +10,28 @@
 
 #include "login/boundary/Handshake.h"
 #include "login/hosting/ClrRuntime.h"
+#include "login/hosting/LibraryFile.h"
 #include "login/loginRuntimeException.h"
+#include "orvsecutils/platform/platform.h"
 #include "orvsecutils/platform/unicode.h"
 #include "orvsecutils/platform/windows/handles.h"
+#include "tools/orvdiag/childprocess.h"
 #include "tools/orvdiag/text.h"
 
 namespace orvdiag {
 
-using orvsecutils::filehandle;
 using orvsecutils::kernelhandle;
 
 namespace {
 
 constexpr DWORD sharedunits = 32768;
-constexpr DWORD patiencemilliseconds = 60000;
+// The first start of the runtime on a slow disk, with a virus scanner, takes many seconds.
+constexpr DWORD loadseconds = 60;
+// A WMI service that has to start first answers within a few seconds.
+constexpr DWORD networkseconds = 20;
 constexpr wchar_t loadtask[] = L"load";
 constexpr wchar_t assembliestask[] = L"assemblies";
+constexpr wchar_t networktask[] = L"network";
 
 // Exit statuses of the trial process; any other means that it ended before it was done. Not 0 and 1, because the
 // library may end the process itself.
@@ -38,61 +44,33 @@ view map(HANDLE memory) {
     return view(static_cast<wchar_t*>(MapViewOfFile(memory, FILE_MAP_ALL_ACCESS, 0, 0, 0)));
 }
 
-std::wstring ownpath() {
-    std::wstring path(32768, L'\0');
-    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    return path;
-}
-
 std::wstring systemfolder() {
     wchar_t folder[MAX_PATH] = {};
     GetSystemDirectoryW(folder, MAX_PATH);
     return folder;
 }
 
-// The arguments are passed in one command line without escaping, so none may contain a quote; paths and names never do.
-trial runinanotherprocess(const std::vector<std::wstring>& arguments) {
-    SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
+trial runinanotherprocess(std::vector<std::wstring> arguments, DWORD limitseconds) {
     // The other process returns its text in shared memory: a pipe could fill up, and the runtime may write to standard
     // output and error.
     const kernelhandle memory(
-        CreateFileMappingW(INVALID_HANDLE_VALUE, &inherit, PAGE_READWRITE, 0, sharedunits * sizeof(wchar_t), nullptr));
+        CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, sharedunits * sizeof(wchar_t), nullptr));
     const view text = map(memory.get());
-    const filehandle nowhere(CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                         &inherit, OPEN_EXISTING, 0, nullptr));
-    if (!text || !nowhere) {
-        return {false, systemmessage(GetLastError())};
+    if (!text) {
+        return {false, false, systemmessage(GetLastError())};
     }
-    const std::wstring program = ownpath();
-    std::wstring commandline = L"\"" + program + L"\" " + trialargument + L" " +
-                               std::to_wstring(reinterpret_cast<std::uintptr_t>(memory.get()));
-    for (const std::wstring& argument : arguments) {
-        commandline += L" \"" + argument + L"\"";
+    arguments.insert(arguments.begin(),
+                     {trialargument, std::to_wstring(reinterpret_cast<std::uintptr_t>(memory.get()))});
+    const childprocess child = runchild(arguments, nullptr, memory.get(), limitseconds);
+    if (!child.ended) {
+        return {false, false, child.reason};
     }
-    STARTUPINFOW start = {};
-    start.cb = sizeof start;
-    start.dwFlags = STARTF_USESTDHANDLES;
-    start.hStdInput = start.hStdOutput = start.hStdError = nowhere.get();
-    PROCESS_INFORMATION info = {};
-    // In the system's folder, because Windows also searches the current folder for DLLs.
-    if (!CreateProcessW(program.c_str(), commandline.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr,
-                        systemfolder().c_str(), &start, &info)) {
-        return {false, "the process to try it in cannot be started: " + systemmessage(GetLastError())};
-    }
-    const kernelhandle process(info.hProcess);
-    const kernelhandle thread(info.hThread);
-    if (WaitForSingleObject(process.get(), patiencemilliseconds) != WAIT_OBJECT_0) {
-        TerminateProcess(process.get(), failed);
-        return {false, "does not finish within a minute"};
-    }
-    DWORD status = 0;
-    GetExitCodeProcess(process.get(), &status);
-    if (status != succeeded && status != failed) {
+    if (child.status != succeeded && child.status != failed) {
         wchar_t code[16];
-        std::swprintf(code, std::size(code), L"0x%08lX", status);
-        return {false, "ends the process (status " + toutf8lossy(std::wstring_view(code)) + ")"};
+        std::swprintf(code, std::size(code), L"0x%08lX", child.status);
+        return {false, false, "terminated the trial process (status " + toutf8lossy(std::wstring_view(code)) + ")"};
     }
-    return {status == succeeded, toutf8lossy(std::wstring_view(text.get()))};
+    return {child.status == succeeded, true, toutf8lossy(std::wstring_view(text.get()))};
 }
 
 // The imports of the DLL at `path` that cannot be loaded, with the reasons.
@@ -110,10 +88,20 @@ std::wstring missingimports(const std::wstring& path) {
         const std::string_view name = reinterpret_cast<const char*>(base + row->Name);
         const std::wstring file(name.begin(), name.end());
         // Searches as for a program in the library's folder; a plain LoadLibrary would start in this program's folder.
-        if (!GetModuleHandleW(file.c_str()) &&
-            !LoadLibraryExW((folder + file).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH) &&
-            !LoadLibraryExW(file.c_str(), nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32)) {
+        HMODULE module = GetModuleHandleW(file.c_str());
+        module = module ? module : LoadLibraryExW((folder + file).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+        module = module ? module : LoadLibraryExW((systemfolder() + L"\\" + file).c_str(), nullptr, 0);
+        if (!module) {
             text += L"; it needs " + file + L": " + orvsecutils::toutf16(systemmessage(GetLastError()));
+            continue;
+        }
+        for (auto entry = reinterpret_cast<const IMAGE_THUNK_DATA*>(base + row->OriginalFirstThunk);
+             entry->u1.AddressOfData != 0; ++entry) {
+            const auto function = reinterpret_cast<const IMAGE_IMPORT_BY_NAME*>(base + entry->u1.AddressOfData);
+            if (!IMAGE_SNAP_BY_ORDINAL(entry->u1.Ordinal) && !GetProcAddress(module, function->Name)) {
+                const std::string_view symbol = function->Name;
+                text += L"; " + file + L" lacks " + std::wstring(symbol.begin(), symbol.end());
+            }
         }
     }
     return text;
@@ -138,15 +126,22 @@ bool load(const std::wstring& path, const std::wstring& exported, std::wstring& 
 
 trial tryloading(const std::wstring& path, const char* exported) {
     const std::string_view name = exported;
-    return runinanotherprocess({loadtask, path, std::wstring(name.begin(), name.end())});
+    return runinanotherprocess({loadtask, path, std::wstring(name.begin(), name.end())}, loadseconds);
 }
 
 trial tryassemblies(const std::wstring& path, const std::wstring& library) {
-    return runinanotherprocess({assembliestask, path, library});
+    return runinanotherprocess({assembliestask, path, library}, loadseconds);
+}
+
+trial trynetworkaddress() {
+    return runinanotherprocess({networktask, L"", L""}, networkseconds);
 }
 
 int runtrial(int count, wchar_t** arguments) {
-    const view shared = count < 6 ? nullptr : map(reinterpret_cast<HANDLE>(std::wcstoul(arguments[2], nullptr, 10)));
+    const view shared =
+        count < 6
+            ? nullptr
+            : map(reinterpret_cast<HANDLE>(static_cast<std::uintptr_t>(std::wcstoull(arguments[2], nullptr, 10))));
     if (!shared) {
         return 2;
     }
@@ -157,11 +152,13 @@ int runtrial(int count, wchar_t** arguments) {
     bool good = true;
     if (task == loadtask) {
         good = load(arguments[4], arguments[5], text);
+    } else if (task == networktask) {
+        text = orvsecutils::toutf16(orvsecutils::currentplatform().macaddress());
     } else {
         try {
             OrvelLoginClientCLR::enterManagedPart(arguments[5], arguments[4]);
             OrvelLoginClientCLR::executeInDefaultAppDomain(
-                arguments[4], L"OrvelLoginClientCLR.Inspection", L"Inspect",
+                OrvelLoginClientCLR::withoutLongPathPrefix(arguments[4]), L"OrvelLoginClientCLR.Inspection", L"Inspect",
                 std::to_wstring(reinterpret_cast<std::uintptr_t>(shared.get())) + L"," + std::to_wstring(sharedunits));
         } catch (const loginRuntimeException& failure) {
             good = false;

@@ -9,6 +9,7 @@ namespace orvdiag {
 /// The result of a trial.
 struct trial {
     bool succeeded;
+    bool finished;     ///< false if the process crashed, ended early or did not end
     std::string text;  ///< what was found out; after a failure, the reason
 };
 
@@ -19,6 +20,9 @@ trial tryloading(const std::wstring& path, const char* exported);
 /// the login manager's assemblies and look for the members that the library calls. After success the text is the output
 /// of `Inspection` in login/managed/.
 trial tryassemblies(const std::wstring& path, const std::wstring& library);
+
+/// Asks WMI for the network address, as `platform::macaddress` does.
+trial trynetworkaddress();
 
 /// The first argument of such a process.
 inline constexpr wchar_t trialargument[] = L"--trial";

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include "orvsecutils/platform/unicode.h"
+#include "tests/support/sandbox.h"
+#include "tools/orvdiag/storedvalues.h"
+
+inline const std::string one("\1\0\0\0", 4);
+inline const std::string zero(4, '\0');
+inline const std::string broken = bytesof({L"x\xDC00\0", 3});
+constexpr auto user = orvdiag::registrylocation::user, machine = orvdiag::registrylocation::machine,
+               machine32 = orvdiag::registrylocation::machine32;
+
+/// Runs the tool with settings and a log of the test's own.
+class Orvdiag : public testing::Test {
+protected:
+    program::result run(const std::wstring& arguments) { return box.run("orvdiag.exe", arguments); }
+
+    void plant(orvdiag::registrylocation location, const std::wstring& name, DWORD type, const std::string& data,
+               const std::string& group = "Debug") {
+        rawkey(location == user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE, location == machine32 ? view32 : view64,
+               "software\\Orvel\\LoginManager\\" + group)
+            .write(name, type, data);
+    }
+
+    sandbox box;
+    const std::filesystem::path profile = box.folder().parent_path().parent_path();
+    const std::string log = orvsecutils::toutf8(box.log().native());
+};
