@@ -16,9 +16,10 @@ def literal(cell):
 header.parent.mkdir(parents=True, exist_ok=True)
 header.write_text(encoding="utf-8", data="""#pragma once
 
-#include "tools/orvdiag/grade.h"
-
 namespace orvdiag {
+
+/// How good a finding is, from the best to the worst.
+enum class grade { ok, warn, fail };
 
 /// What `orvdiag check` can find.
 enum class cause { %s };

@@ -62,20 +62,14 @@ struct libraryfile {
     std::optional<std::string> bytes;
     std::optional<image> headers;
     std::string version;
-    bool frominternet;
-    bool onnetwork;
 };
 
 libraryfile open(const std::wstring& folder, const std::string& name) {
-    libraryfile file = {name, folder + L"\\" + toutf16(name), {}, {}, {}, false, false};
+    libraryfile file = {name, folder + L"\\" + toutf16(name), {}, {}, {}};
     file.bytes = readfile(file.path);
     if (file.bytes) {
-        const DWORD unchanged = GetLastError();
         file.headers = readimage(*file.bytes);
         file.version = fileversion(*file.bytes);
-        file.frominternet = isfrominternet(file.path);
-        file.onnetwork = isonnetwork(file.path);
-        SetLastError(unchanged);
     }
     return file;
 }
@@ -138,10 +132,10 @@ private:
         if (!compare(file)) {
             return fault(cause::filedamaged, "its content differs from the file that was built");
         }
-        if (file.frominternet) {
+        if (isfrominternet(file.path)) {
             fault(cause::fileblocked, "");
         }
-        if (file.onnetwork) {
+        if (isonnetwork(file.path)) {
             fault(cause::fileremote, "");
         }
         if (managed && OrvelLoginClientCLR::withoutLongPathPrefix(file.path).size() >= MAX_PATH) {
@@ -307,18 +301,22 @@ commandresult listfiles(const std::wstring& folder) {
     for (const std::string& name : names) {
         const libraryfile file = open(folder, name);
         if (file.bytes) {
-            const bool issigned = file.headers && file.headers->issigned;
-            const std::string digest = sha256(*file.bytes);
-            lines.push_back({name, file.version, std::to_string(file.bytes->size()), digest,
-                             std::string(issigned ? "signed " : "") + (file.frominternet ? "from-internet " : "") +
-                                 (file.onnetwork ? "on-network" : "")});
-            result.data.push_back({{"file", name},
-                                   {"version", file.version},
-                                   {"bytes", file.bytes->size()},
-                                   {"sha256", digest},
-                                   {"signed", issigned},
-                                   {"frominternet", file.frominternet},
-                                   {"onnetwork", file.onnetwork}});
+            json row = {{"file", name},
+                        {"version", file.version},
+                        {"bytes", file.bytes->size()},
+                        {"sha256", sha256(*file.bytes)},
+                        {"remarks", json::array()}};
+            std::string remarks;
+            for (const auto& [remark, applies] : {std::pair{"signed", file.headers && file.headers->issigned},
+                                                  std::pair{"from the internet", isfrominternet(file.path)},
+                                                  std::pair{"on a network drive", isonnetwork(file.path)}}) {
+                if (applies) {
+                    row["remarks"].push_back(remark);
+                    remarks += (remarks.empty() ? "" : ", ") + std::string(remark);
+                }
+            }
+            lines.push_back({name, file.version, row["bytes"].dump(), row["sha256"], remarks});
+            result.data.push_back(std::move(row));
         }
     }
     result.text = table(lines);
