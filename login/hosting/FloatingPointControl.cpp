@@ -10,8 +10,6 @@ namespace {
 // new thread.
 constexpr FloatingPointControl runtimeControl = {0x027F, 0x1F80};
 
-// A 64-bit process computes with SSE, so there the x87 control is neither read nor changed.
-constexpr bool usesX87 = sizeof(void*) == 4;
 constexpr std::uint16_t x87Masks = 0x003F;
 constexpr std::uint32_t sseFlags = 0x003F;  // status flags of earlier operations, not control
 
@@ -47,23 +45,17 @@ const HostControls hostControls;
 }  // namespace
 
 FloatingPointControl FloatingPointControl::current() noexcept {
-    FloatingPointControl control = runtimeControl;
-    if (usesX87) {
-        __asm__ volatile("fnstcw %0" : "=m"(control.x87));
-    }
-    __asm__ volatile("stmxcsr %0" : "=m"(control.sse));
+    FloatingPointControl control;
+    __asm__ volatile("fnstcw %0\n\tstmxcsr %1" : "=m"(control.x87), "=m"(control.sse));
     return control;
 }
 
 void FloatingPointControl::apply() const noexcept {
-    if (usesX87) {
-        // A pending flag that managed code left would raise its exception as soon as it is unmasked.
-        if ((x87 & x87Masks) != x87Masks) {
-            __asm__ volatile("fnclex");
-        }
-        __asm__ volatile("fldcw %0" : : "m"(x87));
+    // A pending flag that managed code left would raise its exception as soon as it is unmasked.
+    if ((x87 & x87Masks) != x87Masks) {
+        __asm__ volatile("fnclex");
     }
-    __asm__ volatile("ldmxcsr %0" : : "m"(sse));
+    __asm__ volatile("fldcw %0\n\tldmxcsr %1" : : "m"(x87), "m"(sse));
 }
 
 ManagedCodeScope::ManagedCodeScope() noexcept : host(FloatingPointControl::current()) {

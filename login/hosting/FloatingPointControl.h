@@ -20,7 +20,8 @@ struct FloatingPointControl {
 /// restores those of the host at the end.
 ///
 /// Hosts differ: C++ compilers compute with 64 or 53 bits, and Delphi unmasks floating-point exceptions, which crash
-/// managed code. Also, the runtime may change the control words of a thread that enters it for the first time.
+/// managed code. Also, the runtime may change the control words of a thread that enters it for the first time, and that
+/// of x87 even in a 64-bit process, where it does not compute with it.
 class ManagedCodeScope {
 public:
     ManagedCodeScope() noexcept;

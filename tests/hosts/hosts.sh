@@ -16,14 +16,14 @@ configure_and_build() { # CMAKE-OPTION...
   cmake --build .
 }
 
-triple=i686-w64-mingw32
-[ "$architecture" = x86 ] || triple=x86_64-w64-mingw32
+triple=i686-w64-mingw32 bits=32
+[ "$architecture" = x86 ] || triple=x86_64-w64-mingw32 bits=64 hosts=$hosts_x64
 
 # The commands that docs/integration.md gives under a heading: verbatim, or with the names for 64 bits.
 commands_of() { # HEADING
   # shellcheck disable=SC2016  # the backquotes are the page's
   sed -n "/^### $1\$/,/^##/p" "$source/docs/integration.md" | sed -n '/^```sh$/,/^```$/{/^```/d;p}' |
-    sed "s/i686-w64-mingw32/$triple/; s/-platform:x86/-platform:$architecture/"
+    sed "s/i686-w64-mingw32/$triple/; s/-platform:x86/-platform:$architecture/; s/-Twin32/-Twin$bits/"
 }
 # Debian's fpc makes no Windows programs.
 # shellcheck disable=SC2317  # the page's commands call it
@@ -45,7 +45,9 @@ case $compiler in
         $(PKG_CONFIG_PATH=$package/lib/pkgconfig pkg-config --cflags --libs $name)"
     done
     ;;
-  clang-cl) configure_and_build "-DCMAKE_TOOLCHAIN_FILE=$source/tests/hosts/clang-cl/clang-cl.cmake" "-DHOSTS=$hosts" ;;
+  clang-cl)
+    configure_and_build "-DCMAKE_TOOLCHAIN_FILE=$source/tests/hosts/clang-cl/clang-cl.cmake" "-DHOSTS=$hosts" "-DBITS=$bits"
+    ;;
   *) eval "$(commands_of "$heading")" ;;
 esac
 cp -r "$build/bin/OrvelLoginManagerClient" .
@@ -113,7 +115,7 @@ begin
     Client.Login.StatusDescription, '; ', Client.GetLoggedInUser(True).StatusDescription);
 end.
 END
-  fpc -Twin32 -Fu"$PACKAGE/bindings/pascal" -FU. -orest rest.pas
+  fpc -Twin$bits -Fu"$PACKAGE/bindings/pascal" -FU. -orest rest.pas
   expect 'what the examples do not show' "$expected" "$(ends rest 'formatAccessURL=echo')"
 fi
 

@@ -158,8 +158,7 @@ TEST(EveryMember, KeepsTheHostsFloatingPointControlAndGivesItToItsCallbacks) {
         last.stopDNMListener();
         seen.clear();
         onOtherThreads.signIn();
-        // For 64 bits the x87 control is left alone.
-        EXPECT_THAT(seen, ElementsAre(sizeof(void*) == 8 ? Control(seen.at(0).x87, hosts.sse) : hosts));
+        EXPECT_THAT(seen, ElementsAre(hosts));
         const Steered twice(L"events=twice");
         static LoginManagerClient* current;
         LoginManagerClient calling(

@@ -15,7 +15,11 @@ for script in "$source"/script/*; do
   same "the status of $name --nonsense" 2 "$(status_of "$script" --nonsense)"
 done
 same "the status of build with a surplus argument" 2 "$(status_of "$source/script/build" mingw-x86-release x)"
+mkdir 'a;b' && cp -r "$source/script" 'a;b/'
+same "the status of setup in a folder that cannot work" 1 "$(status_of 'a;b/script/setup')"
+expect "setup says what to do" grep -q 'move it' output
 expect "wine-run reports that there is no such program" [ "$(status_of "$source/script/wine-run" no.exe)" != 0 ]
+same "what wine-run adds to standard error" "" "$(env -u XDG_RUNTIME_DIR "$source/script/wine-run" cmd /c exit 2>&1)"
 same "a program's own status" 7 "$(status_of "$source/script/wine-run" cmd /c exit 7)"
 
 expect "the caller's WINEDEBUG counts" grep -q trace: <(WINEDEBUG=+module "$source/script/wine-run" cmd /c exit 2>&1)

@@ -1,9 +1,14 @@
 # Builds programs for Microsoft's ABI without Microsoft's tools: with clang-cl and lld, libc++'s headers and Wine's C library.
-# -DHOSTS=... names the folder that script/hosts/build made.
+# -DHOSTS=... names the folder that script/hosts/build made, -DBITS=... is 32 or 64.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86)
+set(processor i686)
+if(BITS EQUAL 64)
+  set(CMAKE_SYSTEM_PROCESSOR AMD64)
+  set(processor x86_64)
+endif()
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
-set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES HOSTS)
+set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES HOSTS BITS)
 
 # The folder of Debian's default LLVM has all of its tools, under names without a version.
 file(REAL_PATH /usr/bin/clang clang)
@@ -16,7 +21,7 @@ set(CMAKE_MT ${llvm}/llvm-mt)
 execute_process(COMMAND ${clang} -print-resource-dir OUTPUT_VARIABLE builtin OUTPUT_STRIP_TRAILING_WHITESPACE)
 set(folders "-imsvc ${CMAKE_CURRENT_LIST_DIR}/include -imsvc ${builtin}/include -imsvc ${HOSTS}/wine/include/msvcrt \
 -imsvc ${HOSTS}/wine/include/windows")
-set(common "-nobuiltininc --target=i686-pc-windows-msvc -fms-compatibility-version=19.20 /GS- /Zl /W4 /WX")
+set(common "-nobuiltininc --target=${processor}-pc-windows-msvc -fms-compatibility-version=19.20 /GS- /Zl /W4 /WX")
 set(CMAKE_C_FLAGS_INIT "${common} ${folders}")
 set(CMAKE_CXX_FLAGS_INIT "${common} /EHsc -imsvc ${llvm}/../include/c++/v1 ${folders} -D_LIBCPP_NO_VCRUNTIME \
 -D_LIBCPP_NO_AUTO_LINK -D_LIBCPP_DISABLE_EXTERN_TEMPLATE -D_LIBCPP_DISABLE_VISIBILITY_ANNOTATIONS")
