@@ -8,6 +8,7 @@
 #include <set>
 #include <sstream>
 
+#include "login/hosting/ClrRuntime.h"
 #include "login/hosting/LibraryFile.h"
 #include "orvsecutils/platform/unicode.h"
 #include "orvsecutils/platform/windows/handles.h"
@@ -223,7 +224,8 @@ private:
             const auto startswith = [&opening](const char* text) { return opening.text.rfind(text, 0) == 0; };
             if (opening.succeeded) {
                 lines = opening.text;
-                found.good(area::framework, "v4.0.30319 starts and runs the managed part");
+                found.good(area::framework, toutf8lossy(std::wstring_view(OrvelLoginClientCLR::runtimeVersion)) +
+                                                " starts and runs the managed part");
             } else {
                 found.add(area::framework,
                           !opening.finished || startswith("the .NET Framework 4 runtime") ? cause::frameworkfails

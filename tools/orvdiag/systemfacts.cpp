@@ -10,6 +10,7 @@
 #include <memory>
 #include <utility>
 
+#include "login/hosting/ClrRuntime.h"
 #include "orvsecutils/platform/windows/handles.h"
 #include "tools/orvdiag/diskfile.h"
 #include "tools/orvdiag/image.h"
@@ -110,8 +111,8 @@ commandresult systemfacts() {
                             {"update revision ", L"UBR"}},
                            name)},
         {"netframework4", joined(framework, {{"", L"Version"}, {"release ", L"Release"}})},
-        {"clr.dll", versionof(std::wstring(folder) + L"\\Microsoft.NET\\Framework" + (is64bit ? L"64" : L"") +
-                              L"\\v4.0.30319\\clr.dll")},
+        {"clr.dll", versionof(std::wstring(folder) + L"\\Microsoft.NET\\Framework" + (is64bit ? L"64" : L"") + L"\\" +
+                              OrvelLoginClientCLR::runtimeVersion + L"\\clr.dll")},
         // On 64-bit Windows the system redirects a 32-bit process to SysWOW64.
         {"mscoree.dll", versionof(folder + std::wstring(L"\\System32\\mscoree.dll"))},
         {"elevated", iselevated() ? "yes" : "no"},
