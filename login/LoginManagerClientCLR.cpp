@@ -6,14 +6,7 @@
 
 namespace OrvelLoginClientCLR {
 
-void (*myLoginHandler)() = nullptr;
-void (*myLogoutHandler)() = nullptr;
-
 namespace {
-
-// The control of the thread that created the last bridge. Callbacks run with it on threads that the runtime created,
-// which have no control of the host's.
-FloatingPointControl hostControl = FloatingPointControl::current();
 
 StringArgument argument(const std::wstring& string) {
     return {string.data(), managedLength(string.size())};
@@ -23,22 +16,16 @@ std::wstring converted(const ManagedString& string, NullRule nullRule) {
     return nullRule == nullIsEmpty ? string.toNativeOrEmpty() : string.toNative();
 }
 
-void raise(void (*handler)()) noexcept {
-    if (handler) {
-        const HostCodeScope host(hostControl);
-        handler();
-    }
+// Calls the host's function, which is the context.
+void __stdcall relay(void* hostCallback) {
+    reinterpret_cast<void (*)()>(hostCallback)();
+}
+
+Callback callback(void (*hostCallback)()) {
+    return {hostCallback ? &relay : nullptr, reinterpret_cast<void*>(hostCallback)};
 }
 
 }  // namespace
-
-void LoginEventHandler() noexcept {
-    raise(myLoginHandler);
-}
-
-void LogoutEventHandler() noexcept {
-    raise(myLogoutHandler);
-}
 
 std::int32_t getLangCode(uiLang langIn) {
     const auto value = static_cast<std::int32_t>(langIn);
@@ -67,18 +54,23 @@ ManagedClient::~ManagedClient() {
     }
 }
 
-LoginManagerClientCLR::LoginManagerClientCLR(void (*loginCallBack)(), void (*logoutCallBack)(), uiLang langIn) {
-    myLoginHandler = loginCallBack;
-    myLogoutHandler = logoutCallBack;
-    hostControl = FloatingPointControl::current();
-    managerMembers();
+ManagerHandle createManager(const Callbacks& callbacks, uiLang language) {
+    setCallbacks(callbacks);
+    const ManagerMembers& members = managerMembers();
     // After binding, so that a library without a usable manager can still be unloaded; but before the manager exists,
     // because its events call into this library.
     pinLibrary();
-    ManagedCreation creation = {loginCallBack ? &LoginEventHandler : nullptr,
-                                logoutCallBack ? &LogoutEventHandler : nullptr, getLangCode(langIn)};
-    call(&ManagerMembers::create, &creation);
-    managedClient.adopt(creation.manager);
+    ManagedCreation creation = {callbacks.login.function ? &LoginEventHandler : nullptr,
+                                callbacks.logout.function ? &LogoutEventHandler : nullptr, getLangCode(language)};
+    ManagedFailure failure;
+    if (!callManaged(members.create.call, 0, nullptr, nullptr, &creation, failure)) {
+        throwUntranslated(failure);
+    }
+    return creation.manager;
+}
+
+LoginManagerClientCLR::LoginManagerClientCLR(void (*loginCallBack)(), void (*logoutCallBack)(), uiLang langIn) {
+    managedClient.adopt(createManager({callback(loginCallBack), callback(logoutCallBack)}, langIn));
 }
 
 // Without a manager, a member behaves as if the manager had returned null, except where noted.

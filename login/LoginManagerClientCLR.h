@@ -2,23 +2,14 @@
 
 #include <string>
 
+#include "login/Callbacks.h"
 #include "login/LoginResponse.h"
 #include "login/boundary/ManagedPart.h"
-#include "login/hosting/FloatingPointControl.h"
 #include "login/loginManagerException.h"
 #include "login/uiLang.h"
 
 /// The bridge between the native client and the managed login manager.
 namespace OrvelLoginClientCLR {
-
-/// The host's callbacks. Process-wide: each new bridge overwrites both, even with null.
-extern void (*myLoginHandler)();
-extern void (*myLogoutHandler)();
-
-/// The manager's event handlers, called on whatever thread it raises the events. Each calls the callback that is
-/// currently in its slot, with the host's floating-point control.
-void LoginEventHandler() noexcept;
-void LogoutEventHandler() noexcept;
 
 /// The manager's number of a language: 0 to 13 are unchanged, anything else becomes 0.
 std::int32_t getLangCode(uiLang langIn);
@@ -47,6 +38,9 @@ private:
     ManagerHandle handle = 0;
 };
 
+/// Creates a manager, for whose events `callbacks` are called from now on. Throws `loginRuntimeException`.
+ManagerHandle createManager(const Callbacks& callbacks, uiLang language);
+
 /// The bridge to one managed login manager. Each function calls a member of one shape; the member's row says what
 /// becomes of the manager's exception and of a null. `first`, `second`, `argument`: the strings that the member takes.
 class LoginManagerClientCLR {
@@ -57,9 +51,6 @@ public:
     std::wstring string(Member member, const std::wstring* argument = nullptr);
     void command(Member member, const std::wstring* first = nullptr, const std::wstring* second = nullptr);
     bool test(Member member, const std::wstring& argument);
-
-    /// The manager, for the plain functions, which call its members themselves and keep failures as data.
-    ManagerHandle manager() const { return managedClient.get(); }
 
 private:
     void call(Member member, void* result, const std::wstring* first = nullptr, const std::wstring* second = nullptr);

@@ -7,7 +7,7 @@ set(package_files ${CMAKE_INSTALL_LIBDIR}/cmake/orvellogin)
 
 install(TARGETS orvellogin orvelloginc orvellogin_client EXPORT orvellogin)
 install(FILES ${import_files} DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY login/include/ login/client TYPE INCLUDE)
+install(DIRECTORY login/include/ TYPE INCLUDE)
 install(FILES login/c/orvelloginc.h ${orvellogin_BINARY_DIR}/login/include/orvelloginversion.h TYPE INCLUDE)
 install(PROGRAMS ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/OrvelLoginClientCLR.dll ${runtime_files} TYPE BIN)
 if(TARGET orvdiag)
@@ -34,7 +34,7 @@ endfunction()
 set(plain_functions "\"\${libdir}/liborvelloginc.dll.a\"")
 orvellogin_add_pkg_config(orvellogin "The class that orvellogin.dll exports" "-I\"\${includedir}\"" "-L\"\${libdir}\" -lorvellogin")
 orvellogin_add_pkg_config(orvellogin-client "The header-only class over orvelloginc.dll"
-  "-I\"\${includedir}/client\" -I\"\${includedir}\"" "${plain_functions}")
+  "-DORVELLOGIN_HEADER_ONLY -I\"\${includedir}\"" "${plain_functions}")
 orvellogin_add_pkg_config(orvellogin-c "The plain functions of orvelloginc.dll" "-I\"\${includedir}\"" "${plain_functions}")
 
 install(FILES cmake/Deploy.cmake DESTINATION ${package_files} RENAME orvelloginDeploy.cmake)

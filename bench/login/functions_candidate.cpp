@@ -11,51 +11,41 @@ orvellogin_client* client;
 const std::wstring url(100, L'u');
 std::wstring token;
 
-void signIn(int calls, const wchar_t* password) {
+template <class Call>
+void repeat(int calls, Call call) {
     for (int i = 0; i < calls; ++i) {
-        orvellogin_response user;
-        user.size = sizeof user;
-        orvellogin_failure failure;
-        failure.size = sizeof failure;
-        orvellogin_loginWithPassword(client, L"ada@example.com", -1, password, -1, &user, &failure);
-        orvellogin_clearResponse(&user);
-        orvellogin_clearFailure(&failure);
+        call();
     }
+}
+
+void signIn(const wchar_t* password) {
+    const orvellogin_response* user;
+    orvellogin_loginWithPassword(client, L"ada@example.com", -1, password, -1, &user);
 }
 
 }  // namespace
 
 extern "C" __declspec(dllexport) Candidate candidate() {
-    orvellogin_create(nullptr, nullptr, nullptr, nullptr, 0, &client, nullptr);
-    signIn(1, L"analytical engine");
-    orvellogin_DunmoreLoginBrowser(client, L"https://dunmore.example.com", -1, L"bench", -1, nullptr);
-    wchar_t* text;
-    orvellogin_getDNMAccessToken(client, &text, nullptr);
-    token = text;
-    orvellogin_free(text);
+    orvellogin_create(nullptr, &client);
+    signIn(L"analytical engine");
+    orvellogin_DunmoreLoginBrowser(client, L"https://dunmore.example.com", -1, L"bench", -1);
+    static orvellogin_string result;
+    orvellogin_getDNMAccessToken(client, &result);
+    token = result.units;
     return {
+        [](int calls) { repeat(calls, [] { orvellogin_getAccessToken(client, &result); }); },
         [](int calls) {
-            for (int i = 0; i < calls; ++i) {
-                wchar_t* result;
-                orvellogin_getAccessToken(client, &result, nullptr);
-                orvellogin_free(result);
-            }
+            repeat(calls,
+                   [] { orvellogin_formatAccessUrl(client, url.data(), static_cast<int>(url.size()), &result); });
         },
         [](int calls) {
-            for (int i = 0; i < calls; ++i) {
-                wchar_t* result;
-                orvellogin_formatAccessUrl(client, url.data(), static_cast<int>(url.size()), &result, nullptr);
-                orvellogin_free(result);
-            }
-        },
-        [](int calls) {
-            for (int i = 0; i < calls; ++i) {
+            repeat(calls, [] {
                 int expired;
-                orvellogin_isDunmorePlatformTokenExpired(client, token.data(), static_cast<int>(token.size()), &expired,
-                                                         nullptr);
-            }
+                orvellogin_isDunmorePlatformTokenExpired(client, token.data(), static_cast<int>(token.size()),
+                                                         &expired);
+            });
         },
-        [](int calls) { signIn(calls, L"analytical engine"); },
-        [](int calls) { signIn(calls, L"difference engine"); },
+        [](int calls) { repeat(calls, [] { signIn(L"analytical engine"); }); },
+        [](int calls) { repeat(calls, [] { signIn(L"difference engine"); }); },
     };
 }

@@ -4,7 +4,7 @@
 
 #include <oleauto.h>
 
-#include <new>
+#include <cstring>
 #include <utility>
 
 #include "login/hosting/RuntimeFailure.h"
@@ -13,12 +13,29 @@
 namespace OrvelLoginClientCLR {
 
 ManagedString::~ManagedString() {
+    clear();
+}
+
+void ManagedString::clear() noexcept {
     if (length > 0) {
         wipe(bstr ? bstr : buffer, static_cast<std::size_t>(length));
     }
     if (bstr) {
-        SysFreeString(bstr);
+        SysFreeString(std::exchange(bstr, nullptr));
     }
+    length = -1;
+}
+
+void ManagedString::take(ManagedString& other) noexcept {
+    clear();
+    bstr = std::exchange(other.bstr, nullptr);
+    length = other.length;
+    if (!bstr && length >= 0) {
+        std::memcpy(buffer, other.buffer, static_cast<std::size_t>(length) * sizeof *buffer);
+        buffer[length] = 0;
+        other.clear();
+    }
+    other.length = -1;
 }
 
 std::wstring ManagedString::toNative() const {
@@ -30,24 +47,6 @@ std::wstring ManagedString::toNative() const {
 
 std::wstring ManagedString::toNativeOrEmpty() const {
     return isNull() ? std::wstring() : std::wstring(chars(), static_cast<std::size_t>(length));
-}
-
-wchar_t* ManagedString::detachBstr() {
-    if (isNull()) {
-        return nullptr;
-    }
-    if (!bstr) {
-        wchar_t* const made = SysAllocStringLen(buffer, static_cast<UINT>(length));
-        if (!made) {
-            throw std::bad_alloc();
-        }
-        // Wiped here, because the destructor of a null string wipes nothing.
-        wipe(buffer, static_cast<std::size_t>(length));
-        length = -1;
-        return made;
-    }
-    length = -1;
-    return std::exchange(bstr, nullptr);
 }
 
 }  // namespace OrvelLoginClientCLR

@@ -31,9 +31,11 @@ public:
     /// The text, or an empty string for a null.
     std::wstring toNativeOrEmpty() const;
 
-    /// Moves the text into a BSTR, which the caller frees, and makes this string null. Returns null for a null. Throws
-    /// `std::bad_alloc` and is then unchanged.
-    wchar_t* detachBstr();
+    /// Moves the text of `other` here, zero-terminated, and makes `other` null. Wipes what either held before.
+    void take(ManagedString& other) noexcept;
+
+    /// Wipes the text and makes this string null.
+    void clear() noexcept;
 
 private:
     static constexpr std::int32_t capacity = 256;

@@ -2,20 +2,19 @@
 
 #include <windows.h>
 
-#include <oleauto.h>
-
+#include <algorithm>
 #include <atomic>
+#include <cstdio>
 #include <cstring>
 #include <cwchar>
+#include <initializer_list>
 #include <memory>
-#include <mutex>
 #include <new>
-#include <set>
 #include <string>
-#include <tuple>
 
-#include "login/LoginManagerClient.h"
+#include "login/Callbacks.h"
 #include "login/LoginManagerClientCLR.h"
+#include "login/boundary/ManagedPart.h"
 #include "login/hosting/RuntimeFailure.h"
 #include "login/hosting/Wiping.h"
 
@@ -23,135 +22,25 @@ using namespace OrvelLoginClientCLR;
 
 namespace {
 
-// One client's callbacks with their contexts.
-struct Callbacks {
-    orvellogin_callback login;
-    void* loginContext;
-    orvellogin_callback logout;
-    void* logoutContext;
-
-    bool operator<(const Callbacks& other) const {
-        return std::tie(login, loginContext, logout, logoutContext) <
-               std::tie(other.login, other.loginContext, other.logout, other.logoutContext);
-    }
+// A string argument as the caller passes it.
+struct Input {
+    const wchar_t* units;
+    int length;
 };
 
-// The one shared copy of these callbacks. Never freed, because an event on another thread may be reading it.
-const Callbacks* sharedCallbacks(const Callbacks& callbacks) {
-    static std::mutex& guard = *new std::mutex;
-    static std::set<Callbacks>& all = *new std::set<Callbacks>;
-    const std::lock_guard<std::mutex> lock(guard);
-    return &*all.insert(callbacks).first;
-}
-
-// The callbacks of the client whose manager was created last. One pointer, so that an event never calls the function of
-// one client with the context of another.
-std::atomic<const Callbacks*> currentCallbacks{nullptr};
-
-void onLogin() {
-    const Callbacks* callbacks = currentCallbacks;
-    if (callbacks->login) {
-        callbacks->login(callbacks->loginContext);
-    }
-}
-
-void onLogout() {
-    const Callbacks* callbacks = currentCallbacks;
-    if (callbacks->logout) {
-        callbacks->logout(callbacks->logoutContext);
-    }
-}
-
-}  // namespace
-
-struct orvellogin_client {
-    orvellogin_client(const Callbacks& callbacksIn, int language)
-        : callbacks(sharedCallbacks(callbacksIn)),
-          client(callbacksIn.login ? &onLogin : nullptr, callbacksIn.logout ? &onLogout : nullptr,
-                 static_cast<uiLang>(language)) {}
-
-    // The client's bridge. Creating it makes this client's callbacks the current ones.
-    LoginManagerClientCLR& bridge() {
-        if (!client.bridge) {
-            currentCallbacks = callbacks;
-        }
-        LoginManagerClientCLR* const created = client.getLoginMgrClient();
-        if (!created) {
-            throw std::bad_alloc();
-        }
-        return *created;
-    }
-
-    // Stores a text from the manager; a null is stored as an empty text.
-    void storeText(wchar_t** target, ManagedString& text) const {
-        if (receiver) {
-            if (!(text.isNull() ? receiver(target, L"", 0) : receiver(target, text.chars(), text.units()))) {
-                throw std::bad_alloc();
-            }
-            return;
-        }
-        *target = text.isNull() ? SysAllocStringLen(L"", 0) : text.detachBstr();
-        if (!*target) {
-            throw std::bad_alloc();
-        }
-    }
-
-    const Callbacks* const callbacks;
-    orvellogin_receiver receiver = nullptr;
-    LoginManagerClient client;
+// The result of a member that returns a number, or nothing.
+struct ManagedNumber {
+    std::int32_t value = 0;
 };
-
-namespace {
-
-using Field = RecordField<orvellogin_response>;
-constexpr auto& fields = recordFields<orvellogin_response>;
-
-// The smallest size of a failure: only its last field, the text, is optional.
-constexpr int withoutText = offsetof(orvellogin_failure, text);
-
-void reset(orvellogin_failure& failure) {
-    failure.code = 0;
-    failure.hresult = 0;
-    failure.typeName = nullptr;
-    failure.message = nullptr;
-    if (failure.size > withoutText) {
-        failure.text = nullptr;
-    }
-}
-
-// Fills in a failure. Never fails itself: a text for which there is no memory is null.
-void describe(orvellogin_failure* failure, int code, HRESULT hresult, const std::wstring& typeName,
-              const std::wstring& message, const char* text) {
-    if (!failure) {
-        return;
-    }
-    failure->code = code;
-    failure->hresult = hresult;
-    failure->typeName = SysAllocStringLen(typeName.data(), static_cast<UINT>(typeName.size()));
-    failure->message = SysAllocStringLen(message.data(), static_cast<UINT>(message.size()));
-    if (failure->size > withoutText) {
-        failure->text = reinterpret_cast<char*>(SysAllocStringByteLen(text, static_cast<UINT>(std::strlen(text))));
-    }
-}
-
-// For ASCII texts, whose bytes are also UTF-16 units.
-void describe(orvellogin_failure* failure, int code, HRESULT hresult, const std::string& text) {
-    describe(failure, code, hresult, std::wstring(), std::wstring(text.begin(), text.end()), text.c_str());
-}
-
-orvellogin_result reported(orvellogin_failure* failure, statusCode code) {
-    describe(failure, code, S_OK, "the login manager reports code " + std::to_string(code));
-    return orvellogin_reported;
-}
-
-orvellogin_result failed(orvellogin_failure* failure, const loginRuntimeException& cause) {
-    describe(failure, -1, cause.hresult, cause.typeName, cause.message, cause.what());
-    return orvellogin_failed;
-}
 
 // Thrown for invalid arguments.
 struct BadCall {
     const char* what;
+};
+
+// Thrown for an error from the login manager, where it is not worth while to return it.
+struct ManagerError {
+    statusCode code;
 };
 
 void require(bool condition, const char* what) {
@@ -160,155 +49,323 @@ void require(bool condition, const char* what) {
     }
 }
 
-// Every function that can fail runs in here. Exceptions become a result and a description; none leaves. The manager's
-// failures are data and not thrown, because throwing costs as much as a call.
-orvellogin_result runGuarded(orvellogin_failure* failure, orvellogin_result (*call)(void*), void* body) noexcept {
-    if (failure) {
-        if (failure->size < withoutText) {
-            return orvellogin_badCall;
+StringArgument checked(const Input& input) {
+    require(input.length >= -1 && (input.units || input.length == 0), "a string is null, or its length is below -1");
+    return {input.units, input.length == -1 ? managedLength(std::wcslen(input.units)) : input.length};
+}
+
+// What a null from the manager becomes, if it is not an empty string.
+
+void refuseNull(const ManagedString& received, NullRule rule) {
+    if (received.isNull() && rule == nullFails) {
+        throw nullStringFailure();
+    }
+}
+
+void refuseNull(const ManagedRecord& received, NullRule) {
+    if (!received.present) {
+        throw ManagerError{statusCodeNoResponse};
+    }
+    for (const auto& field : recordFields<orvellogin_response>) {
+        refuseNull(received.*field.source, field.nullRule);
+    }
+}
+
+void refuseNull(const ManagedNumber&, NullRule) {}
+
+constexpr orvellogin_string emptyString = {L"", 0};
+
+orvellogin_string view(const ManagedString& string) {
+    return string.isNull() ? emptyString : orvellogin_string{string.chars(), string.units()};
+}
+
+orvellogin_string view(const std::wstring& string) {
+    return {string.c_str(), static_cast<int>(string.size())};
+}
+
+// What a result is after a failure.
+
+void reset(orvellogin_string& result) {
+    result = emptyString;
+}
+
+void reset(const orvellogin_response*& result) {
+    result = nullptr;
+}
+
+void reset(int& result) {
+    result = 0;
+}
+
+constexpr orvellogin_failure noFailure = {
+    sizeof(orvellogin_failure), ORVELLOGIN_OK, -1, S_OK, emptyString, emptyString, ""};
+constexpr orvellogin_failure noClient = {
+    sizeof(orvellogin_failure),  ORVELLOGIN_BAD_CALL, -1, E_INVALIDARG, emptyString,
+    {L"the client is null", 18}, "the client is null"};
+
+// The details of a failure, and the structure that shows them to the caller. Setting them never fails: a string that
+// cannot be allocated stays empty.
+class Failure {
+public:
+    ~Failure() { clear(); }
+
+    void set(orvellogin_result result, loginRuntimeException& cause) noexcept {
+        typeName = std::move(cause.typeName);
+        message = std::move(cause.message);
+        show(result, -1, cause.hresult, cause.what());
+    }
+
+    // For ASCII messages, whose bytes are also UTF-16 code units.
+    void set(orvellogin_result result, int code, HRESULT hresult, const char* what) noexcept {
+        try {
+            message.assign(what, what + std::strlen(what));
+        } catch (const std::bad_alloc&) {
         }
-        reset(*failure);
+        show(result, code, hresult, what);
     }
-    try {
-        return call(body);
-    } catch (const loginRuntimeException& cause) {
-        return failed(failure, cause);
-    } catch (const BadCall& bad) {
-        describe(failure, -1, E_INVALIDARG, bad.what);
-        return orvellogin_badCall;
-    } catch (const std::bad_alloc&) {
-        describe(failure, -1, E_OUTOFMEMORY, "");
-        return orvellogin_noMemory;
-    } catch (const std::exception& other) {
-        describe(failure, -1, E_FAIL, other.what());
-        return orvellogin_failed;
-    }
-}
 
-template <class Body>
-orvellogin_result guarded(orvellogin_failure* failure, Body body) {
-    return runGuarded(failure, [](void* bodyIn) { return (*static_cast<Body*>(bodyIn))(); }, &body);
-}
-
-StringArgument argument(const wchar_t* text, int length) {
-    require(length >= -1 && (text || length == 0), "a text is null, or its length is below -1");
-    return {text, length == -1 ? static_cast<std::int32_t>(std::wcslen(text)) : length};
-}
-
-// Calls a member of the manager, which is created if necessary.
-orvellogin_result callMember(orvellogin_client& client, Member member, orvellogin_failure* failure, void* result,
-                             const StringArgument* first = nullptr, const StringArgument* second = nullptr) {
-    const ManagerHandle manager = client.bridge().manager();
-    const ManagedMember& row = managerMembers().*member;
-    ManagedFailure exception;
-    if (callManaged(row.call, manager, first, second, result, exception)) {
-        return orvellogin_ok;
-    }
-    if (exception.isManagerException && row.exceptionRule == translated) {
-        return reported(failure, getStatusCode(exception.status));
-    }
-    return failed(failure, managedFailure(exception.typeName.toNativeOrEmpty(), exception.message.toNativeOrEmpty(),
-                                          exception.hresult));
-}
-
-// The body of a function that returns a text, and may take one (`first`).
-orvellogin_result getText(orvellogin_client* client, Member member, wchar_t** result, orvellogin_failure* failure,
-                          const StringArgument* first = nullptr) {
-    require(client && result, "the client or the place for the result is null");
-    ManagedString text;
-    const ManagedMember& row = unboundMembers.*member;
-    if (row.offlineRule == calledOffline || !client->client.isOrvelOfflineMode()) {
-        const orvellogin_result outcome = callMember(*client, member, failure, &text, first);
-        if (outcome != orvellogin_ok) {
-            return outcome;
+    void clear() noexcept {
+        if (shown.result == ORVELLOGIN_OK) {
+            return;
         }
-        if (text.isNull() && row.nullRule == nullFails) {
-            return failed(failure, nullStringFailure());
+        wipe(message);  // it may quote a token
+        wipe(text);
+        typeName.clear();
+        shown = noFailure;
+    }
+
+    const orvellogin_failure& get() const { return shown; }
+
+private:
+    template <class String>
+    static void wipe(String& string) noexcept {
+        OrvelLoginClientCLR::wipe(&string[0], string.size());
+        string.clear();
+    }
+
+    void show(orvellogin_result result, int code, HRESULT hresult, const char* what) noexcept {
+        try {
+            text = what;
+        } catch (const std::bad_alloc&) {
+        }
+        shown = {sizeof shown, result, code, hresult, view(typeName), view(message), text.c_str()};
+    }
+
+    std::wstring typeName;
+    std::wstring message;
+    std::string text;
+    orvellogin_failure shown = noFailure;
+};
+
+}  // namespace
+
+struct orvellogin_client {
+    explicit orvellogin_client(const orvellogin_options& options)
+        : callbacks{{options.onLogin, options.loginContext}, {options.onLogout, options.logoutContext}, nextOwner()},
+          language(static_cast<uiLang>(options.language)) {}
+
+    // Registers the handler that finds the manager's assemblies. If it fails, the client can only report that failure.
+    orvellogin_result start() noexcept {
+        try {
+            registerResolveHandler();
+            return ORVELLOGIN_OK;
+        } catch (...) {
+            const orvellogin_result result = caught();
+            started = false;
+            return result;
         }
     }
-    client->storeText(result, text);
-    return orvellogin_ok;
-}
 
-// Sets a result to null, so that it is null after a failure. With a receiver the place belongs to the caller and is not
-// touched.
-void reset(const orvellogin_client* client, wchar_t** result) {
-    if (result && !(client && client->receiver)) {
-        *result = nullptr;
-    }
-}
-
-void reset(const orvellogin_client* client, orvellogin_response* response) {
-    if (response && response->size >= static_cast<int>(sizeof *response)) {
-        for (const Field& field : fields) {
-            reset(client, &(response->*field.target));
+    // Calls a member of the manager, which is created if necessary, and keeps what it returns.
+    //
+    // That is received into a variable of this function and kept at the end, because until then the arguments may be
+    // results of the call before, and a callback may call this client.
+    template <class Managed, class Result>
+    orvellogin_result call(Member member, std::initializer_list<Input> inputs, Result* result) noexcept {
+        if (!started) {
+            return static_cast<orvellogin_result>(failure.get().result);
+        }
+        try {
+            require(result, "the pointer for the result is null");
+            StringArgument arguments[2] = {};
+            std::transform(inputs.begin(), inputs.end(), arguments, checked);
+            Managed received;
+            const ManagedMember& row = unboundMembers.*member;
+            if (row.offlineRule == calledOffline || !offline) {
+                const ManagerHandle handle = managerHandle();
+                ManagedFailure exception;
+                if (!callManaged((managerMembers().*member).call, handle, inputs.size() > 0 ? &arguments[0] : nullptr,
+                                 inputs.size() > 1 ? &arguments[1] : nullptr, &received, exception)) {
+                    return failed(exception, row.exceptionRule);
+                }
+                refuseNull(received, row.nullRule);
+            }
+            forget();
+            keep(received, *result);
+            return ORVELLOGIN_OK;
+        } catch (...) {
+            return caught();
         }
     }
-}
 
-orvellogin_result textFunction(orvellogin_client* client, Member member, wchar_t** result,
-                               orvellogin_failure* failure) {
-    reset(client, result);
-    return guarded(failure, [&] { return getText(client, member, result, failure); });
-}
-
-orvellogin_result textOfTextFunction(orvellogin_client* client, Member member, const wchar_t* text, int length,
-                                     wchar_t** result, orvellogin_failure* failure) {
-    reset(client, result);
-    return guarded(failure, [&] {
-        const StringArgument first = argument(text, length);
-        return getText(client, member, result, failure, &first);
-    });
-}
-
-// A function that returns nothing.
-orvellogin_result callWithoutResult(orvellogin_client* client, Member member, orvellogin_failure* failure) {
-    return guarded(failure, [&] {
-        require(client, "the client is null");
-        return callMember(*client, member, failure, nullptr);
-    });
-}
-
-void clear(orvellogin_response& response) {
-    for (const Field& field : fields) {
-        SysFreeString(response.*field.target);
-        response.*field.target = nullptr;
-    }
-}
-
-orvellogin_result storeRecord(const orvellogin_client& client, ManagedRecord& from, orvellogin_response& to,
-                              orvellogin_failure* failure) {
-    if (!from.present) {
-        return reported(failure, statusCodeNoResponse);
-    }
-    // Checked before anything is stored, so that a failure leaves every field null.
-    for (const Field& field : fields) {
-        if ((from.*field.source).isNull() && field.nullRule == nullFails) {
-            return failed(failure, nullStringFailure());
+    // Wipes the results of the last call.
+    void forget() noexcept {
+        string.clear();
+        if (record.present) {
+            for (const auto& field : recordFields<orvellogin_response>) {
+                (record.*field.source).clear();
+            }
+            record.present = 0;
+        }
+        if (started) {
+            failure.clear();
         }
     }
-    try {
-        for (const Field& field : fields) {
-            client.storeText(&(to.*field.target), from.*field.source);
-        }
-    } catch (const std::bad_alloc&) {
-        if (!client.receiver) {
-            clear(to);
-        }
-        throw;
-    }
-    return orvellogin_ok;
-}
 
-// The body of a function that returns a record.
-orvellogin_result getRecord(orvellogin_client* client, Member member, orvellogin_response* response,
-                            orvellogin_failure* failure, const StringArgument* first = nullptr,
-                            const StringArgument* second = nullptr) {
-    require(client, "the client is null");
-    require(response && response->size >= static_cast<int>(sizeof *response), "the response is null or too small");
+    const orvellogin_failure& lastFailure() const { return failure.get(); }
+
+    void withdraw() {
+        withdrawCallbacks(callbacks.owner);
+        callbacks.login = callbacks.logout = Callback();
+    }
+
+    bool offline = false;
+
+private:
+    static std::uint64_t nextOwner() {
+        static std::atomic<std::uint64_t> last{0};
+        return ++last;
+    }
+
+    ManagerHandle managerHandle() {
+        if (!manager.valid()) {
+            const ManagerHandle created = createManager(callbacks, language);
+            // A callback may have called this client meanwhile, and so created another manager. This one is leaked
+            // then: managers may share a sign-in, so disposing one could affect the one in use.
+            if (!manager.valid()) {
+                manager.adopt(created);
+            }
+        }
+        return manager.get();
+    }
+
+    void keep(ManagedString& received, orvellogin_string& result) {
+        string.take(received);
+        result = view(string);
+    }
+
+    void keep(ManagedRecord& received, const orvellogin_response*& result) {
+        record.present = 1;
+        response.size = sizeof response;
+        for (const auto& field : recordFields<orvellogin_response>) {
+            (record.*field.source).take(received.*field.source);
+            response.*field.target = view(record.*field.source);
+        }
+        result = &response;
+    }
+
+    void keep(const ManagedNumber& received, int& result) { result = received.value; }
+
+    // The failures of a member are data and are not thrown, because throwing costs as much as a call.
+    orvellogin_result failed(const ManagedFailure& exception, ExceptionRule rule) {
+        if (exception.isManagerException && rule == translated) {
+            return failed(getStatusCode(exception.status));
+        }
+        loginRuntimeException cause = managedFailure(exception.typeName.toNativeOrEmpty(),
+                                                     exception.message.toNativeOrEmpty(), exception.hresult);
+        forget();
+        failure.set(ORVELLOGIN_FAILED, cause);
+        return ORVELLOGIN_FAILED;
+    }
+
+    orvellogin_result failed(statusCode code) noexcept {
+        char message[64];
+        std::snprintf(message, sizeof message, "the login manager reported error %d", code);
+        return failed(ORVELLOGIN_MANAGER_ERROR, code, S_OK, message);
+    }
+
+    orvellogin_result failed(orvellogin_result result, int code, HRESULT hresult, const char* message) noexcept {
+        forget();
+        failure.set(result, code, hresult, message);
+        return result;
+    }
+
+    // Describes the exception that is being handled.
+    orvellogin_result caught() noexcept {
+        try {
+            throw;
+        } catch (const ManagerError& error) {
+            return failed(error.code);
+        } catch (loginRuntimeException& cause) {
+            forget();
+            failure.set(ORVELLOGIN_FAILED, cause);
+            return ORVELLOGIN_FAILED;
+        } catch (const BadCall& bad) {
+            return failed(ORVELLOGIN_BAD_CALL, -1, E_INVALIDARG, bad.what);
+        } catch (const std::bad_alloc&) {
+            return failed(ORVELLOGIN_NO_MEMORY, -1, E_OUTOFMEMORY, "memory is exhausted");
+        } catch (const std::exception& other) {
+            return failed(ORVELLOGIN_FAILED, -1, E_FAIL, other.what());
+        }
+    }
+
+    Callbacks callbacks;
+    const uiLang language;
+    bool started = true;
+    ManagedClient manager;
+
+    // The results of the last call.
+    ManagedString string;
     ManagedRecord record;
-    const orvellogin_result outcome = callMember(*client, member, failure, &record, first, second);
-    return outcome == orvellogin_ok ? storeRecord(*client, record, *response, failure) : outcome;
+    orvellogin_response response;  // shows the record
+    Failure failure;
+};
+
+namespace {
+
+template <class Managed, class Result>
+orvellogin_result call(orvellogin_client* client, Member member, std::initializer_list<Input> inputs, Result* result) {
+    if (result) {
+        reset(*result);
+    }
+    return client ? client->call<Managed>(member, inputs, result) : ORVELLOGIN_BAD_CALL;
+}
+
+orvellogin_result getString(orvellogin_client* client, Member member, orvellogin_string* result,
+                            std::initializer_list<Input> inputs = {}) {
+    return call<ManagedString>(client, member, inputs, result);
+}
+
+orvellogin_result getRecord(orvellogin_client* client, Member member, const orvellogin_response** result,
+                            std::initializer_list<Input> inputs = {}) {
+    return call<ManagedRecord>(client, member, inputs, result);
+}
+
+orvellogin_result getNumber(orvellogin_client* client, Member member, int* result,
+                            std::initializer_list<Input> inputs = {}) {
+    return call<ManagedNumber>(client, member, inputs, result);
+}
+
+orvellogin_result command(orvellogin_client* client, Member member, std::initializer_list<Input> inputs = {}) {
+    int none;
+    return getNumber(client, member, &none, inputs);
+}
+
+// Reads the fields that the caller's structure has. Returns false if `size` cannot be right or unknown fields are set.
+bool read(const orvellogin_options& given, orvellogin_options& known) {
+    constexpr int largest = 4096;  // a larger size was never set, and reading so far could be a page fault
+    if (given.size < static_cast<int>(sizeof given.size) || given.size > largest) {
+        return false;
+    }
+    const auto size = static_cast<std::size_t>(given.size);
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(&given);
+    if (size > sizeof known &&
+        std::any_of(bytes + sizeof known, bytes + size, [](unsigned char byte) { return byte; })) {
+        return false;
+    }
+    // Without a field that is cut off. Every field ends at a multiple of a pointer's size, or only the next one does.
+    std::memcpy(&known, bytes, std::min(size - size % sizeof(void*), sizeof known));
+    return true;
 }
 
 }  // namespace
@@ -317,189 +374,144 @@ int ORVELLOGIN_CALL orvellogin_version() {
     return ORVELLOGIN_VERSION;
 }
 
-void ORVELLOGIN_CALL orvellogin_free(wchar_t* text) {
-    if (text) {  // wiped, because it may be a token, a cookie or a ticket
-        wipe(text, SysStringLen(text));
-        SysFreeString(text);
+orvellogin_result ORVELLOGIN_CALL orvellogin_create(const orvellogin_options* options, orvellogin_client** client) {
+    if (!client) {
+        return ORVELLOGIN_BAD_CALL;
     }
-}
-
-void ORVELLOGIN_CALL orvellogin_clearFailure(orvellogin_failure* failure) {
-    if (failure && failure->size >= withoutText) {
-        SysFreeString(failure->typeName);
-        SysFreeString(failure->message);
-        if (failure->size > withoutText) {
-            SysFreeString(reinterpret_cast<wchar_t*>(failure->text));
-        }
-        reset(*failure);
+    *client = nullptr;
+    orvellogin_options known = {};
+    if (options && !read(*options, known)) {
+        return ORVELLOGIN_BAD_CALL;
     }
-}
-
-void ORVELLOGIN_CALL orvellogin_clearResponse(orvellogin_response* response) {
-    if (response && response->size >= static_cast<int>(sizeof *response)) {
-        clear(*response);
+    std::unique_ptr<orvellogin_client> created(new (std::nothrow) orvellogin_client(known));
+    const orvellogin_result result = created ? created->start() : ORVELLOGIN_NO_MEMORY;
+    if (result != ORVELLOGIN_NO_MEMORY) {
+        *client = created.release();
     }
-}
-
-orvellogin_result ORVELLOGIN_CALL orvellogin_create(orvellogin_callback onLogin, void* loginContext,
-                                                    orvellogin_callback onLogout, void* logoutContext, int language,
-                                                    orvellogin_client** client, orvellogin_failure* failure) {
-    if (client) {
-        *client = nullptr;
-    }
-    return guarded(failure, [&] {
-        require(client, "the place for the client is null");
-        *client = new orvellogin_client({onLogin, loginContext, onLogout, logoutContext}, language);
-        return orvellogin_ok;
-    });
+    return result;
 }
 
 void ORVELLOGIN_CALL orvellogin_destroy(orvellogin_client* client) {
     delete client;
 }
 
-void ORVELLOGIN_CALL orvellogin_setReceiver(orvellogin_client* client, orvellogin_receiver receiver) {
+const orvellogin_failure* ORVELLOGIN_CALL orvellogin_lastFailure(const orvellogin_client* client) {
+    return client ? &client->lastFailure() : &noClient;
+}
+
+void ORVELLOGIN_CALL orvellogin_forget(orvellogin_client* client) {
     if (client) {
-        client->receiver = receiver;
+        client->forget();
     }
 }
 
-orvellogin_result ORVELLOGIN_CALL orvellogin_login(orvellogin_client* client, orvellogin_response* response,
-                                                   orvellogin_failure* failure) {
-    reset(client, response);
-    return guarded(failure, [&] { return getRecord(client, &ManagerMembers::login, response, failure); });
+void ORVELLOGIN_CALL orvellogin_withdrawCallbacks(orvellogin_client* client) {
+    if (client) {
+        client->withdraw();
+    }
+}
+
+orvellogin_result ORVELLOGIN_CALL orvellogin_login(orvellogin_client* client, const orvellogin_response** response) {
+    return getRecord(client, &ManagerMembers::login, response);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_loginWithPassword(orvellogin_client* client, const wchar_t* userName,
                                                                int userNameLength, const wchar_t* password,
-                                                               int passwordLength, orvellogin_response* response,
-                                                               orvellogin_failure* failure) {
-    reset(client, response);
-    return guarded(failure, [&] {
-        const StringArgument user = argument(userName, userNameLength);
-        const StringArgument secret = argument(password, passwordLength);
-        return getRecord(client, &ManagerMembers::loginWithPassword, response, failure, &user, &secret);
-    });
+                                                               int passwordLength,
+                                                               const orvellogin_response** response) {
+    return getRecord(client, &ManagerMembers::loginWithPassword, response,
+                     {{userName, userNameLength}, {password, passwordLength}});
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getLoggedInUser(orvellogin_client* client, int lastLoginFlag,
-                                                             orvellogin_response* response,
-                                                             orvellogin_failure* failure) {
-    reset(client, response);
-    const Member member = lastLoginFlag ? &ManagerMembers::login : &ManagerMembers::getLoggedInUser;
-    return guarded(failure, [&] { return getRecord(client, member, response, failure); });
+                                                             const orvellogin_response** response) {
+    return getRecord(client, lastLoginFlag ? &ManagerMembers::login : &ManagerMembers::getLoggedInUser, response);
 }
 
-orvellogin_result ORVELLOGIN_CALL orvellogin_logout(orvellogin_client* client, orvellogin_failure* failure) {
-    return callWithoutResult(client, &ManagerMembers::Logout, failure);
+orvellogin_result ORVELLOGIN_CALL orvellogin_logout(orvellogin_client* client) {
+    return command(client, &ManagerMembers::Logout);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_formatAccessUrl(orvellogin_client* client, const wchar_t* targetUrl,
-                                                             int targetUrlLength, wchar_t** url,
-                                                             orvellogin_failure* failure) {
-    return textOfTextFunction(client, &ManagerMembers::formatAccessURL, targetUrl, targetUrlLength, url, failure);
+                                                             int targetUrlLength, orvellogin_string* url) {
+    return getString(client, &ManagerMembers::formatAccessURL, url, {{targetUrl, targetUrlLength}});
 }
 
-orvellogin_result ORVELLOGIN_CALL orvellogin_getAccessToken(orvellogin_client* client, wchar_t** token,
-                                                            orvellogin_failure* failure) {
-    return textFunction(client, &ManagerMembers::getAccessToken, token, failure);
+orvellogin_result ORVELLOGIN_CALL orvellogin_getAccessToken(orvellogin_client* client, orvellogin_string* token) {
+    return getString(client, &ManagerMembers::getAccessToken, token);
 }
 
-orvellogin_result ORVELLOGIN_CALL orvellogin_getPlatFormURL(orvellogin_client* client, wchar_t** url,
-                                                            orvellogin_failure* failure) {
-    return textFunction(client, &ManagerMembers::getPlatformURL, url, failure);
+orvellogin_result ORVELLOGIN_CALL orvellogin_getPlatFormURL(orvellogin_client* client, orvellogin_string* url) {
+    return getString(client, &ManagerMembers::getPlatformURL, url);
 }
 
-orvellogin_result ORVELLOGIN_CALL orvellogin_getRegistryURL(orvellogin_client* client, wchar_t** url,
-                                                            orvellogin_failure* failure) {
-    return textFunction(client, &ManagerMembers::getRegistryURL, url, failure);
+orvellogin_result ORVELLOGIN_CALL orvellogin_getRegistryURL(orvellogin_client* client, orvellogin_string* url) {
+    return getString(client, &ManagerMembers::getRegistryURL, url);
 }
 
-orvellogin_result ORVELLOGIN_CALL orvellogin_getKelpaURL(orvellogin_client* client, wchar_t** url,
-                                                         orvellogin_failure* failure) {
-    return textFunction(client, &ManagerMembers::getKelpaURL, url, failure);
+orvellogin_result ORVELLOGIN_CALL orvellogin_getKelpaURL(orvellogin_client* client, orvellogin_string* url) {
+    return getString(client, &ManagerMembers::getKelpaURL, url);
 }
 
-orvellogin_result ORVELLOGIN_CALL orvellogin_getTenantName(orvellogin_client* client, wchar_t** name,
-                                                           orvellogin_failure* failure) {
-    return textFunction(client, &ManagerMembers::getTenantName, name, failure);
+orvellogin_result ORVELLOGIN_CALL orvellogin_getTenantName(orvellogin_client* client, orvellogin_string* name) {
+    return getString(client, &ManagerMembers::getTenantName, name);
 }
 
-orvellogin_result ORVELLOGIN_CALL orvellogin_getPassportURL(orvellogin_client* client, wchar_t** url,
-                                                            orvellogin_failure* failure) {
-    return textFunction(client, &ManagerMembers::getPassportURL, url, failure);
+orvellogin_result ORVELLOGIN_CALL orvellogin_getPassportURL(orvellogin_client* client, orvellogin_string* url) {
+    return getString(client, &ManagerMembers::getPassportURL, url);
 }
 
-orvellogin_result ORVELLOGIN_CALL orvellogin_getCASCookie(orvellogin_client* client, wchar_t** cookie,
-                                                          orvellogin_failure* failure) {
-    return textFunction(client, &ManagerMembers::getCASCookie, cookie, failure);
+orvellogin_result ORVELLOGIN_CALL orvellogin_getCASCookie(orvellogin_client* client, orvellogin_string* cookie) {
+    return getString(client, &ManagerMembers::getCASCookie, cookie);
 }
 
-orvellogin_result ORVELLOGIN_CALL orvellogin_getmyAppsURL(orvellogin_client* client, wchar_t** url,
-                                                          orvellogin_failure* failure) {
-    return textFunction(client, &ManagerMembers::getmyAppsURL, url, failure);
+orvellogin_result ORVELLOGIN_CALL orvellogin_getmyAppsURL(orvellogin_client* client, orvellogin_string* url) {
+    return getString(client, &ManagerMembers::getmyAppsURL, url);
 }
 
-orvellogin_result ORVELLOGIN_CALL orvellogin_getTenantId(orvellogin_client* client, wchar_t** id,
-                                                         orvellogin_failure* failure) {
-    return textFunction(client, &ManagerMembers::getTenantId, id, failure);
+orvellogin_result ORVELLOGIN_CALL orvellogin_getTenantId(orvellogin_client* client, orvellogin_string* id) {
+    return getString(client, &ManagerMembers::getTenantId, id);
 }
 
-orvellogin_result ORVELLOGIN_CALL orvellogin_getTenantIds(orvellogin_client* client, wchar_t** ids,
-                                                          orvellogin_failure* failure) {
-    return textFunction(client, &ManagerMembers::getTenantIds, ids, failure);
+orvellogin_result ORVELLOGIN_CALL orvellogin_getTenantIds(orvellogin_client* client, orvellogin_string* ids) {
+    return getString(client, &ManagerMembers::getTenantIds, ids);
 }
 
-orvellogin_result ORVELLOGIN_CALL orvellogin_getSpaceURL(orvellogin_client* client, wchar_t** url,
-                                                         orvellogin_failure* failure) {
-    return textFunction(client, &ManagerMembers::getSpaceURL, url, failure);
+orvellogin_result ORVELLOGIN_CALL orvellogin_getSpaceURL(orvellogin_client* client, orvellogin_string* url) {
+    return getString(client, &ManagerMembers::getSpaceURL, url);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_getLoginTicket(orvellogin_client* client, const wchar_t* spaceUrl,
-                                                            int spaceUrlLength, wchar_t** ticket,
-                                                            orvellogin_failure* failure) {
-    return textOfTextFunction(client, &ManagerMembers::getLoginTicket, spaceUrl, spaceUrlLength, ticket, failure);
+                                                            int spaceUrlLength, orvellogin_string* ticket) {
+    return getString(client, &ManagerMembers::getLoginTicket, ticket, {{spaceUrl, spaceUrlLength}});
 }
 
-orvellogin_result ORVELLOGIN_CALL orvellogin_stopDNMListener(orvellogin_client* client, orvellogin_failure* failure) {
-    return callWithoutResult(client, &ManagerMembers::stopDNMListener, failure);
+orvellogin_result ORVELLOGIN_CALL orvellogin_stopDNMListener(orvellogin_client* client) {
+    return command(client, &ManagerMembers::stopDNMListener);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_DunmoreLoginBrowser(orvellogin_client* client, const wchar_t* server,
                                                                  int serverLength, const wchar_t* clientId,
-                                                                 int clientIdLength, orvellogin_failure* failure) {
-    return guarded(failure, [&] {
-        require(client, "the client is null");
-        const StringArgument first = argument(server, serverLength);
-        const StringArgument second = argument(clientId, clientIdLength);
-        return callMember(*client, &ManagerMembers::DunmoreLoginBrowser, failure, nullptr, &first, &second);
-    });
+                                                                 int clientIdLength) {
+    return command(client, &ManagerMembers::DunmoreLoginBrowser, {{server, serverLength}, {clientId, clientIdLength}});
 }
 
-orvellogin_result ORVELLOGIN_CALL orvellogin_getDNMAccessToken(orvellogin_client* client, wchar_t** token,
-                                                               orvellogin_failure* failure) {
-    return textFunction(client, &ManagerMembers::getDNMAccessToken, token, failure);
+orvellogin_result ORVELLOGIN_CALL orvellogin_getDNMAccessToken(orvellogin_client* client, orvellogin_string* token) {
+    return getString(client, &ManagerMembers::getDNMAccessToken, token);
 }
 
 orvellogin_result ORVELLOGIN_CALL orvellogin_isDunmorePlatformTokenExpired(orvellogin_client* client,
                                                                            const wchar_t* token, int tokenLength,
-                                                                           int* expired, orvellogin_failure* failure) {
-    if (expired) {
-        *expired = 0;
-    }
-    return guarded(failure, [&] {
-        require(client && expired, "the client or the place for the result is null");
-        const StringArgument first = argument(token, tokenLength);
-        return callMember(*client, &ManagerMembers::isDunmorePlatformTokenExpired, failure, expired, &first);
-    });
+                                                                           int* expired) {
+    return getNumber(client, &ManagerMembers::isDunmorePlatformTokenExpired, expired, {{token, tokenLength}});
 }
 
 void ORVELLOGIN_CALL orvellogin_setOrvelOfflineMode(orvellogin_client* client, int offline) {
     if (client) {
-        client->client.setOrvelOfflineMode(offline != 0);
+        client->offline = offline != 0;
     }
 }
 
 int ORVELLOGIN_CALL orvellogin_isOrvelOfflineMode(const orvellogin_client* client) {
-    return client && client->client.isOrvelOfflineMode() ? 1 : 0;
+    return client && client->offline ? 1 : 0;
 }

@@ -8,7 +8,8 @@ namespace OrvelLoginClientCLR {
 
 /// Overwrites `units` characters with zeros. Unlike a plain memset, the compiler cannot drop it if the memory is freed
 /// next.
-inline void wipe(wchar_t* chars, std::size_t units) noexcept {
+template <class Char>
+void wipe(Char* chars, std::size_t units) noexcept {
     std::memset(chars, 0, units * sizeof *chars);
     // Tells the compiler that the memory is read here.
     __asm__ volatile("" : : "r"(chars) : "memory");

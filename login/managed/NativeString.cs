@@ -19,7 +19,7 @@ namespace OrvelLoginClientCLR
         {
             if (text == null)
                 return;
-            if (text.Length <= Capacity)
+            if (text.Length < Capacity) // the native side adds a terminator
             {
                 fixed (char* from = text, to = buffer)
                     Copy((int*)from, (int*)to, (text.Length + 1) / 2);  // two units at a time; the last may be the terminator
