@@ -22,7 +22,7 @@ static class Program
         Show("domainName", user.DomainName);
     }
 
-    // A callback may be called on any thread, so do little in it. It must not let an exception escape.
+    // A callback may be called on any thread, so keep it short. It must not let an exception escape.
     static void SignedIn()
     {
         Console.WriteLine("  [sign-in callback, thread {0}]", Thread.CurrentThread.ManagedThreadId);
@@ -64,7 +64,7 @@ static class Program
             Show("Kelpa URL", client.GetKelpaUrl());
             Show("space URL", client.GetSpaceUrl());
             Show("access URL", client.FormatAccessUrl("https://space.example.com/plan"));
-            Show("login ticket", client.GetLoginTicket("https://space.example.com/"));
+            Show("login ticket", client.GetLoginTicket(client.GetSpaceUrl()));
 
             Console.WriteLine("\nThe consumer platform:");
             client.DunmoreLoginBrowser("https://dunmore.example.com", "signin-example");
@@ -72,7 +72,7 @@ static class Program
             Show("expired", client.IsDunmorePlatformTokenExpired(client.GetDnmAccessToken()) ? "yes" : "no");
             client.StopDnmListener();
 
-            Console.WriteLine("\nOffline, the getters answer empty without a call:");
+            Console.WriteLine("\nWhile offline, getters return empty strings without calling the manager:");
             client.OfflineMode = true;
             Show("access token", client.GetAccessToken());
             Show("platform URL", client.GetPlatformUrl());

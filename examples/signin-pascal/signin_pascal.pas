@@ -7,9 +7,9 @@ program signin_pascal;
 uses
   Windows, SysUtils, OrvelLogin;
 
-procedure Show(const Name: string; const Value: WideString);
+procedure Show(const Name: string; const Value: UnicodeString);
 var
-  Shown: WideString;
+  Shown: UnicodeString;
 begin
   Shown := Value;
   if Shown = '' then
@@ -28,22 +28,32 @@ begin
   Show('domainName', User.DomainName);
 end;
 
-{ A callback gets the context that was registered with it. It may be called on any thread, so do little in it. It must
-  not let an exception escape. }
-procedure OnEvent(Context: Pointer); stdcall;
+type
+  { An event may be raised on any thread, so keep it short. It must not let an exception escape. }
+  TEvents = class
+    class procedure SignedIn;
+    class procedure SignedOut;
+  end;
+
+class procedure TEvents.SignedIn;
 begin
-  WriteLn('  [', PAnsiChar(Context), ' callback, thread ', GetCurrentThreadId, ']');
+  WriteLn('  [sign-in callback, thread ', GetCurrentThreadId, ']');
+end;
+
+class procedure TEvents.SignedOut;
+begin
+  WriteLn('  [sign-out callback, thread ', GetCurrentThreadId, ']');
 end;
 
 procedure Run;
 const
   { Greek letters as numbers, so that the code page that the compiler assumes does not matter. }
-  GreekPassword: WideString = #$03BA#$03C9#$03B4#$03B9#$03BA#$03CC#$03C2;
+  GreekPassword: UnicodeString = #$03BA#$03C9#$03B4#$03B9#$03BA#$03CC#$03C2;
 var
   Client: TLoginManagerClient;
 begin
   WriteLn('Main thread ', GetCurrentThreadId);
-  Client := TLoginManagerClient.Create(OnEvent, OnEvent, PAnsiChar('sign-in'), PAnsiChar('sign-out'));
+  Client := TLoginManagerClient.Create(TEvents.SignedIn, TEvents.SignedOut);
   try
     WriteLn;
     WriteLn('A wrong password:');
@@ -72,7 +82,7 @@ begin
     Show('Kelpa URL', Client.GetKelpaUrl);
     Show('space URL', Client.GetSpaceUrl);
     Show('access URL', Client.FormatAccessUrl('https://space.example.com/plan'));
-    Show('login ticket', Client.GetLoginTicket('https://space.example.com/'));
+    Show('login ticket', Client.GetLoginTicket(Client.GetSpaceUrl));
 
     WriteLn;
     WriteLn('The consumer platform:');
@@ -85,7 +95,7 @@ begin
     Client.StopDnmListener;
 
     WriteLn;
-    WriteLn('Offline, the getters answer empty without a call:');
+    WriteLn('While offline, getters return empty strings without calling the manager:');
     Client.OfflineMode := True;
     Show('access token', Client.GetAccessToken);
     Show('platform URL', Client.GetPlatformUrl);

@@ -31,7 +31,7 @@ void show(const LoginResponse& user) {
     show("domainName", user.domainName);
 }
 
-// A callback may be called on any thread, so do little in it. It must not let an exception escape.
+// A callback may be called on any thread, so keep it short. It must not let an exception escape.
 void signedIn() {
     std::printf("  [sign-in callback, thread %lu]\n", GetCurrentThreadId());
 }
@@ -77,7 +77,7 @@ void run() {
                 client.isDunmorePlatformTokenExpired(client.getDNMAccessToken()) ? "yes" : "no");
     client.stopDNMListener();
 
-    std::printf("\nOffline, the getters answer empty without a call:\n");
+    std::printf("\nWhile offline, getters return empty strings without calling the manager:\n");
     client.setOrvelOfflineMode(true);
     show("access token", client.getAccessToken());
     show("platform URL", client.getPlatFormURL());
@@ -104,7 +104,7 @@ int main() {
         run();
         return 0;
     } catch (loginManagerException* failed) {
-        std::fprintf(stderr, "the login manager reports code %d\n", failed->code);
+        std::fprintf(stderr, "the login manager reported error %d\n", failed->code);
         delete failed;
     } catch (const loginRuntimeException& failed) {
         std::fprintf(stderr, "%s\n", failed.what());
