@@ -45,8 +45,8 @@ function(orvellogin_install_in_zip)
 endfunction()
 
 file(READ README.md readme)
-string(REGEX MATCH "\n```cpp\n(.*)\n```\n" host "${readme}")
-string(REGEX REPLACE "\n```\n.*" "" host "${CMAKE_MATCH_1}")
+string(REGEX MATCH "\n## A host\n\n(.*)\n## Sources\n" host "${readme}")
+set(host "${CMAKE_MATCH_1}")
 configure_file(packaging/package-readme.md.in ${orvellogin_BINARY_DIR}/package/README.md @ONLY)
 orvellogin_install_in_zip(FILES ${orvellogin_BINARY_DIR}/package/README.md CHANGELOG.md LICENSE NOTICES.md SECURITY.md DESTINATION .)
 orvellogin_install_in_zip(FILES
