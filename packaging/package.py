@@ -10,6 +10,7 @@ import subprocess
 import sys
 
 sys.dont_write_bytecode = True  # the sources stay as they are
+import apipages
 from archive import write
 from debuginformation import split
 
@@ -28,6 +29,7 @@ shutil.rmtree(debug, ignore_errors=True)
 debug.mkdir(parents=True)
 for component in ((), ("--component", "zip")):
     run(cmake, "--install", build, "--prefix", staged, *component, stdout=subprocess.DEVNULL)
+apipages.make(staged / "include", staged / "docs" / "api", source)
 for image in sorted((staged / "bin").iterdir()):
     split(objcopy, image, debug)
 archive = write(staged, build, source)

@@ -36,6 +36,9 @@ for notice in $(grep -o '`[a-z0-9A-Z-]*\.txt`' "$PACKAGE/NOTICES.md" | tr -d '`'
 done
 expect "each notice has a text of its own" [ -z "$(md5sum "$PACKAGE"/notices/* | cut -c1-32 | sort | uniq -d)" ]
 
+expect "API pages without scripts" \
+  [ -s "$PACKAGE/docs/api/classLoginManagerClient.html" -a -z "$(find "$PACKAGE/docs/api" -name '*.js')" ]
+
 echo "== its README, verbatim"
 blocks "$PACKAGE/README.md" cpp > host.cpp
 blocks "$PACKAGE/README.md" cmake > CMakeLists.txt
@@ -49,6 +52,8 @@ cp -r "$PACKAGE/examples/standins/OrvelLoginManagerClient" build-toolchain
 for folder in . build build-toolchain; do
   host_says "$folder/host.exe" 0 "signed in: Ζωή Παπαδοπούλου"
 done
+ORVEL_STANDIN='login=status 1' host_says host.exe 1 "refused, code 1"
+ORVEL_STANDIN='login=throw System.TimeoutException время' host_says host.exe 1 "System.TimeoutException: время"
 for example in "$PACKAGE"/examples/*/CMakeLists.txt; do
   folder=$(dirname "$example")
   name=examples/${folder##*/}
