@@ -77,8 +77,9 @@ refuses() { # EXPLANATION COMMAND...
 if [ "$compiler" = mingw ]; then
   printf 'cmake_minimum_required(VERSION 3.21)\nfind_package(orvellogin CONFIG REQUIRED)\n' > find.cmake
   refuses "is for $architecture programs only" cmake -DCMAKE_SIZEOF_VOID_P=2 "-DCMAKE_PREFIX_PATH=$package" -P find.cmake
-  refuses 'link orvellogin::client' $triple-g++-posix -std=c++17 -D_GLIBCXX_USE_CXX11_ABI=0 -fsyntax-only \
-    -I "$package/include" "$source/examples/signin/main.cpp"
+  printf '#define ORVELLOGIN_HEADER_ONLY\n#include "login/LoginManagerClient.h"\n' > other.cpp
+  refuses exported_and_header_only_class_in_one_program $triple-g++-posix -std=c++17 -I "$package/include" \
+    "$source/examples/signin/main.cpp" other.cpp "$package"/lib/liborvellogin{,c}.dll.a
 fi
 
 # What the examples do not show. The events of a client that is gone belong to the one that is left.
