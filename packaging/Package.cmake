@@ -55,6 +55,8 @@ orvellogin_install_in_zip(FILES
 file(GLOB pictures CONFIGURE_DEPENDS docs/signin-window*.png)
 orvellogin_install_in_zip(FILES ${pictures} DESTINATION docs)
 orvellogin_install_in_zip(DIRECTORY bindings examples DESTINATION .)
+# For plug-ins that need it themselves.
+orvellogin_install_in_zip(FILES login/c/UnwindTables.cpp DESTINATION src)
 orvellogin_install_in_zip(FILES cmake/Managed.cmake cmake/mingw.cmake cmake/mingw-x64.cmake cmake/mingw-x86.cmake DESTINATION cmake)
 # The compiled stand-ins, for use until the real login manager is available, in the folder that goes next to the library.
 orvellogin_install_in_zip(DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/OrvelLoginManagerClient DESTINATION examples/standins)
