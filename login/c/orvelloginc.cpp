@@ -119,8 +119,7 @@ public:
     void set(orvellogin_result result, int code, HRESULT hresult, const char* what) noexcept {
         try {
             message.assign(what, what + std::strlen(what));
-        } catch (const std::bad_alloc&) {
-        }
+        } catch (const std::bad_alloc&) {}
         show(result, code, hresult, what);
     }
 
@@ -146,8 +145,7 @@ private:
     void show(orvellogin_result result, int code, HRESULT hresult, const char* what) noexcept {
         try {
             text = what;
-        } catch (const std::bad_alloc&) {
-        }
+        } catch (const std::bad_alloc&) {}
         shown = {sizeof shown, result, code, hresult, view(typeName), view(message), text.c_str()};
     }
 

@@ -304,8 +304,7 @@ TEST(Callbacks, CanBeWithdrawnWhileTheyRun) {
     current = second;
     orvellogin_stopDNMListener(second);
     std::thread other([&] { first.signIn(); });
-    while (!begun) {
-    }
+    while (!begun) {}
     orvellogin_withdrawCallbacks(second);
     EXPECT_EQ(ended, 1) << "withdrawn before the callback has returned";
     other.join();
@@ -327,8 +326,7 @@ TEST(Callbacks, AreOfOneClientIfTwoManagersAreCreatedAtOnce) {
         const Client one(L"", count, &calls[0]), two(L"", nullptr, nullptr, count, &calls[1]);
         std::atomic<int> ready{0};
         const auto create = [&](orvellogin_client* client) {
-            for (++ready; ready < 2;) {
-            }
+            for (++ready; ready < 2;) {}
             orvellogin_stopDNMListener(client);
         };
         std::thread other([&] { create(one); });
