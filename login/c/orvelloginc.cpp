@@ -315,7 +315,7 @@ private:
     // The results of the last call.
     ManagedString string;
     ManagedRecord record;
-    orvellogin_response response;  // shows the record
+    orvellogin_response response = {};  // shows the record
     Failure failure;
 };
 

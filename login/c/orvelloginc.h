@@ -6,12 +6,13 @@
  * login/LoginManagerClient.h.
  *
  * Calls
- *   Functions and callbacks are __stdcall, the convention that every language for Windows can call; it has no effect
- * for 64 bits. The DLL exports the functions by the names below, without decoration. Every function that can fail
- * returns an orvellogin_result and keeps the details in the client (orvellogin_lastFailure). No exception leaves the
- * DLL. Invalid arguments return ORVELLOGIN_BAD_CALL, and nothing is done: a null `client`, a null pointer for a result,
- * a length below -1, or a null string with a length other than 0. A call that needs the login manager blocks until it
- * answers: for a sign-in in a browser that can take minutes. It cannot be cancelled.
+ *   Functions and callbacks are __stdcall, which every language for Windows can call and which has no effect for
+ *   64 bits. The DLL exports the functions by the names below, without decoration.
+ *   Every function that can fail returns an orvellogin_result and keeps the details in the client; see
+ *   orvellogin_lastFailure. No exception leaves the DLL. Invalid arguments return ORVELLOGIN_BAD_CALL, and nothing is
+ *   done: a null `client`, a null pointer for a result, a length below -1, or a null string of another length than 0.
+ *   A call that needs the login manager blocks until it answers: for a sign-in in a browser that can take minutes. It
+ *   cannot be cancelled.
  *
  * Results
  *   Every string, record and failure that a function returns belongs to the client; the caller frees nothing. It stays

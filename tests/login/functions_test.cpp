@@ -232,7 +232,8 @@ TEST(Results, MayBeArgumentsOfTheNextCall) {
 
 TEST(Results, AreWipedByTheNextCallAndOnRequest) {
     const Client client(L"getTenantId=throw System.TimeoutException secret");
-    const std::function<void()> wipings[] = {[&] { orvellogin_forget(client); }, [&] { orvellogin_logout(client); }};
+    const std::function<void()> wipings[] = {[&] { orvellogin_forget(client); },
+                                             [&] { orvellogin_stopDNMListener(client); }};
     for (const auto& wipe : wipings) {
         orvellogin_string string;
         const std::function<orvellogin_string()> results[] = {
