@@ -42,7 +42,7 @@ void remove(Running& ended, Running*& list) {
     *link = ended.next;
 }
 
-void raise(Callback Callbacks::*event) noexcept {
+void raise(Callback Callbacks::* event) noexcept {
     Slots& all = slots();
     std::unique_lock<std::mutex> lock(all.guard);
     const Callback callback = all.callbacks.*event;

@@ -3,7 +3,9 @@
 /// @file
 /// The members of the header-only class. Included by LoginManagerClient.h, which documents them.
 
+#include <climits>
 #include <cstddef>
+#include <cstring>
 #include <new>
 #include <string>
 
@@ -12,14 +14,13 @@
 /// What only the header-only class uses.
 namespace OrvelLoginHeaderOnly {
 
-/// Overwrites a secret that was passed by value, also when an exception leaves the member. Volatile, because a compiler
-/// may drop stores to memory that is freed next.
+/// Overwrites a secret that was passed by value, also when an exception leaves the member. Through a volatile pointer,
+/// because a compiler may drop a plain memset of memory that is freed next.
 struct WipedAtEnd {
     std::wstring& secret;
     ~WipedAtEnd() {
-        for (wchar_t& unit : secret) {
-            const_cast<volatile wchar_t&>(unit) = 0;
-        }
+        void* (*const volatile fill)(void*, int, std::size_t) = std::memset;
+        fill(&secret[0], 0, secret.size() * sizeof(wchar_t));
     }
 };
 
@@ -29,8 +30,9 @@ struct ForgottenAtEnd {
     ~ForgottenAtEnd() { orvellogin_forget(client); }
 };
 
+/// The length as the functions take it; for a string that is too long, one that they refuse.
 inline int length(const std::wstring& string) {
-    return static_cast<int>(string.size());
+    return string.size() <= INT_MAX ? static_cast<int>(string.size()) : INT_MIN;
 }
 
 inline std::wstring copy(const orvellogin_string& string) {

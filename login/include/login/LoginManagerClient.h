@@ -175,7 +175,7 @@ private:
 #else
 private:
     OrvelLoginClientCLR::LoginManagerClientCLR* getLoginMgrClient();
-    std::wstring string(OrvelLoginClientCLR::ManagedMember OrvelLoginClientCLR::ManagerMembers::*member,
+    std::wstring string(OrvelLoginClientCLR::ManagedMember OrvelLoginClientCLR::ManagerMembers::* member,
                         const std::wstring* argument = nullptr);
 
     bool offlineMode;
