@@ -11,6 +11,8 @@
 
 #include "login/LoginManagerClient.h"
 
+#ifdef ORVELLOGIN_HEADER_ONLY
+
 /// What only the header-only class uses.
 namespace OrvelLoginHeaderOnly {
 
@@ -220,3 +222,5 @@ inline bool LoginManagerClient::isOrvelOfflineMode() const {
 inline void LoginManagerClient::withdrawCallbacks() {
     orvellogin_withdrawCallbacks(client);
 }
+
+#endif
