@@ -1,8 +1,9 @@
 # Copies the compiler's runtime DLLs, stripped, beside the binaries: exceptions can cross from the library to its host only
 # if both use the same shared libgcc and libstdc++.
 
-set_property(GLOBAL PROPERTY orvellogin_compiler_version ${CMAKE_CXX_COMPILER_VERSION})
-get_property(compiler_runtime GLOBAL PROPERTY orvellogin_compiler_runtime)
+set(unwinder_x86 libgcc_s_dw2-1.dll)
+set(unwinder_x64 libgcc_s_seh-1.dll)
+set(compiler_runtime ${unwinder_${orvellogin_architecture}} libstdc++-6.dll libwinpthread-1.dll)
 set(runtime_files)
 foreach(name IN LISTS compiler_runtime)
   execute_process(

@@ -1,9 +1,11 @@
-"""package.py CMAKE OBJCOPY SOURCE BUILD NAME: makes BUILD/NAME.zip for host projects, BUILD/NAME-debug.zip with its debug
-information, and BUILD/NAME.zip.sha256.
+"""package.py BUILD...: makes the package for host projects from builds of one or more architectures, in the first of these folders:
+orvellogin-VERSION.zip with its SHA-256, orvellogin-VERSION-debug.zip with the debug information, and Orvel.Login.VERSION.nupkg for
+Visual Studio.
 
 The same files give the same bytes; see archive.py.
 """
 import hashlib
+import json
 import pathlib
 import shutil
 import subprocess
@@ -11,28 +13,35 @@ import sys
 
 sys.dont_write_bytecode = True  # the sources stay as they are
 import apipages
+import nuget
 from archive import write
 from debuginformation import split
 
-cmake, objcopy, source, build, name = sys.argv[1:]
-build = pathlib.Path(build)
-staged = build / "package" / name
-debug = build / "package" / (name + "-debug")
+builds = [pathlib.Path(folder) for folder in sys.argv[1:]]
+# Written by Package.cmake.
+facts = [json.loads((build / "package.json").read_text("utf-8")) for build in builds]
+source, version = facts[0]["source"], facts[0]["version"]
+work = builds[0] / "package"
+staged = work / ("orvellogin-" + version)
+debug = work / (staged.name + "-debug")
 
 
 def run(*command, **options):
     return subprocess.run([str(part) for part in command], check=True, **options)
 
 
-shutil.rmtree(build / "package" / name, ignore_errors=True)
-shutil.rmtree(debug, ignore_errors=True)
-debug.mkdir(parents=True)
-for component in ((), ("--component", "zip")):
-    run(cmake, "--install", build, "--prefix", staged, *component, stdout=subprocess.DEVNULL)
+for folder in (staged, debug, work / "nuget"):
+    shutil.rmtree(folder, ignore_errors=True)
+for build, fact in zip(builds, facts):
+    for component in ((), ("--component", "zip")):
+        run(fact["cmake"], "--install", build, "--prefix", staged, *component, stdout=subprocess.DEVNULL)
+    (debug / fact["architecture"]).mkdir(parents=True)
+    for image in sorted((staged / "bin" / fact["architecture"]).iterdir()):
+        split(fact["objcopy"], image, debug / fact["architecture"])
 apipages.make(staged / "include", staged / "docs" / "api", source)
-for image in sorted((staged / "bin").iterdir()):
-    split(objcopy, image, debug)
-archive = write(staged, build, source)
-write(debug, build, source)
+archive = write(staged, builds[0], source)
+write(debug, builds[0], source)
 checksum = hashlib.sha256(archive.read_bytes()).hexdigest()
-(build / (archive.name + ".sha256")).write_text("%s  %s\n" % (checksum, archive.name))
+(builds[0] / (archive.name + ".sha256")).write_text("%s  %s\n" % (checksum, archive.name))
+nuget.stage(staged, work / "nuget", pathlib.Path(source, "packaging", "nuget"), version)
+write(work / "nuget", builds[0], source, "Orvel.Login.%s.nupkg" % version)

@@ -18,7 +18,7 @@ builds = [pathlib.Path(build) for build in sys.argv[3:]]
 staged = builds[0] / "package" / sys.argv[2]
 
 # They check sources, scripts and packages, or need a Linux shell.
-sources_only = {"documents", "hosts_install", "orvdiag_machines", "package", "rebuild", "scripts", "selftest"}
+sources_only = {"hosts_install", "orvdiag_machines", "package", "rebuild", "scripts", "selftest"}
 # They need what only a test under Wine can set for one process, by the first words of their names.
 only_here = {
     "no_runtime": "needs a machine without the .NET Framework",

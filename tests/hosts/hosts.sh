@@ -1,35 +1,45 @@
 #!/bin/bash
-# hosts.sh SOURCE BUILD ARCHITECTURE COMPILER [HEADING]: builds the sign-in examples by a compiler from the installed package, as a user
-# does, or by the commands that the page for users gives under a heading, and runs them. All of them print the same.
+# hosts.sh SOURCE BUILD ARCHITECTURE COMPILER [HEADING]: builds the sign-in examples by a compiler from the installed package,
+# as a user does, or by the commands that the page for users gives under a heading, and runs them. All of them print the same.
 set -euo pipefail
 source=$1 build=$2 architecture=$3 compiler=$4 heading=${5:-}
 . "$source/script/prologue"
-package=$build/tests/hosts/package
-scratch=$build/tests/hosts/$compiler
+triple=i686-w64-mingw32 bits=32
+[ "$architecture" = x86 ] || triple=x86_64-w64-mingw32 bits=64 hosts=$hosts_x64
+# Everything is reached through a folder whose name contains what scripts get wrong.
+odd="$build/tests/Клон mit 'Ümlaut"
+if [ "$compiler" = install ]; then
+  mkdir -p "$build/tests/hosts"
+  ln -sfn hosts "$odd"
+  ln -sfn hosts "${odd//\'/}"
+  ln -sfn "$source" "$odd/source"
+  ln -sfn "$hosts" "$odd/compilers"
+fi
+source=$odd/source hosts=$odd/compilers package=$odd/package scratch=$odd/$compiler
 rm -rf "$scratch"
 mkdir -p "$scratch"
 cd "$scratch"
 
 configure_and_build() { # CMAKE-OPTION...
-  cmake -S "$source/tests/hosts/project" -B . -G Ninja "-DCMAKE_PREFIX_PATH=$package" -DCMAKE_BUILD_TYPE=Release \
+  cmake -S "$source/tests/hosts/project" -B "$scratch" -G Ninja "-DCMAKE_PREFIX_PATH=$package" -DCMAKE_BUILD_TYPE=Release \
     -DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=BOTH "-DEXAMPLES=$source/examples" "$@"
-  cmake --build .
+  cmake --build "$scratch"
 }
-
-triple=i686-w64-mingw32 bits=32
-[ "$architecture" = x86 ] || triple=x86_64-w64-mingw32 bits=64 hosts=$hosts_x64
 
 # The commands that docs/integration.md gives under a heading: verbatim, or with the names for 64 bits.
 commands_of() { # HEADING
   # shellcheck disable=SC2016  # the backquotes are the page's
   sed -n "/^### $1\$/,/^##/p" "$source/docs/integration.md" | sed -n '/^```sh$/,/^```$/{/^```/d;p}' |
-    sed "s/i686-w64-mingw32/$triple/; s/-platform:x86/-platform:$architecture/; s/-Twin32/-Twin$bits/"
+    sed "s/i686-w64-mingw32/$triple/; s/-platform:x86/-platform:$architecture/; s/-Twin32/-Twin$bits/; s#/x86#/$architecture#g"
 }
-# Debian's fpc makes no Windows programs.
-# shellcheck disable=SC2317  # the page's commands call it
-fpc() {
-  "$hosts/fpc/pp" -n -v0 "-Fu$hosts/fpc/units" "$@"
-}
+# The page's fpc is a Free Pascal for Windows, which Debian does not have.
+if [ "$compiler" = pascal ]; then
+  mkdir free-pascal
+  ln -s "$hosts/fpc/pp" free-pascal/fpc
+  # By its real path: it cannot link what is in a folder whose name contains "'".
+  printf '%s\n' -v0 "-Fu$(realpath "$hosts/fpc/units")" > free-pascal/fpc.cfg
+  export PATH=$scratch/free-pascal:$PATH PPC_CONFIG_PATH=$scratch/free-pascal
+fi
 
 export PACKAGE=$package
 case $compiler in
@@ -41,8 +51,9 @@ case $compiler in
   mingw)
     configure_and_build "-DCMAKE_TOOLCHAIN_FILE=$source/cmake/mingw-$architecture.cmake"
     for name in orvellogin orvellogin-client; do
-      eval "$triple-g++-posix -std=c++17 '$source/examples/signin/main.cpp' -o $name.exe \
-        $(PKG_CONFIG_PATH=$package/lib/pkgconfig pkg-config --cflags --libs $name)"
+      # pkg-config does not escape "'" in the path of its file.
+      eval "options=($(PKG_CONFIG_PATH=${package//\'/}/lib/$architecture/pkgconfig pkg-config --cflags --libs "$name"))"
+      $triple-g++-posix -std=c++17 "$source/examples/signin/main.cpp" -o "$name.exe" "${options[@]}"
     done
     ;;
   clang-cl)
@@ -50,7 +61,7 @@ case $compiler in
     ;;
   *) eval "$(commands_of "$heading")" ;;
 esac
-cp -r "$build/bin/OrvelLoginManagerClient" .
+[ -d OrvelLoginManagerClient ] || cp -r "$build/bin/OrvelLoginManagerClient" .
 
 # What it prints to standard error, and the status.
 ends() { # PROGRAM COMMANDS
@@ -75,11 +86,27 @@ refuses() { # EXPLANATION COMMAND...
   tr -s '\n ' ' ' <<< "$output" | grep -qF "$explanation" || expect "refusal by $1" "$explanation" "$output"
 }
 if [ "$compiler" = mingw ]; then
-  printf 'cmake_minimum_required(VERSION 3.21)\nfind_package(orvellogin CONFIG REQUIRED)\n' > find.cmake
-  refuses "is for $architecture programs only" cmake -DCMAKE_SIZEOF_VOID_P=2 "-DCMAKE_PREFIX_PATH=$package" -P find.cmake
+  cat > find.cmake << 'END'
+cmake_minimum_required(VERSION 3.21)
+find_package(orvellogin ${VERSION} CONFIG REQUIRED COMPONENTS ${COMPONENT})
+END
+  own=4 other="x64|-DCMAKE_SIZEOF_VOID_P=8"
+  [ "$architecture" = x86 ] || own=8 other="x86|-DCMAKE_SIZEOF_VOID_P=4"
+  while IFS='|' read -r explanation options; do
+    # shellcheck disable=SC2086  # a list of options
+    refuses "$explanation" cmake "-DCMAKE_PREFIX_PATH=$package" $options -P find.cmake
+  done << END
+is for Windows programs, and this project is configured for "Linux"|-DCMAKE_SYSTEM_NAME=Linux
+architecture is not known yet|-DWIN32=1
+serves $architecture, and this project is configured for $other -DWIN32=1
+configured for ARM|-DWIN32=1 -DCMAKE_SIZEOF_VOID_P=$own -DMSVC=1 -DCMAKE_CXX_COMPILER_ARCHITECTURE_ID=ARM
+has no component "clients"; its components are|-DWIN32=1 -DCMAKE_SIZEOF_VOID_P=$own -DCOMPONENT=clients
+compatible with requested version "99"|-DWIN32=1 -DCMAKE_SIZEOF_VOID_P=$own -DVERSION=99
+use the component "client"|-DWIN32=1 -DCMAKE_SIZEOF_VOID_P=$own -DCOMPONENT=orvellogin
+END
   printf '#define ORVELLOGIN_HEADER_ONLY\n#include "login/LoginManagerClient.h"\n' > other.cpp
   refuses exported_and_header_only_class_in_one_program $triple-g++-posix -std=c++17 -I "$package/include" \
-    "$source/examples/signin/main.cpp" other.cpp "$package"/lib/liborvellogin{,c}.dll.a
+    "$source/examples/signin/main.cpp" other.cpp "$package/lib/$architecture"/liborvellogin{,c}.dll.a
 fi
 
 # What the examples do not show. The events of a client that is gone belong to the one that is left.
@@ -137,7 +164,7 @@ END
   mkdir -p "both/$architecture"
   mcs -langversion:5 -warnaserror -doc:rest.xml "-platform:$architecture" -out:both/rest.exe \
     "$PACKAGE/bindings/csharp/OrvelLogin.cs" rest.cs
-  cp -r "$PACKAGE"/bin/{orvelloginc,OrvelLoginClientCLR}.dll OrvelLoginManagerClient "both/$architecture"
+  cp -r "$PACKAGE/bin/$architecture"/{orvelloginc,OrvelLoginClientCLR}.dll OrvelLoginManagerClient "both/$architecture"
   expect 'what the example does not show' \
     "$expected; collected userName password targetUrl spaceUrl server clientId token disposed (0)" \
     "$(ends both/rest.exe 'formatAccessURL=echo')"

@@ -14,7 +14,10 @@ for script in "$source"/script/*; do
   same "how the help of $name begins" "$name" "$("$script" --help 2> /dev/null | sed 's/[: ].*//;q')"
   same "the status of $name --nonsense" 2 "$(status_of "$script" --nonsense)"
 done
-same "the status of build with a surplus argument" 2 "$(status_of "$source/script/build" mingw-x86-release x)"
+for arguments in "build mingw-x86-release x" "build " "wine-run --stop x"; do
+  IFS=' ' read -r name first second <<< "$arguments"
+  same "the status of $arguments" 2 "$(status_of "$source/script/$name" "$first" ${second:+"$second"})"
+done
 mkdir 'a;b' && cp -r "$source/script" 'a;b/'
 same "the status of setup in a folder that cannot work" 1 "$(status_of 'a;b/script/setup')"
 expect "setup says what to do" grep -q 'move it' output
@@ -36,10 +39,12 @@ refuses() { # FILE TEXT SCRIPT [ARGUMENT]: the script fails when the text was ad
   same "the status of $3 with ${2:0:50}" 1 "$(status_of "checkout/script/$3" "${@:4}")"
   cp kept "checkout/$1"
 }
+same "the status of the documents' check in this folder" 0 "$(status_of checkout/script/docs --check)$(grep -v '/index.html$' output)"
 refuses docs/architecture.dot '"orvsecutils/log" -> "tools/orvdiag"' check-architecture
 refuses orvsecutils/log/log.cpp '#include "login/boundary/ManagedPart.h"' check-architecture
 refuses login/include/login/uiLang.h 'int undocumented();' docs --check
 refuses README.md '[dead](docs/dead.md)' docs --check
+refuses README.md '[dead](docs/settings.md#dead)' check-links
 refuses tests/login/probe.cpp "$(seq 9999)" check-tests
 refuses login/boundary/Handshake.cpp 'int  a;' lint
 refuses login/boundary/ManagerMembers.h 'ManagedMember getNew{L"getNew", translated, nullIsEmpty, emptyOffline};' check-members

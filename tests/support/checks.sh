@@ -6,6 +6,7 @@ set -euo pipefail
 unset CDPATH
 export LC_ALL=C
 source=$1 build=$2
+architecture=$(sed -n 's/.*"architecture": "\([^"]*\)".*/\1/p' "$build/package.json")
 scratch="$build/tests/$(basename "$0" .sh) of a host's, größer & дальше"
 rm -rf "$scratch"
 mkdir -p "$scratch"

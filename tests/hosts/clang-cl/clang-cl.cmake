@@ -19,12 +19,14 @@ set(CMAKE_MT ${llvm}/llvm-mt)
 
 # libc++'s headers must come before those of the compiler, which would otherwise be first.
 execute_process(COMMAND ${clang} -print-resource-dir OUTPUT_VARIABLE builtin OUTPUT_STRIP_TRAILING_WHITESPACE)
-set(folders "-imsvc ${CMAKE_CURRENT_LIST_DIR}/include -imsvc ${builtin}/include -imsvc ${HOSTS}/wine/include/msvcrt \
--imsvc ${HOSTS}/wine/include/windows")
 set(common "-nobuiltininc --target=${processor}-pc-windows-msvc -fms-compatibility-version=19.20 /GS- /Zl /W4 /WX")
-set(CMAKE_C_FLAGS_INIT "${common} ${folders}")
-set(CMAKE_CXX_FLAGS_INIT "${common} /EHsc -imsvc ${llvm}/../include/c++/v1 ${folders} -D_LIBCPP_NO_VCRUNTIME \
--D_LIBCPP_NO_AUTO_LINK -D_LIBCPP_DISABLE_EXTERN_TEMPLATE -D_LIBCPP_DISABLE_VISIBILITY_ANNOTATIONS")
+set(CMAKE_C_FLAGS_INIT "${common}")
+set(CMAKE_CXX_FLAGS_INIT "${common} /EHsc -D_LIBCPP_NO_VCRUNTIME -D_LIBCPP_NO_AUTO_LINK -D_LIBCPP_DISABLE_EXTERN_TEMPLATE \
+-D_LIBCPP_DISABLE_VISIBILITY_ANNOTATIONS")
+# Not among the flags, which CMake splits at each space when it identifies the compiler.
+set(CMAKE_C_STANDARD_INCLUDE_DIRECTORIES
+  ${CMAKE_CURRENT_LIST_DIR}/include ${builtin}/include ${HOSTS}/wine/include/msvcrt ${HOSTS}/wine/include/windows)
+set(CMAKE_CXX_STANDARD_INCLUDE_DIRECTORIES ${llvm}/../include/c++/v1 ${CMAKE_C_STANDARD_INCLUDE_DIRECTORIES})
 set(CMAKE_MSVC_RUNTIME_LIBRARY "")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "/entry:mainCRTStartup /safeseh:no")
 foreach(language C CXX)
@@ -32,6 +34,6 @@ foreach(language C CXX)
   # ccache, which the environment may ask for, does not understand these options.
   unset(ENV{CMAKE_${language}_COMPILER_LAUNCHER})
   set(CMAKE_${language}_STANDARD_LIBRARIES
-    "${HOSTS}/wine/lib/libvcruntime140.a ${HOSTS}/wine/lib/libucrtbase.a ${HOSTS}/wine/lib/libkernel32.a" CACHE STRING "")
+    "\"${HOSTS}/wine/lib/libvcruntime140.a\" \"${HOSTS}/wine/lib/libucrtbase.a\" \"${HOSTS}/wine/lib/libkernel32.a\"" CACHE STRING "")
 endforeach()
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
