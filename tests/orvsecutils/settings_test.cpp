@@ -99,9 +99,9 @@ TEST_F(Settings, MalformedTextIsReportedNotChanged) {
     user.write(L"\xDC00", REG_DWORD, one);
     user.write(L"z", REG_DWORD, two);
     EXPECT_THROW(settings{definition}, std::range_error);
-    std::vector<std::wstring> malformed;
-    EXPECT_THAT(readgroup(settingsscope::user, definition, &malformed), ElementsAre(Key("z")));
-    EXPECT_THAT(malformed, UnorderedElementsAre(L"a", L"\xDC00"));
+    std::vector<unusedvalue> unused;
+    EXPECT_THAT(readvalues(user.key.get(), &unused), ElementsAre(Key("z")));
+    EXPECT_THAT(unused, UnorderedElementsAre(Field(&unusedvalue::name, L"a"), Field(&unusedvalue::name, L"\xDC00")));
 }
 
 TEST_F(Settings, TheUsersValueWinsWhateverItsKind) {

@@ -157,7 +157,8 @@ void parser::addcommands() {
         "settings", "a settings group: names, kinds, values and scopes",
         "Prints the values of one of the library's groups in the registry: the user's and the machine's, including\n"
         "those in the 32-bit view, which the library does not read, and those that it ignores or cannot read. A\n"
-        "user's value hides the machine's value of the same name, which is then marked.",
+        "user's value overrides the machine's value of the same name, which is then marked. Values whose name\n"
+        "or group looks like a password, token or key, and such parts of other values, are (hidden).",
         [](const commandarguments& values) { return show(settingsof(values.group), values.json); });
     added->add_option("GROUP", values->group, "name of the group, for example Debug")->required()->check(notempty);
     addjson(added);
@@ -170,10 +171,14 @@ void parser::addcommands() {
     added->add_option("STATE", values->state, "on or off")->check(CLI::IsMember({"on", "off"}));
     addjson(added);
 
-    added =
-        add("log", "where the log file is, and its last lines",
-            "Prints the log file's path and its last lines. --level and --program keep the lines of a record together.",
-            [](const commandarguments& values) { return showlog(values.log); });
+    added = add(
+        "log", "where the log file is, and its last lines",
+        "Prints the log file's path and its last lines. --level and --program keep the lines of a record together.\n"
+        "--follow also goes on after the file was renamed, deleted, replaced, or emptied. What was written less than\n"
+        "20 milliseconds before that moment is lost; the tool has the file open only while it reads, and never\n"
+        "changes it. In long lines the middle is left out. Passwords, tokens, keys and the like are (hidden),\n"
+        "control characters are shown as codes, malformed characters are replaced.",
+        [](const commandarguments& values) { return showlog(values.log); });
     CLI::Option* const lines =
         added->add_option("-n", values->log.lines, "number of lines (default: 20)")->check(notempty);
     added->add_flag_callback("--all", [values = values] { values->log.lines.reset(); }, "all lines")->excludes(lines);

@@ -2,53 +2,57 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace orvdiag {
 
-/// Reads a text file that other programs write, rename, delete and replace at the same time. Does not get in their way:
-/// it keeps the file open only while it reads a block.
+/// Reads the lines of a text file that other programs write, empty, delete and replace at the same time. Stays out of
+/// their way: it only reads, and has the file open only for the time of a call.
+///
+/// A line is delivered without its end and without a byte order mark. Of a line above half a megabyte the middle is
+/// left out, and the line says so. Zeros, which a power failure leaves in a file, end a line, and are delivered as a
+/// line that says how many there are.
 class filetail {
 public:
-    /// `path`: UTF-8; the file need not exist yet. `following` keeps the file's content readable after its deletion or
-    /// replacement, by a second name (a hard link) beside it. On a file system without hard links, lines that were not
-    /// read before are then lost.
-    filetail(const std::string& path, bool following);
-    ~filetail();
-    filetail(const filetail&) = delete;
-    filetail& operator=(const filetail&) = delete;
+    /// Called with each line in order.
+    using taker = std::function<void(std::string_view line)>;
+
+    /// `path`: UTF-8; the file need not exist yet.
+    explicit filetail(const std::string& path);
 
     /// Goes to the start of the file, or to the start of its last lines. Returns 0, or the system's error code if the
     /// file cannot be read.
     unsigned long begin(std::optional<std::size_t> lastlines);
 
-    /// The next complete lines, at most about a megabyte; empty if there are none at present. When the file was
-    /// replaced, continues with the new file from its start.
-    std::string next();
+    /// Delivers the complete lines of the next megabyte at most. Returns false if there is nothing new at present. If
+    /// the file was replaced, or emptied and written again, the next call continues with its new start; the lines
+    /// written between the call before that moment and the moment itself are lost.
+    bool next(const taker& take);
 
-    /// The text after the last complete line.
-    std::string rest();
+    /// Delivers what follows the last complete line.
+    void rest(const taker& take);
 
 private:
     struct identity {
-        std::uint64_t volume;
-        std::uint64_t file;
+        std::uint64_t volume = 0;
+        std::uint64_t file = 0;
+        bool operator==(const identity& other) const { return volume == other.volume && file == other.file; }
     };
+    struct opened;
 
-    unsigned long link();
-    void unlink();
-    std::string lines(std::string block);
-    std::string finished();
+    void split(std::string_view block, const taker& take);
+    void finish(const taker& take);
 
     const std::wstring path;
-    const bool following;
-    std::wstring linkname;
-    bool linked = false;
-    bool leaving = false;  // the last call found that the file is gone
-    std::optional<identity> current;
+    identity current;
     std::int64_t position = 0;
-    std::string unfinished;
+    std::string before;       // the bytes in front of the position
+    std::string line;         // what was read of a line without its end
+    std::size_t leftout = 0;  // bytes out of the middle of that line
+    std::uint64_t zeros = 0;  // zeros in front of that line
 };
 
 }  // namespace orvdiag

@@ -61,12 +61,19 @@ std::string switchreason(const std::vector<storedvalue>& rows, bool groupread) {
         return std::string("because the group ") + debugsettings::groupname + " cannot be read";
     }
     bool any = false;
+    std::string unreadable;
     for (const storedvalue& row : rows) {  // sorted: the user's value comes before the machine's
         if (isreadasswitch(row)) {
-            return row.kind == "number" ? "by the " + whose(row.location) + " setting"
-                                        : "because " + settingphrase(row) + " is not a number";
+            return row.kind == numberkind ? "by the " + whose(row.location) + " setting"
+                                          : "because " + settingphrase(row) + " is not a number";
         }
         any = any || hasswitchname(row);
+        if (row.kind == groupkind && row.location != registrylocation::machine32) {
+            unreadable = "because the " + whose(row.location) + " group " + debugsettings::groupname + " " + row.remark;
+        }
+    }
+    if (!unreadable.empty()) {
+        return unreadable;
     }
     return any ? "because no value that the library reads sets it" : "because nobody has set it";
 }

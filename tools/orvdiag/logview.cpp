@@ -3,29 +3,18 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <atomic>
 #include <deque>
 
 #include "orvsecutils/log/logfile.h"
 #include "orvsecutils/platform/platform.h"
 #include "tools/orvdiag/filetail.h"
-#include "tools/orvdiag/logging.h"
 #include "tools/orvdiag/output.h"
+#include "tools/orvdiag/secrets.h"
 #include "tools/orvdiag/text.h"
 
 namespace orvdiag {
 
 namespace {
-
-std::atomic<bool> interrupted = false;
-
-BOOL WINAPI interrupt(DWORD event) {
-    interrupted = true;
-    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
-        Sleep(2000);  // the system ends the process when this returns, so leave the main thread time to clean up
-    }
-    return TRUE;
-}
 
 // The position of the level in the first line of a record, as in "11/21/2026 09:14:03+0100,info,host.exe,message"; npos
 // if the line does not begin a record.
@@ -45,43 +34,31 @@ std::size_t levelat(std::string_view line) {
     return pattern.size();
 }
 
-// Calls `take` with each line that passes the filter, including its line feed.
-template <class Take>
-void foreachline(std::string_view text, recordfilter& filter, Take take) {
-    while (!text.empty()) {
-        const std::string_view line = text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
-        text.remove_prefix(line.size());
-        if (filter.passes(line)) {
-            take(line);
-        }
-    }
-}
-
-std::string filtered(std::string_view text, recordfilter& filter) {
-    std::string result;
-    foreachline(text, filter, [&](std::string_view line) { result += line; });
-    return result;
-}
-
 std::string readfailure(const std::string& path, unsigned long failure) {
     return path.empty() ? "there is no log file: Windows reports no profile folder for this user"
                         : "the log file cannot be read: " + systemmessage(failure);
+}
+
+// A line of the log as it is shown: whoever writes to the log decides neither what the console does nor what leaves the
+// machine.
+std::string shown(std::string_view line) {
+    return oneline(withoutsecrets(toutf8lossy(line)));
 }
 
 // The last `count` lines at present that pass the filter.
 std::deque<std::string> lastpassinglines(filetail& tail, std::size_t count, recordfilter& filter, bool unfinished) {
     std::deque<std::string> lines;
     const auto keep = [&](std::string_view line) {
-        lines.emplace_back(line);
+        if (filter.passes(line)) {
+            lines.emplace_back(line);
+        }
         if (lines.size() > count) {
             lines.pop_front();
         }
     };
-    for (std::string text; !(text = tail.next()).empty();) {
-        foreachline(text, filter, keep);
-    }
+    while (tail.next(keep)) {}
     if (unfinished) {
-        foreachline(tail.rest(), filter, keep);
+        tail.rest(keep);
     }
     return lines;
 }
@@ -96,51 +73,50 @@ bool recordfilter::passes(std::string_view line) {
     if (level == std::string_view::npos) {
         return passing;
     }
-    const std::size_t end = std::min(line.find(',', level), line.size());
-    const std::string_view rest = line.substr(std::min(end + 1, line.size()));
+    const std::size_t end = line.find(',', level);
     passing =
+        end != std::string_view::npos &&
         (levels.empty() || std::find(levels.begin(), levels.end(), line.substr(level, end - level)) != levels.end()) &&
-        (program.empty() || equalsignorecase(rest.substr(0, program.size() + 1), program + ","));
+        (program.empty() || equalsignorecase(line.substr(end + 1, program.size() + 1), program + ","));
     return passing;
 }
 
 int showlog(logrequest request) {
-    constexpr DWORD pausemilliseconds = 20;
     const std::string path = orvsecutils::logfilepath(orvsecutils::currentplatform());
     if (path.empty()) {
         printerror(readfailure(path, 0));
         return 1;
     }
-    if (request.follow) {
-        SetConsoleCtrlHandler(interrupt, TRUE);
-    }
     print("Log file: " + path + "\n");
     recordfilter& filter = request.filter;
-    filetail tail(path, request.follow);
+    filetail tail(path);
     // Without a filter, only the last lines need to be read.
     const bool unfiltered = filter.levels.empty() && filter.program.empty();
     const unsigned long failure = tail.begin(unfiltered ? request.lines : std::nullopt);
     if (failure != 0) {
         printerror(readfailure(path, failure));
-    } else if (request.lines) {
+    }
+    if (request.lines) {
         for (const std::string& line : lastpassinglines(tail, *request.lines, filter, !request.follow)) {
-            print(line);
+            print(shown(line) + "\n");
         }
-    } else {
-        for (std::string text; !(text = tail.next()).empty() && print(filtered(text, filter));) {}
     }
-    if (!request.follow) {
-        print(filtered(tail.rest(), filter));
-        return failure == 0 ? 0 : 1;
-    }
-    while (!interrupted) {
-        const std::string text = tail.next();
-        if (!print(filtered(text, filter))) {
-            break;  // the reader of the pipe has closed it, which shows at the first write after that
+    std::string lines;
+    const auto collect = [&](std::string_view line) { lines += filter.passes(line) ? shown(line) + "\n" : ""; };
+    // Ends when the reader of the pipe has closed it, which shows at the first write after that. Ctrl+C ends the
+    // process as usual: there is nothing to clean up.
+    while (print(lines)) {
+        lines.clear();
+        if (tail.next(collect)) {
+            continue;
         }
-        if (text.empty()) {
-            Sleep(pausemilliseconds);
+        if (!request.follow) {
+            tail.rest(collect);
+            print(lines);
+            return failure == 0 ? 0 : 1;
         }
+        // Short, because lines are missed that were written since the last look when the file is replaced.
+        Sleep(20);
     }
     return 0;
 }
@@ -148,18 +124,17 @@ int showlog(logrequest request) {
 commandresult lastlines(std::size_t count) {
     commandresult result = {0, std::string(), json::array()};
     const std::string path = orvsecutils::logfilepath(orvsecutils::currentplatform());
-    filetail tail(path, false);
+    filetail tail(path);
     const unsigned long failure = path.empty() ? ERROR_PATH_NOT_FOUND : tail.begin(count);
     if (failure != 0) {
         return {1, "None: " + readfailure(path, failure) + ".\n", result.data};
     }
     recordfilter nofilter;
     for (const std::string& line : lastpassinglines(tail, count, nofilter, true)) {
-        const std::string text = toutf8lossy(line);
-        result.text += text;
-        result.data.push_back(text.substr(0, text.find('\n')));
+        const std::string text = shown(line);
+        result.data.push_back(text);
+        result.text += text + "\n";
     }
-    result.text += result.text.empty() || result.text.back() == '\n' ? "" : "\n";
     return result;
 }
 

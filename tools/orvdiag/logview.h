@@ -30,11 +30,11 @@ struct logrequest {
     recordfilter filter;
 };
 
-/// Prints the path and the last lines of the log file; with `follow`, also new lines until interrupted. Returns the
-/// exit status.
+/// Prints the path and the last lines of the log file, without control characters and secrets; with `follow`, also new
+/// lines until interrupted. Returns the exit status.
 int showlog(logrequest request);
 
-/// The last lines of the log, at most `count`, or why there are none.
+/// The last lines of the log, at most `count`, as showlog() prints them, or why there are none.
 commandresult lastlines(std::size_t count);
 
 }  // namespace orvdiag

@@ -4,8 +4,6 @@
 
 #include <algorithm>
 
-#include "tools/orvdiag/commandresult.h"
-
 namespace orvdiag {
 
 namespace {
@@ -37,8 +35,11 @@ std::string oneline(std::string_view text) {
     static constexpr char digits[] = "0123456789abcdef";
     std::string result;
     for (const char character : text) {
-        const auto code = static_cast<unsigned char>(character);
-        if (code < 0x20 || code == 0x7F) {
+        auto code = static_cast<unsigned char>(character);
+        // UTF-8 writes the controls from U+0080 to U+009F, which some terminals obey too, as C2 and their code.
+        const bool high = code >= 0x80 && code < 0xA0 && !result.empty() && result.back() == '\xC2';
+        if (high || (code < 0x20 && code != '\t') || code == 0x7F) {
+            result.resize(result.size() - (high ? 1 : 0));
             result += {'\\', 'u', '0', '0', digits[code >> 4], digits[code & 15]};
         } else {
             result += character;
@@ -48,7 +49,7 @@ std::string oneline(std::string_view text) {
 }
 
 std::string quoted(const std::string& text) {
-    return oneline(json(text).dump(-1, ' ', false, json::error_handler_t::replace));
+    return "\"" + oneline(toutf8lossy(text)) + "\"";
 }
 
 bool equalsignorecase(std::string_view a, std::string_view b) {

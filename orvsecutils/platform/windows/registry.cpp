@@ -55,6 +55,11 @@ std::optional<std::string> expand(const wchar_t* text) {
     return toutf8(buffer.c_str());
 }
 
+// Whether values of this registry type are settings.
+bool isread(DWORD type) {
+    return type == REG_DWORD || type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
+}
+
 // Reads the values of one key. The buffer is reused for all of them, to save allocations.
 class valuereader {
 public:
@@ -180,39 +185,51 @@ bool write(HKEY key, const writtenvalue& value) {
 
 }  // namespace
 
-settingsmap readgroup(settingsscope scope, const settingsdef& definition, std::vector<std::wstring>* malformed) {
+settingsmap readvalues(HKEY key, std::vector<unusedvalue>* unused) {
     settingsmap values;
-    const registrykey key = openforreading(scope, definition);
     DWORD count = 0;
-    if (!key || RegQueryInfoKeyW(key.get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &count, nullptr,
-                                 nullptr, nullptr, nullptr) != ERROR_SUCCESS) {
+    if (RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &count, nullptr, nullptr, nullptr,
+                         nullptr) != ERROR_SUCCESS) {
         return values;
     }
-    valuereader reader(key.get());
+    valuereader reader(key);
     // Not utf16buffer(), because clearing such a large buffer would cost as much as opening the key.
-    const std::unique_ptr<wchar_t[]> name(new (std::nothrow) wchar_t[namebufferunits]);
+    const std::unique_ptr<wchar_t[]> name(new (std::nothrow) wchar_t[namebufferunits + 1]);
     if (!name) {
         throw platformerror(platformerror::generalfailure);
     }
     for (DWORD index = 0; index < count; ++index) {
-        DWORD units = namebufferunits;
+        DWORD units = namebufferunits + (unused ? 1 : 0);  // only the unused values include one with the longest name
         DWORD type = REG_NONE;
-        if (RegEnumValueW(key.get(), index, name.get(), &units, nullptr, &type, nullptr, nullptr) != ERROR_SUCCESS) {
+        if (RegEnumValueW(key, index, name.get(), &units, nullptr, &type, nullptr, nullptr) != ERROR_SUCCESS) {
             continue;
         }
+        unusedvalue::cause why = unusedvalue::cause::longname;
         try {
-            if (std::unique_ptr<setting> value = reader.read(name.get(), type)) {
-                // With the end as a hint, because the registry usually enumerates names in order.
-                values.insert_or_assign(values.end(), toutf8({name.get(), units}), std::move(value));
+            if (units < namebufferunits) {
+                if (std::unique_ptr<setting> value = reader.read(name.get(), type)) {
+                    // With the end as a hint, because the registry usually enumerates names in order.
+                    values.insert_or_assign(values.end(), toutf8({name.get(), units}), std::move(value));
+                    continue;
+                }
+                why = isread(type) ? unusedvalue::cause::data : unusedvalue::cause::type;
             }
         } catch (const std::range_error&) {
-            if (!malformed) {
+            if (!unused) {
                 throw;
             }
-            malformed->emplace_back(name.get(), units);
+            why = unusedvalue::cause::text;
+        }
+        if (unused) {
+            unused->push_back({{name.get(), units}, type, why});
         }
     }
     return values;
+}
+
+settingsmap readgroup(settingsscope scope, const settingsdef& definition) {
+    const registrykey key = openforreading(scope, definition);
+    return key ? readvalues(key.get()) : settingsmap();
 }
 
 bool writegroup(settingsscope scope, const settingsdef& definition, const settingsmap& values) {
