@@ -8,7 +8,7 @@ namespace OrvelLoginClientCLR
 {
     /// Describes the outside assemblies for the diagnostics tool, without running any of their code. Refers to their types by
     /// name only, so that it can report which ones are missing.
-    public static class Inspection
+    public static unsafe class Inspection
     {
         const string Client = "OrvelLoginClient";
         const string Utils = "loginManagerUtils";
@@ -47,8 +47,9 @@ namespace OrvelLoginClientCLR
                 }
             }
             char[] text = string.Join("\n", lines).ToCharArray();
-            var address = (IntPtr)long.Parse(parts[0], CultureInfo.InvariantCulture);
-            Marshal.Copy(text, 0, address, Math.Min(text.Length, int.Parse(parts[1], CultureInfo.InvariantCulture) - 1));
+            // Through a pointer: in a 32-bit process, IntPtr's own conversions refuse addresses above 2 GB.
+            var address = (void*)ulong.Parse(parts[0], CultureInfo.InvariantCulture);
+            Marshal.Copy(text, 0, (IntPtr)address, Math.Min(text.Length, int.Parse(parts[1], CultureInfo.InvariantCulture) - 1));
             return 0;
         }
 
