@@ -36,7 +36,10 @@ constexpr const wchar_t* badImage = sizeof(void*) == 8 ? L"a file is not a valid
 
 constexpr CodeExplanation startExplanations[] = {
     {CLR_E_SHIM_RUNTIMELOAD, L"the .NET Framework 4 is not installed or cannot be loaded"},
-    {CLR_E_SHIM_LEGACYRUNTIMEALREADYBOUND, L"the host program has bound this process to an older runtime"},
+    {CLR_E_SHIM_LEGACYRUNTIMEALREADYBOUND,
+     L"this process has bound the activation of legacy components to an older runtime "
+     L"(useLegacyV2RuntimeActivationPolicy "
+     L"or CorBindToRuntimeEx of the host)"},
     {HOST_E_CLRNOTAVAILABLE, L"the runtime is not available in this process (it has failed or is shutting down)"},
     {HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND), L"mscoree.dll is missing: the .NET Framework is not installed"},
     {HRESULT_FROM_WIN32(ERROR_PROC_NOT_FOUND), L"mscoree.dll is older than the .NET Framework 4"},
@@ -48,7 +51,9 @@ constexpr CodeExplanation startExplanations[] = {
 
 constexpr CodeExplanation runExplanations[] = {
     {COR_E_NOTSUPPORTED,
-     L"the file is marked as coming from the internet; unblock the ZIP in its properties and unpack it again"},
+     L"the file is marked as coming from the internet (unblock the ZIP in its properties and unpack it again), or is "
+     L"on "
+     L"a network share (install to a local drive, or enable loadFromRemoteSources in the host's .config)"},
     {COR_E_MISSINGMETHOD, L"the file is of another version, which lacks this method"},
     {COR_E_TYPELOAD, L"the file is of another version, which lacks this class"},
     {COR_E_FORMAT, L"the file is of another version, which does not understand this one"},
