@@ -43,6 +43,10 @@ void remove(Running& ended, Running*& list) {
 }
 
 void raise(Callback Callbacks::* event) noexcept {
+    // The host's own code and data may be gone by then.
+    if (processIsEnding()) {
+        return;
+    }
     Slots& all = slots();
     std::unique_lock<std::mutex> lock(all.guard);
     const Callback callback = all.callbacks.*event;

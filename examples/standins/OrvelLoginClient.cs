@@ -59,6 +59,12 @@ namespace OrvelLoginClient
             Steering.Handlers = login == null ? logout == null ? "none" : "logout" : logout == null ? "login" : "login logout";
             Steering.Read();
             Steering.Obey("constructor");
+            if (Steering.Steers("exit"))
+                AppDomain.CurrentDomain.ProcessExit += (sender, e) =>
+                {
+                    Steering.Obey("exit");
+                    loggedOut();
+                };
         }
 
         ~LoginManagerClient()

@@ -32,7 +32,7 @@ namespace OrvelLoginClient
 
     /// Lets tests control the stand-in. The environment variable ORVEL_STANDIN, read whenever a manager is created, holds
     /// `member=command` pairs separated by ";". A member is one of the manager's members or of the record's fields, or
-    /// "events" for how events are raised.
+    /// "events" for how events are raised, or "exit", which makes the manager raise its sign-out event when the runtime shuts down.
     ///
     ///     null          returns null
     ///     echo          returns the argument (login: as userName and firstName)
@@ -71,6 +71,11 @@ namespace OrvelLoginClient
                 read[pair.Substring(0, equals)] = pair.Substring(equals + 1);
             }
             commands = read;
+        }
+
+        public static bool Steers(string member)
+        {
+            return commands != null && commands.ContainsKey(member);
         }
 
         public static bool Nulls(string member)

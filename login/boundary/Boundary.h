@@ -90,6 +90,7 @@ struct Handshake {
     std::int32_t memberSize = sizeof(ManagedMember);
     ManagedCall registerResolveHandler = nullptr;
     ManagedCall bindManagerMembers = nullptr;  ///< result: ManagerMembers; handle: the number of its members
+    const volatile std::int32_t* runtimeEnding = nullptr;  ///< 1 from the beginning of the runtime's shutdown
 };
 
 }  // namespace OrvelLoginClientCLR

@@ -12,7 +12,8 @@ namespace {
 
 const Handshake& managedPart() {
     // A static local, here and in managerMembers(): if its initialisation throws, the next call tries again.
-    static const Handshake handshake = enterManagedPart(libraryPath(), besideLibrary(L"OrvelLoginClientCLR.dll"));
+    static const std::wstring library = libraryPath();
+    static const Handshake handshake = enterManagedPart(library, beside(library, managedPartName));
     return handshake;
 }
 

@@ -6,6 +6,7 @@
 #include <initguid.h>  // no library defines the identifiers of mscoree.h, so this file does
 #include <wrl/client.h>
 
+#include <atomic>
 #include <memory>
 
 #include "login/hosting/ClrHosting.h"
@@ -23,6 +24,11 @@ namespace {
 using ShutdownInProgress = BOOLEAN(NTAPI*)();
 const auto shutdownInProgress = reinterpret_cast<ShutdownInProgress>(
     reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlDllShutdownInProgress")));
+
+// The runtime begins its shutdown earlier than that, in CorExitProcess, which the C runtime's exit() calls. From then
+// on it answers calls of native code with a structured exception (0xC0020001) that no C++ handler catches.
+constexpr std::int32_t neverEnding = 0;
+std::atomic<const volatile std::int32_t*> runtimeEnding{&neverEnding};
 
 void check(HRESULT result) {
     if (FAILED(result)) {
@@ -108,8 +114,12 @@ std::uint32_t executeInDefaultAppDomain(const std::wstring& assembly, const wcha
     return returned;
 }
 
+void watchRuntimeEnding(const volatile std::int32_t* flag) noexcept {
+    runtimeEnding = flag;
+}
+
 bool processIsEnding() noexcept {
-    return shutdownInProgress && shutdownInProgress();
+    return *runtimeEnding.load(std::memory_order_acquire) != 0 || (shutdownInProgress && shutdownInProgress());
 }
 
 void refuseWhileProcessIsEnding() {

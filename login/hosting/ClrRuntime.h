@@ -19,8 +19,12 @@ inline constexpr wchar_t runtimeVersion[] = L"v4.0.30319";
 std::uint32_t executeInDefaultAppDomain(const std::wstring& assembly, const wchar_t* typeName, const wchar_t* method,
                                         const std::wstring& argument);
 
-/// Whether the process is ending. Then the system has ended all other threads and the runtime may be down, so managed
-/// code must not be called.
+/// Passes on where the managed part announces the runtime's shutdown: `flag` becomes 1 and must stay readable until the
+/// process ends.
+void watchRuntimeEnding(const volatile std::int32_t* flag) noexcept;
+
+/// Whether the process is ending: the runtime's shutdown has begun, or the system has ended all other threads. Then
+/// managed code must not be called.
 bool processIsEnding() noexcept;
 
 /// Throws `loginRuntimeException` (HOST_E_CLRNOTAVAILABLE) if the process is ending.

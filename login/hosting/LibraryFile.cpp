@@ -2,8 +2,14 @@
 
 #include <windows.h>
 
+#include <psapi.h>
+
+#include <algorithm>
+#include <cwchar>
 #include <memory>
+#include <string_view>
 #include <type_traits>
+#include <utility>
 
 namespace OrvelLoginClientCLR {
 
@@ -16,10 +22,7 @@ HMODULE thisModule(DWORD flags) {
     return module;
 }
 
-}  // namespace
-
-std::wstring libraryPath() {
-    const HMODULE module = thisModule(GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT);
+std::wstring modulePath(HMODULE module) {
     std::wstring path(MAX_PATH, L'\0');
     for (;;) {
         const DWORD length = GetModuleFileNameW(module, &path[0], static_cast<DWORD>(path.size()));
@@ -31,18 +34,42 @@ std::wstring libraryPath() {
     }
 }
 
-std::wstring besideLibrary(const wchar_t* name) {
-    const std::wstring path = libraryPath();
+}  // namespace
+
+std::wstring libraryPath() {
+    return modulePath(thisModule(GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT));
+}
+
+std::wstring beside(const std::wstring& path, const wchar_t* name) {
     return path.substr(0, path.find_last_of(L'\\') + 1) + name;
 }
 
+std::vector<std::wstring> loadedLibraries() {
+    std::vector<HMODULE> modules(4096);  // more than any process has
+    const auto size = static_cast<DWORD>(modules.size() * sizeof(HMODULE));
+    DWORD filled = 0;
+    EnumProcessModules(GetCurrentProcess(), modules.data(), size, &filled);
+    modules.resize(std::min(size, filled) / sizeof(HMODULE));
+    std::vector<std::wstring> libraries;
+    for (const HMODULE module : modules) {
+        std::wstring path = modulePath(module);
+        const wchar_t* const name = path.c_str() + path.find_last_of(L'\\') + 1;
+        if (_wcsicmp(name, L"orvellogin.dll") == 0 || _wcsicmp(name, L"orvelloginc.dll") == 0) {
+            libraries.push_back(std::move(path));
+        }
+    }
+    return libraries;
+}
+
 std::wstring withoutLongPathPrefix(const std::wstring& path) {
-    static const std::wstring prefix = L"\\\\?\\";
-    static const std::wstring share = prefix + L"UNC\\";
-    if (path.compare(0, share.size(), share) == 0) {
+    constexpr std::wstring_view prefix = LR"(\\?\)";
+    constexpr std::wstring_view share = LR"(\\?\UNC\)";
+    if (_wcsnicmp(path.c_str(), share.data(), share.size()) == 0) {
         return L"\\\\" + path.substr(share.size());
     }
-    return path.compare(0, prefix.size(), prefix) == 0 ? path.substr(prefix.size()) : path;
+    const bool onDrive = path.size() > prefix.size() && path.compare(0, prefix.size(), prefix) == 0 &&
+                         path.compare(prefix.size() + 1, 2, L":\\") == 0;
+    return onDrive ? path.substr(prefix.size()) : path;
 }
 
 std::wstring fileVersion(const std::wstring& path) {

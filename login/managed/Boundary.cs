@@ -92,6 +92,7 @@ namespace OrvelLoginClientCLR
         public int memberSize;
         public IntPtr registerResolveHandler;
         public IntPtr bindManagerMembers;
+        public int* runtimeEnding;
 
         public bool Fits()
         {

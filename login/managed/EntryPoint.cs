@@ -5,6 +5,23 @@ using System.Runtime.InteropServices;
 
 namespace OrvelLoginClientCLR
 {
+    /// Tells the native side that the runtime's shutdown has begun, after which it must not be called any more.
+    static unsafe class RuntimeEnd
+    {
+        /// 1 from the beginning of the shutdown. Never freed and not in the native library, which may have been unloaded by
+        /// then; the same for every copy of that library in the process.
+        public static readonly int* Flag = Watch();
+
+        static int* Watch()
+        {
+            var flag = (int*)Marshal.AllocHGlobal(sizeof(int));
+            *flag = 0;
+            // Before a login manager is loaded, so that this handler runs before those of the manager.
+            AppDomain.CurrentDomain.ProcessExit += (sender, e) => *flag = 1;
+            return flag;
+        }
+    }
+
     /// The entry point for the native side. This class must not refer to types of the outside assemblies, because it runs
     /// before they can be found. It also avoids the class library, because the first use of each of its classes costs
     /// milliseconds of the host's first call.
@@ -29,14 +46,28 @@ namespace OrvelLoginClientCLR
                 return 0;
             handshake->registerResolveHandler = Marshal.GetFunctionPointerForDelegate(registerResolveHandler);
             handshake->bindManagerMembers = Marshal.GetFunctionPointerForDelegate(bindManagerMembers);
+            handshake->runtimeEnding = RuntimeEnd.Flag;
             return InterfaceVersion;
+        }
+
+        /// Writes the path of this assembly's file: the runtime may have loaded it from elsewhere than the native side asked.
+        /// `argument` holds a buffer's address and its size in code units, both decimal; a longer path is not written. Returns
+        /// the length of the path. Native sides of other versions call this too, so it never changes.
+        public static int Location(string argument)
+        {
+            int space = argument.IndexOf(' ');
+            var buffer = (char*)Number(argument, 0, space);
+            string path = Assembly.GetExecutingAssembly().Location;
+            for (int i = 0; i < path.Length && (ulong)path.Length <= Number(argument, space + 1, argument.Length); i++)
+                buffer[i] = path[i];
+            return path.Length;
         }
 
         static ulong Number(string text, int from, int to)
         {
             ulong number = 0;
             for (int i = from; i < to; i++)
-                number = number * 10 + text[i] - '0';
+                number = number * 10 + (ulong)(text[i] - '0');
             return number;
         }
 

@@ -85,9 +85,6 @@ TEST(Deployment, IsUsedAsFarAsPossibleAndItsFaultsAreNamed) {
          {"construct: these two files do not belong together: ",
           "\\orvellogin.dll (version " PROJECT_VERSION ".0) and ",
           "\\OrvelLoginClientCLR.dll (version 0.9.8.7); take both from one package"}},
-        {{{part, L"later\\OrvelLoginClientCLR.dll"}},
-         L"construct",
-         {"construct: these two files do not belong together: ", "(version 0.9.8.7)"}},
         {old,
          L"construct tenant kelpa login platform tenant destroy",
          {"construct: done\ntenant: Old Works\nkelpa: System.MissingMethodException: ",
@@ -124,6 +121,17 @@ TEST(Deployment, AClientOfAPlugInLeavesTheHostsExitStatusAlone) {
         EXPECT_EQ(ended.status, 7u);
         EXPECT_EQ(ended.errors, "");
     }
+}
+
+TEST(Deployment, TheManagerIsLeftAloneOnceTheRuntimeShutsDown) {
+    const Deployment deployment;
+    SetEnvironmentVariableW(L"ORVEL_STANDIN", L"exit=wait orvellogin-refused");
+    const program::result ended = deployment.start(L"listen linger shutdown").wait();
+    SetEnvironmentVariableW(L"ORVEL_STANDIN", nullptr);
+    EXPECT_EQ(ended.status, 7u);
+    EXPECT_EQ(ended.output,
+              "listen: done\nlinger: done\nlinger: the process is ending, and the runtime cannot be called any more "
+              "(HRESULT 0x80131023)\n");
 }
 
 TEST(Deployment, HandlerServesAnyAssemblyByItsSimpleNameAndNothingElse) {

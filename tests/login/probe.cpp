@@ -12,6 +12,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include "login/LoginManagerClient.h"
 #include "login/hosting/ClrRuntime.h"
@@ -50,9 +51,32 @@ const std::map<std::wstring, Step> steps = {
          reinterpret_cast<void (*)()>(reinterpret_cast<void*>(signIn))();
      })},
     {L"destroy", plain([] { client.reset(); })},
+    {L"listen", plain([] {
+         const auto called = [] { std::puts("called back"); };
+         client = std::make_unique<LoginManagerClient>(called, called, uiLangFallback);
+         client->stopDNMListener();
+     })},
+    // Calls a member again and again until it is refused, which the manager's handler of the process's end waits for.
+    {L"linger", plain([] {
+         static const HANDLE refused = CreateEventW(nullptr, TRUE, FALSE, L"orvellogin-refused");
+         std::thread([kept = client.release()] {
+             std::string result = "Example Works";
+             for (int i = 0; i < 1000 && result == "Example Works"; ++i, Sleep(5)) {
+                 result = resultOf([&] { return kept->getTenantName(); });
+             }
+             std::printf("linger: %s\n", result.c_str());
+             std::fflush(stdout);
+             SetEvent(refused);
+         }).detach();
+     })},
     {L"hide", plain([] { rename(folder / L"OrvelLoginManagerClient", folder / L"hidden"); })},
     {L"show", plain([] { rename(folder / L"hidden", folder / L"OrvelLoginManagerClient"); })},
     {L"exit", plain([] { std::exit(7); })},
+    // As exit() does when it has called the functions of atexit(), after which g++'s programs cannot throw any more.
+    {L"shutdown", plain([] {
+         const FARPROC corExitProcess = GetProcAddress(GetModuleHandleW(L"mscoree.dll"), "CorExitProcess");
+         reinterpret_cast<void(WINAPI*)(int)>(reinterpret_cast<void*>(corExitProcess))(7);
+     })},
 };
 
 }  // namespace

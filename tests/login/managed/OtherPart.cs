@@ -6,17 +6,13 @@ using System.Reflection;
 
 namespace OrvelLoginClientCLR
 {
-    /// A managed part of another version: like version 1.0, which expects only an address and writes to it, or a later one.
+    /// A managed part of another version: like version 1.0, which expects only an address and writes to it.
     public static unsafe class EntryPoint
     {
         public static int Enter(string argument)
         {
-#if LATER
-            return 4;
-#else
             ((IntPtr*)long.Parse(argument, CultureInfo.InvariantCulture))[0] = IntPtr.Zero;
             return 0;
-#endif
         }
     }
 }
