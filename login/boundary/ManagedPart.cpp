@@ -12,8 +12,15 @@ namespace {
 
 const Handshake& managedPart() {
     // A static local, here and in managerMembers(): if its initialisation throws, the next call tries again.
-    static const std::wstring library = libraryPath();
-    static const Handshake handshake = enterManagedPart(library, beside(library, managedPartName));
+    static const Handshake handshake = [] {
+        const std::wstring library = libraryPath();
+        const Handshake entered = enterManagedPart(library, beside(library, managedPartName));
+        // Because a manager's events call into this library at any time. And because each time that it is loaded, the
+        // compiler's thread library in it takes two handles and a TLS index for good, of which a process has about
+        // 1,000.
+        pinLibrary();
+        return entered;
+    }();
     return handshake;
 }
 
