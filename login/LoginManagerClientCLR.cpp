@@ -1,7 +1,6 @@
 #include "login/LoginManagerClientCLR.h"
 
 #include "login/hosting/ClrRuntime.h"
-#include "login/hosting/LibraryFile.h"
 #include "login/hosting/RuntimeFailure.h"
 
 namespace OrvelLoginClientCLR {
@@ -57,9 +56,6 @@ ManagedClient::~ManagedClient() {
 ManagerHandle createManager(const Callbacks& callbacks, uiLang language) {
     setCallbacks(callbacks);
     const ManagerMembers& members = managerMembers();
-    // After binding, so that a library without a usable manager can still be unloaded; but before the manager exists,
-    // because its events call into this library.
-    pinLibrary();
     ManagedCreation creation = {callbacks.login.function ? &LoginEventHandler : nullptr,
                                 callbacks.logout.function ? &LogoutEventHandler : nullptr, getLangCode(language)};
     ManagedFailure failure;
