@@ -75,7 +75,7 @@ namespace OrvelLoginClient
         public void Dispose()
         {
             if (Steering.Obey("Dispose") == "event" && loggedOut != null)
-                loggedOut();
+                Steering.Raise(() => loggedOut());
         }
 
         public LoginResponse login()

@@ -123,6 +123,18 @@ TEST(Deployment, AClientOfAPlugInLeavesTheHostsExitStatusAlone) {
     }
 }
 
+TEST(Deployment, AManagerThatWaitsForAThreadHangsTheUnloadingOfItsPlugIn) {
+    const Deployment deployment;
+    deployment.replace(L"plugin.dll", L"plugin.dll");
+    SetEnvironmentVariableW(L"ORVEL_STANDIN", L"Dispose=event;events=thread");
+    const program hanging = deployment.start(L"plugin unload");
+    EXPECT_EQ(deployment.run(L"listen destroy"), "listen: done\ncalled back\ndestroy: done\n");
+    SetEnvironmentVariableW(L"ORVEL_STANDIN", nullptr);
+    EXPECT_FALSE(hanging.ended(2000)) << hanging.outputsofar();
+    EXPECT_EQ(hanging.outputsofar(), "plugin: done\n");
+    hanging.end();
+}
+
 TEST(Deployment, TheManagerIsLeftAloneOnceTheRuntimeShutsDown) {
     const Deployment deployment;
     SetEnvironmentVariableW(L"ORVEL_STANDIN", L"exit=wait orvellogin-refused");

@@ -23,6 +23,7 @@ struct Owner {
 }  // namespace
 
 extern "C" __declspec(dllexport) void signIn() {
-    owner.client = std::make_unique<LoginManagerClient>(nullptr, nullptr, uiLangFallback);
+    const auto ignored = [] {};
+    owner.client = std::make_unique<LoginManagerClient>(ignored, ignored, uiLangFallback);
     owner.client->login(L"ada@example.com", L"analytical engine");
 }

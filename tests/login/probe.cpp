@@ -50,6 +50,7 @@ const std::map<std::wstring, Step> steps = {
          const FARPROC signIn = GetProcAddress(LoadLibraryW(L"plugin.dll"), "signIn");
          reinterpret_cast<void (*)()>(reinterpret_cast<void*>(signIn))();
      })},
+    {L"unload", plain([] { FreeLibrary(GetModuleHandleW(L"plugin.dll")); })},
     {L"destroy", plain([] { client.reset(); })},
     {L"listen", plain([] {
          const auto called = [] { std::puts("called back"); };
@@ -65,7 +66,6 @@ const std::map<std::wstring, Step> steps = {
                  result = resultOf([&] { return kept->getTenantName(); });
              }
              std::printf("linger: %s\n", result.c_str());
-             std::fflush(stdout);
              SetEvent(refused);
          }).detach();
      })},
@@ -83,6 +83,7 @@ const std::map<std::wstring, Step> steps = {
 
 int wmain(int count, wchar_t** arguments) {
     _setmode(_fileno(stdout), _O_BINARY);
+    std::setvbuf(stdout, nullptr, _IONBF, 0);
     for (int i = 1; i < count; ++i) {
         const std::wstring step = arguments[i];
         std::printf("%s: %s\n", orvsecutils::toutf8(step).c_str(), resultOf(steps.at(step)).c_str());
