@@ -101,15 +101,6 @@ TEST(Strings, OfMoreThanIntMaxUnitsAreRefused) {
               "System.ArgumentOutOfRangeException: Size of string exceeds INT_MAX.");
 }
 
-TEST(Failures, SayTypeAndMessageInUtf8) {
-    const loginRuntimeException failure = managedFailure(L"A.B", L"\x43a\xd83e\xdd89 \xd800!", 5);
-    EXPECT_STREQ(failure.what(), "A.B: \xd0\xba\xf0\x9f\xa6\x89 \xef\xbf\xbd!");
-    EXPECT_EQ(failure.message, L"\x43a\xd83e\xdd89 \xd800!");
-    const loginRuntimeException native = nativeFailure(L"no", static_cast<std::int32_t>(0x80131700));
-    EXPECT_STREQ(native.what(), "no (HRESULT 0x80131700)");
-    EXPECT_EQ(native.message, L"no (HRESULT 0x80131700)");
-}
-
 TEST(Paths, LoseThePrefixThatTheRuntimeRejects) {
     const std::pair<const wchar_t*, const wchar_t*> rows[] = {
         {LR"(\\?\C:\a\b.dll)", LR"(C:\a\b.dll)"},

@@ -58,9 +58,6 @@ std::wstring copied(Function function, orvellogin_client* client) {
 
 TEST(Functions, HaveTheVersionOfTheHeader) {
     EXPECT_EQ(orvellogin_version(), ORVELLOGIN_VERSION);
-    EXPECT_EQ(std::string(ORVELLOGIN_VERSION_TEXT), std::to_string(ORVELLOGIN_VERSION / 10000) + "." +
-                                                        std::to_string(ORVELLOGIN_VERSION / 100 % 100) + "." +
-                                                        std::to_string(ORVELLOGIN_VERSION % 100));
     EXPECT_STREQ(ORVELLOGIN_VERSION_TEXT, PROJECT_VERSION);
 }
 
@@ -191,9 +188,6 @@ TEST(Results, DescribeAFailureUntilTheNextCall) {
     const orvellogin_failure& failure = *orvellogin_lastFailure(client);
     EXPECT_EQ(failure.result, ORVELLOGIN_FAILED);
     EXPECT_EQ(failure.code, -1);
-    EXPECT_EQ(static_cast<unsigned>(failure.hresult), 0x80131505u);  // COR_E_TIMEOUT
-    EXPECT_EQ(copied(failure.typeName), L"System.TimeoutException");
-    EXPECT_EQ(copied(failure.message), L"κείμενο");
     EXPECT_STREQ(failure.text, "System.TimeoutException: κείμενο");
     EXPECT_EQ(orvellogin_logout(client), ORVELLOGIN_MANAGER_ERROR);
     EXPECT_EQ(failure.result, ORVELLOGIN_MANAGER_ERROR);
@@ -345,40 +339,29 @@ Function* function(HMODULE module, const char* name) {
     return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(module, name)));
 }
 
-TEST(Copies, CanBeLoadedAndUnloadedBesideTheCompilersRuntime) {
-    const temporary_folder alone;  // without the managed part
-    const std::wstring file = alone.path / L"copy.dll";
-    std::filesystem::copy_file(COPY, file);
-    for (int round = 0; round < 50; ++round) {
-        const HMODULE copy = LoadLibraryW(file.c_str());
-        orvellogin_client* client;
-        EXPECT_EQ(function<decltype(orvellogin_create)>(copy, "orvellogin_create")(nullptr, &client), ORVELLOGIN_FAILED)
-            << "thrown and caught inside";
-        function<decltype(orvellogin_destroy)>(copy, "orvellogin_destroy")(client);
-        FreeLibrary(copy);
-        EXPECT_EQ(GetModuleHandleW(file.c_str()), nullptr);
-        EXPECT_THROW(throw std::runtime_error("the host's own"), std::exception);
-    }
-}
-
-TEST(Copies, FindTheirFilesUnderALongPathOrReportTheSameFailureAgain) {
+TEST(Copies, FailTheSameWayAgainWithoutTheirFilesAndCanBeUnloaded) {
     namespace fs = std::filesystem;
     const temporary_folder temporary;
     const fs::path folder = L"\\\\?\\" + (temporary.path / std::wstring(240, L'x')).native();
     fs::create_directory(folder);
     fs::copy_file(COPY, folder / L"copy.dll");
-    const HMODULE copy = LoadLibraryW((folder / L"copy.dll").c_str());
-    orvellogin_client* client;
-    EXPECT_EQ(function<decltype(orvellogin_create)>(copy, "orvellogin_create")(nullptr, &client), ORVELLOGIN_FAILED);
-    const auto* failure = function<decltype(orvellogin_lastFailure)>(copy, "orvellogin_lastFailure")(client);
-    const std::string text = failure->text;
-    EXPECT_THAT(text, testing::HasSubstr("xx\\OrvelLoginClientCLR.dll"));
-    function<decltype(orvellogin_forget)>(copy, "orvellogin_forget")(client);
-    EXPECT_EQ(function<decltype(orvellogin_logout)>(copy, "orvellogin_logout")(client), ORVELLOGIN_FAILED);
-    EXPECT_EQ(failure->result, ORVELLOGIN_FAILED);
-    EXPECT_EQ(failure->text, text);
-    function<decltype(orvellogin_destroy)>(copy, "orvellogin_destroy")(client);
-    FreeLibrary(copy);
+    for (int round = 0; round < 50; ++round) {
+        const HMODULE copy = LoadLibraryW((folder / L"copy.dll").c_str());
+        orvellogin_client* client;
+        EXPECT_EQ(function<decltype(orvellogin_create)>(copy, "orvellogin_create")(nullptr, &client), ORVELLOGIN_FAILED)
+            << "thrown and caught inside";
+        const auto* failure = function<decltype(orvellogin_lastFailure)>(copy, "orvellogin_lastFailure")(client);
+        const std::string text = failure->text;
+        EXPECT_THAT(text, testing::HasSubstr("xx\\OrvelLoginClientCLR.dll"));
+        function<decltype(orvellogin_forget)>(copy, "orvellogin_forget")(client);
+        EXPECT_EQ(function<decltype(orvellogin_logout)>(copy, "orvellogin_logout")(client), ORVELLOGIN_FAILED);
+        EXPECT_EQ(failure->result, ORVELLOGIN_FAILED);
+        EXPECT_EQ(failure->text, text);
+        function<decltype(orvellogin_destroy)>(copy, "orvellogin_destroy")(client);
+        FreeLibrary(copy);
+        EXPECT_EQ(GetModuleHandleW(L"copy.dll"), nullptr);
+        EXPECT_THROW(throw std::runtime_error("the host's own"), std::exception) << "beside the compiler's runtime";
+    }
     fs::remove(folder / L"copy.dll");
     fs::remove(folder);
 }

@@ -179,8 +179,7 @@ TEST_F(Hosting, SaysWhyTheManagedPartDoesNotRun) {
     const Row rows[] = {
         {0x80131515,
          "the file is marked as coming from the internet (unblock the ZIP in its properties and unpack it again), or "
-         "is "
-         "on a network share (install to a local drive, or enable loadFromRemoteSources in the host's .config)"},
+         "is on a network share (install to a local drive, or enable loadFromRemoteSources in the host's .config)"},
         {0x80131513, "the file is of another version, which lacks this method"},
         {0x80131522, "the file is of another version, which lacks this class"},
         {0x80131537, "the file is of another version, which does not understand this one"},

@@ -44,7 +44,6 @@ const std::map<std::wstring, Step> steps = {
     {L"login", [] { return client->login(L"ada@example.com", L"analytical engine").userName; }},
     {L"tenant", [] { return client->getTenantName(); }},
     {L"token", [] { return client->getAccessToken(); }},
-    {L"platform", [] { return client->getPlatFormURL(); }},
     {L"kelpa", [] { return client->getKelpaURL(); }},
     {L"plugin", plain([] {
          const FARPROC signIn = GetProcAddress(LoadLibraryW(L"plugin.dll"), "signIn");

@@ -15,14 +15,6 @@ namespace OrvelLoginClient
         public string statusDescription;
     }
 
-    public class SilentException : Exception
-    {
-        public override string Message
-        {
-            get { throw new InvalidOperationException(); }
-        }
-    }
-
     /// A manager of another version, which lacks nearly all that the library calls.
     public class LoginManagerClient
     {
@@ -45,11 +37,6 @@ namespace OrvelLoginClient
         {
             Type own = typeof(langCode).Assembly.GetType("loginManagerUtils.LoginManagerException");
             throw (Exception)Activator.CreateInstance(own ?? typeof(TimeoutException), "refused");
-        }
-
-        public string getPlatformURL()
-        {
-            throw new SilentException();
         }
     }
 }
