@@ -81,7 +81,6 @@ public:
     void post(int id, UINT message, WPARAM key, LPARAM flags = 0) const {
         PostMessageW(control(id), message, key, flags);
     }
-    bool has(int id, LONG styles) const { return (GetWindowLongW(control(id), GWL_STYLE) & styles) == styles; }
     void type(int id, const wchar_t* text) const {
         SendMessageW(control(id), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text));
     }
