@@ -1,11 +1,11 @@
-/* Found before Wine's header: adds the C library functions that libc++ refers to and that Wine's header lacks. They are
-   only declared; no host calls them. */
+// Found before Wine's header: adds the C library functions that libc++ refers to and that Wine's header lacks. They are
+// only declared; no host calls them.
 #pragma once
 #include_next <math.h>
 #ifdef __cplusplus
 extern "C" {
 #endif
-/* clang-format off */
+// clang-format off
 #define ONE(name) long double name##l(long double);
 #define TWO(name) long double name##l(long double, long double);
 ONE(acos) ONE(asin) ONE(atan) TWO(atan2) ONE(ceil) ONE(cos) ONE(cosh) ONE(exp) ONE(fabs) ONE(floor) TWO(fmod) ONE(log)
@@ -14,7 +14,7 @@ TWO(copysign) ONE(erf) ONE(erfc) ONE(exp2) ONE(expm1) TWO(fdim) TWO(fmax) TWO(fm
 ONE(log2) ONE(logb) ONE(nearbyint) TWO(nextafter) TWO(remainder) ONE(rint) ONE(round) ONE(tgamma) ONE(trunc)
 #undef ONE
 #undef TWO
-    /* clang-format on */
+    // clang-format on
     long double frexpl(long double, int*);
 long double ldexpl(long double, int);
 long double modfl(long double, long double*);

@@ -1,4 +1,4 @@
-/* Found before Wine's header: adds timespec, which libc++ needs and which only later versions of Wine have. */
+// Found before Wine's header: adds timespec, which libc++ needs and which only later versions of Wine have.
 #pragma once
 #define timespec timespec_of_wine
 #include_next <time.h>

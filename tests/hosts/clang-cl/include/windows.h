@@ -1,4 +1,4 @@
-/* Replaces Wine's header, which conflicts with clang's intrinsics. Declares only what the examples call. */
+// Replaces Wine's header, which conflicts with clang's intrinsics. Declares only what the examples call.
 #pragma once
 #ifdef __cplusplus
 extern "C" {
