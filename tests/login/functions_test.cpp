@@ -56,11 +56,6 @@ std::wstring copied(Function function, orvellogin_client* client) {
     return copied(result);
 }
 
-TEST(Functions, HaveTheVersionOfTheHeader) {
-    EXPECT_EQ(orvellogin_version(), ORVELLOGIN_VERSION);
-    EXPECT_STREQ(ORVELLOGIN_VERSION_TEXT, PROJECT_VERSION);
-}
-
 TEST(Functions, RefuseBadCalls) {
     const Client c(L"constructor=throw System.TimeoutException");  // reaching the manager fails differently
     orvellogin_string string;
