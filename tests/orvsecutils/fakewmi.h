@@ -10,6 +10,5 @@ extern struct fakewmi {
     HRESULT locator, connection, blanket, result;  ///< what each step returns
     HRESULT afterobject, afterproperty;            ///< what Next returns after the object and after the property
     const wchar_t* value;                          ///< of the property, "name"
-    int references, objects, properties;           ///< references held; objects and properties not yet enumerated
-    wchar_t seen[200];                             ///< the calls and their arguments, in order
+    int references, objects, properties;           ///< references and enumerations held; what is not yet enumerated
 } fakewmi;

@@ -28,6 +28,9 @@ void checksettings(findings& found) {
             found.add(area::settings, cause::valueview, name);
         } else if (row.badtext) {
             found.add(area::settings, cause::groupmalformed, name);
+        } else if (row.kind == groupkind) {
+            found.add(area::settings, cause::groupunreadable,
+                      whose(row.location) + " " + row.group + " (" + row.remark + ")");
         } else if (row.ignored) {
             found.add(area::settings, cause::valueignored, name + " (" + row.kind + ")");
         }
