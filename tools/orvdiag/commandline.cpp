@@ -179,8 +179,9 @@ void parser::addcommands() {
         "changes it. In long lines the middle is left out. Passwords, tokens, keys and the like are (hidden),\n"
         "control characters are shown as codes, malformed characters are replaced.",
         [](const commandarguments& values) { return showlog(values.log); });
-    CLI::Option* const lines =
-        added->add_option("-n", values->log.lines, "number of lines (default: 20)")->check(notempty);
+    CLI::Option* const lines = added->add_option("-n", values->log.lines, "number of lines (default: 20)")
+                                   ->check(notempty)
+                                   ->check(CLI::NonNegativeNumber);
     added->add_flag_callback("--all", [values = values] { values->log.lines.reset(); }, "all lines")->excludes(lines);
     added->add_option("--level", values->log.filter.levels, "records of this level only: info, warn, error or unknown")
         ->check(CLI::IsMember({"info", "warn", "error", "unknown"}))
