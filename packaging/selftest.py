@@ -77,6 +77,7 @@ def stage(build):
 shutil.rmtree(staged, ignore_errors=True)
 for build in builds:
     stage(build)
-(next(staged.iterdir()) / "bin/selftest.exe").rename(staged / "selftest.exe")
+for runner in sorted(staged.glob("*/bin/selftest.exe")):
+    runner.rename(staged / "selftest.exe")  # either serves all
 shutil.copy(source / "packaging/selftest.cmd", staged)
 print(write(staged, builds[0], source))

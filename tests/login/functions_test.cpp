@@ -117,6 +117,7 @@ constexpr int fieldsOfHeader = 1;
 constexpr int fieldsOfHeader = 0;
 #define LAST_FIELD domainName
 #endif
+const std::filesystem::path copiedLibrary = program::ownfolder() / L"copy" / L"orvelloginc.dll";
 const int fieldsOfDll = program::ownfolder().filename() == L"copy" ? 1 : 0;
 
 template <class Structure>
@@ -339,7 +340,7 @@ TEST(Copies, FailTheSameWayAgainWithoutTheirFilesAndCanBeUnloaded) {
     const temporary_folder temporary;
     const fs::path folder = L"\\\\?\\" + (temporary.path / std::wstring(240, L'x')).native();
     fs::create_directory(folder);
-    fs::copy_file(COPY, folder / L"copy.dll");
+    fs::copy_file(copiedLibrary, folder / L"copy.dll");
     for (int round = 0; round < 50; ++round) {
         const HMODULE copy = LoadLibraryW((folder / L"copy.dll").c_str());
         orvellogin_client* client;
@@ -378,7 +379,7 @@ TEST(Copies, StayLoadedOnceAClientWasConstructed) {
 
 // For the test below, in a process of its own.
 TEST(Copies, DISABLED_Start) {
-    const HMODULE copy = LoadLibraryW(COPY);
+    const HMODULE copy = LoadLibraryW(copiedLibrary.c_str());
     // A thread that takes its time and is then terminated during its start.
     const std::wstring lock = L"Local\\orvellogin-runtime-" + std::to_wstring(GetCurrentProcessId());
     HANDLE mutex;

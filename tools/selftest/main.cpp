@@ -73,8 +73,8 @@ outcome execute(const test& row, const std::filesystem::path& scratch) {
         return {row.name, verdict::skipped, "needs " + row.needs + ", which this machine lacks", std::string(), 0};
     }
     const std::filesystem::path program = row.program.empty() ? ownpath() : row.folder / row.program;
-    const std::filesystem::path folder = row.program.empty() ? row.folder : program.parent_path();
-    return judge(row, run(program, row.arguments, folder, row.secondslimit, scratch));
+    // In the folder with the compiler's runtime, for the programs that are not in it themselves.
+    return judge(row, run(program, row.arguments, row.folder / "bin", row.secondslimit, scratch));
 }
 
 const char* word(verdict result) {
