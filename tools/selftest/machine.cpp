@@ -61,6 +61,12 @@ std::string dotnetversion() {
 
 }  // namespace
 
+bool runs64bitprograms() {
+    SYSTEM_INFO system = {};
+    GetNativeSystemInfo(&system);
+    return system.wProcessorArchitecture != PROCESSOR_ARCHITECTURE_INTEL;
+}
+
 bool systemhas(const std::string& name) {
     wchar_t folder[MAX_PATH] = {};
     GetSystemDirectoryW(folder, MAX_PATH);
@@ -75,11 +81,9 @@ std::string describemachine() {
     if (const auto get = systemfunction<LONG(WINAPI*)(OSVERSIONINFOW*)>("RtlGetVersion")) {
         get(&version);
     }
-    SYSTEM_INFO system = {};
-    GetNativeSystemInfo(&system);
     std::string text = "Windows: " + std::to_string(version.dwMajorVersion) + "." +
                        std::to_string(version.dwMinorVersion) + "." + std::to_string(version.dwBuildNumber) +
-                       (system.wProcessorArchitecture == PROCESSOR_ARCHITECTURE_INTEL ? ", 32-bit" : ", 64-bit");
+                       (runs64bitprograms() ? ", 64-bit" : ", 32-bit");
     if (const auto wine = systemfunction<const char* (*)()>("wine_get_version")) {
         text += std::string(", which is Wine ") + wine();
     }

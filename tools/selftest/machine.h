@@ -7,6 +7,9 @@
 /// The machine that the tests run on.
 namespace selftest {
 
+/// Whether Windows is a 64-bit one, which runs programs of both architectures.
+bool runs64bitprograms();
+
 /// Whether the system's folder has the DLL `name`.
 bool systemhas(const std::string& name);
 

@@ -69,6 +69,9 @@ outcome execute(const test& row, const std::filesystem::path& scratch) {
     if (!row.neverrun.empty()) {
         return {row.name, verdict::skipped, row.neverrun, std::string(), 0};
     }
+    if (row.folder.filename() == "x64" && !runs64bitprograms()) {
+        return {row.name, verdict::skipped, "needs a 64-bit Windows", std::string(), 0};
+    }
     if (!row.needs.empty() && !systemhas(row.needs)) {
         return {row.name, verdict::skipped, "needs " + row.needs + ", which this machine lacks", std::string(), 0};
     }
