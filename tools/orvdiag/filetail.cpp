@@ -41,7 +41,8 @@ struct filetail::opened {
             size = static_cast<std::int64_t>(wide(about.nFileSizeHigh, about.nFileSizeLow));
             // Servers may number a file anew each time it is opened: there, only size and content tell files apart.
             if (!GetFileInformationByHandleEx(handle.get(), FileRemoteProtocolInfo, &remote, sizeof remote)) {
-                id = {about.dwVolumeSerialNumber, wide(about.nFileIndexHigh, about.nFileIndexLow)};
+                // Without the number of the volume, which Wine does not tell while the file is renamed.
+                id = wide(about.nFileIndexHigh, about.nFileIndexLow);
             }
         }
     }
@@ -87,7 +88,7 @@ struct filetail::opened {
     orvsecutils::filehandle handle;
     unsigned long failure;
     std::int64_t size = 0;
-    identity id;
+    std::uint64_t id = 0;
 };
 
 filetail::filetail(const std::string& pathIn) : path(orvsecutils::toutf16(pathIn)) {}
@@ -111,7 +112,7 @@ bool filetail::next(const taker& take) {
     if (file.failure != 0 && !gone) {
         return false;
     }
-    if (gone || !(file.id == current) || file.size < position ||
+    if (gone || file.id != current || file.size < position ||
         file.read(position - static_cast<std::int64_t>(before.size()), position) != before) {
         rest(take);
         before.clear();

@@ -36,18 +36,13 @@ public:
     void rest(const taker& take);
 
 private:
-    struct identity {
-        std::uint64_t volume = 0;
-        std::uint64_t file = 0;
-        bool operator==(const identity& other) const { return volume == other.volume && file == other.file; }
-    };
     struct opened;
 
     void split(std::string_view block, const taker& take);
     void finish(const taker& take);
 
     const std::wstring path;
-    identity current;
+    std::uint64_t current = 0;  // the file's number on its volume; 0 if it is not known
     std::int64_t position = 0;
     std::string before;       // the bytes in front of the position
     std::string line;         // what was read of a line without its end
